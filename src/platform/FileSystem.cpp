@@ -1,0 +1,73 @@
+#include "platform/FileSystem.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+namespace corvatto {
+namespace {
+
+std::filesystem::path nativePath(const QString& path) {
+    return std::filesystem::path(QFile::encodeName(path).toStdString());
+}
+
+FileError errorFrom(const std::error_code& error, const QString& path) {
+    return {error.value(), path, QString::fromLocal8Bit(error.message())};
+}
+
+FileError errorFrom(const QSaveFile& file, int systemError, const QString& path) {
+    if (systemError != 0) {
+        return {systemError, path, QString::fromLocal8Bit(std::strerror(systemError))};
+    }
+    return {0, path, file.errorString()};
+}
+
+} // namespace
+
+QString FileError::description() const {
+    return QStringLiteral("%1 (code %2, path %3)").arg(localizedDescription, QString::number(code), path);
+}
+
+std::optional<FileError> createDirectories(const QString& path) {
+    std::error_code error;
+    std::filesystem::create_directories(nativePath(path), error);
+    if (error) {
+        return errorFrom(error, path);
+    }
+    return std::nullopt;
+}
+
+std::optional<FileError> writeFileAtomically(const QString& path, const QByteArray& bytes) {
+    errno = 0;
+    QSaveFile file(path);
+    // Without this, QSaveFile writes in place when the directory refuses new files, and a crash would leave
+    // half.
+    file.setDirectWriteFallback(false);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+        return errorFrom(file, errno, path);
+    }
+    return std::nullopt;
+}
+
+std::optional<FileError> removeFile(const QString& path) {
+    std::error_code error;
+    std::filesystem::remove(nativePath(path), error);
+    if (error) {
+        return errorFrom(error, path);
+    }
+    return std::nullopt;
+}
+
+std::optional<FileError> removeDirectoryTree(const QString& path) {
+    std::error_code error;
+    std::filesystem::remove_all(nativePath(path), error);
+    if (error) {
+        return errorFrom(error, path);
+    }
+    return std::nullopt;
+}
+
+} // namespace corvatto

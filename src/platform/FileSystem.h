@@ -1,0 +1,36 @@
+// The few file operations that the history needs, each reporting failure as a value with the system's own
+// words.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace corvatto {
+
+// Why a file operation failed.
+struct FileError {
+    int code = 0; // errno, or 0 when the system gave none
+    QString path;
+    QString localizedDescription; // one phrase for people, such as "Permission denied"
+
+    // The whole error as text: phrase, code and path.
+    QString description() const;
+};
+
+// All paths are absolute. An absent result means success. Main thread.
+
+// Creates the directory with its parents. An existing directory is success.
+std::optional<FileError> createDirectories(const QString& path);
+
+// Writes to a temporary file beside `path`, syncs it and moves it into place, so that `path` holds either its
+// old content or all of `bytes`, also after a loss of power.
+std::optional<FileError> writeFileAtomically(const QString& path, const QByteArray& bytes);
+
+std::optional<FileError> removeFile(const QString& path);
+
+// Removes a directory with everything in it. Symbolic links inside are removed, not followed.
+std::optional<FileError> removeDirectoryTree(const QString& path);
+
+} // namespace corvatto

@@ -1,0 +1,47 @@
+// System-wide shortcuts: a key and modifiers that reach this program whatever application is in front.
+#pragma once
+
+#include <QtGlobal>
+
+#include <functional>
+
+namespace corvatto {
+
+// What the operations answer: noErr, or a negative code.
+using HotKeyStatus = qint32;
+constexpr HotKeyStatus noErr = 0;
+constexpr HotKeyStatus eventHotKeyExistsErr = -9878;  // another program has taken the combination
+constexpr HotKeyStatus eventHotKeyInvalidErr = -9879; // no key of this keyboard, or not a combination
+
+// The modifier mask of a hot key.
+enum HotKeyModifier : quint32 { commandKey = 256, shiftKey = 512, optionKey = 2048, controlKey = 4096 };
+
+using EventHandlerRef = quint32; // 0 is none
+using EventHotKeyRef = quint32;  // 0 is none
+
+// Identifies a registration to its owner.
+struct EventHotKeyID {
+    quint32 signature = 0;
+    quint32 id = 0;
+};
+
+class HotKeyCenter {
+public:
+    HotKeyCenter() = default;
+    virtual ~HotKeyCenter() = default;
+    HotKeyCenter(const HotKeyCenter&) = delete;
+    HotKeyCenter& operator=(const HotKeyCenter&) = delete;
+
+    // Has `handler` called for every press of a registered hot key, on the main thread, once a press: holding
+    // the key does not repeat it. The handler returns noErr when it has handled the press.
+    virtual HotKeyStatus installEventHandler(std::function<HotKeyStatus()> handler, EventHandlerRef& out) = 0;
+    virtual HotKeyStatus removeEventHandler(EventHandlerRef handler) = 0;
+
+    // `keyCode` is a virtual key code (KeyEvent.h): a position on the keyboard, whatever letter the layout
+    // puts there. `modifiers` is a mask of HotKeyModifier.
+    virtual HotKeyStatus registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID id,
+                                             EventHotKeyRef& out) = 0;
+    virtual HotKeyStatus unregisterEventHotKey(EventHotKeyRef hotKey) = 0;
+};
+
+} // namespace corvatto

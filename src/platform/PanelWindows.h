@@ -1,0 +1,23 @@
+// What a floating panel needs of the window manager beyond what Qt asks for.
+#pragma once
+
+class QWidget;
+
+namespace corvatto {
+
+class PanelWindows {
+public:
+    PanelWindows() = default;
+    virtual ~PanelWindows() = default;
+    PanelWindows(const PanelWindows&) = delete;
+    PanelWindows& operator=(const PanelWindows&) = delete;
+
+    // Makes the top-level `panel` float above other windows, also full-screen ones, on every desktop, absent
+    // from task bar and pager. To be called before each time a hidden panel is shown: window managers forget.
+    virtual void prepareToShow(QWidget& panel) = 0;
+
+    // Gives the keyboard to the visible `panel`, also while another application is in front.
+    virtual void activate(QWidget& panel) = 0;
+};
+
+} // namespace corvatto

@@ -1,0 +1,82 @@
+#include "platform/TextDecoding.h"
+
+#include <QStringDecoder>
+
+namespace corvatto {
+namespace {
+
+constexpr char charsetPrefix[] = "text/plain;charset=";
+
+std::optional<QByteArray> charsetOf(const QByteArray& target) {
+    QByteArray name = target.toLower();
+    name.replace(' ', "");
+    if (!name.startsWith(charsetPrefix)) {
+        return std::nullopt;
+    }
+    name.remove(0, static_cast<qsizetype>(sizeof charsetPrefix) - 1);
+    if (name.size() >= 2 && name.startsWith('"') && name.endsWith('"')) {
+        name = name.mid(1, name.size() - 2);
+    }
+    return name;
+}
+
+bool isUtf8Name(const QByteArray& charset) {
+    return charset == "utf-8" || charset == "utf8";
+}
+
+// Nothing follows the bytes, so that a sequence which is cut off at their end is invalid, not pending.
+constexpr QStringDecoder::Flag wholeText = QStringDecoder::Flag::Stateless;
+
+DecodedText decodeWith(QStringDecoder decoder, const QByteArray& bytes) {
+    DecodedText result;
+    result.text = decoder.decode(bytes);
+    result.hadInvalidBytes = decoder.hasError();
+    return result;
+}
+
+DecodedText decodeUtf8(const QByteArray& bytes) {
+    // A byte-order mark is content here: what was copied comes back byte for byte.
+    return decodeWith(
+        QStringDecoder(QStringDecoder::Utf8, wholeText | QStringDecoder::Flag::ConvertInitialBom), bytes);
+}
+
+} // namespace
+
+std::optional<int> textFlavourRank(const QByteArray& target) {
+    if (target == "UTF8_STRING") {
+        return 0;
+    }
+    if (const auto charset = charsetOf(target)) {
+        if (isUtf8Name(*charset)) {
+            return 1;
+        }
+        if (QStringDecoder(charset->constData()).isValid()) {
+            return *charset == "us-ascii" ? 5 : 2;
+        }
+        return std::nullopt;
+    }
+    if (target == "text/plain") {
+        return 3;
+    }
+    if (target == "STRING") {
+        return 4;
+    }
+    return std::nullopt;
+}
+
+DecodedText decodeText(const QByteArray& target, const QByteArray& bytes) {
+    if (target == "STRING") {
+        return decodeWith(QStringDecoder(QStringDecoder::Latin1), bytes);
+    }
+    if (const auto charset = charsetOf(target); charset && !isUtf8Name(*charset)) {
+        return decodeWith(QStringDecoder(charset->constData(), wholeText), bytes);
+    }
+    if (target == "text/plain") {
+        // The charset is unstated: UTF-8 today, Latin-1 from programs older than that.
+        DecodedText utf8 = decodeUtf8(bytes);
+        return utf8.hadInvalidBytes ? decodeWith(QStringDecoder(QStringDecoder::Latin1), bytes) : utf8;
+    }
+    return decodeUtf8(bytes);
+}
+
+} // namespace corvatto

@@ -1,0 +1,139 @@
+#include "platform/Image.h"
+#include "platform/ImageDecoding.h"
+#include "platform/PngEncoding.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QImageWriter>
+#include <QTemporaryFile>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+namespace corvatto {
+namespace {
+
+// Pixels that differ from their neighbours in every channel.
+QImage sample(QSize size, QImage::Format format, bool transparent) {
+    QImage image(size, QImage::Format_RGBA64);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            const auto level = [&](int factor) {
+                return static_cast<quint16>((x * 7919 + y * 104729) * factor);
+            };
+            const quint16 alpha = transparent ? level(3) : 0xFFFF;
+            reinterpret_cast<QRgba64*>(image.scanLine(y))[x] = qRgba64(level(1), level(5), level(11), alpha);
+        }
+    }
+    return image.convertToFormat(format);
+}
+
+QByteArray encode(const QImage& image, const char* format) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    EXPECT_TRUE(QImageWriter(&buffer, format).write(image)) << format;
+    return bytes;
+}
+
+TEST(ImageCodec, PngKeepsEveryPixel) {
+    for (const QSize size : {QSize(1, 1), QSize(3, 5), QSize(641, 7), QSize(64, 64)}) {
+        for (const auto format :
+             {QImage::Format_RGB32, QImage::Format_RGB888, QImage::Format_ARGB32, QImage::Format_RGBA8888,
+              QImage::Format_RGBA64, QImage::Format_Grayscale8, QImage::Format_Grayscale16,
+              QImage::Format_RGB16, QImage::Format_Indexed8}) {
+            const QImage image = sample(size, format, format != QImage::Format_Indexed8);
+            const auto decoded = decodeImage(encodePng(image));
+            ASSERT_TRUE(decoded) << format;
+            EXPECT_EQ(decoded->convertToFormat(QImage::Format_RGBA64),
+                      image.convertToFormat(QImage::Format_RGBA64))
+                << format << ", " << size.width() << "x" << size.height();
+        }
+    }
+    EXPECT_TRUE(encodePng(QImage()).isEmpty());
+}
+
+TEST(ImageCodec, EqualPixelsEncodeEquallyWhateverHeldThem) {
+    const QImage opaque = sample({33, 17}, QImage::Format_RGB32, false);
+    const QByteArray png = encodePng(opaque);
+    for (const auto format : {QImage::Format_ARGB32, QImage::Format_ARGB32_Premultiplied,
+                              QImage::Format_RGBA8888, QImage::Format_RGB888, QImage::Format_RGBX8888}) {
+        EXPECT_EQ(encodePng(opaque.convertToFormat(format)), png) << format;
+    }
+    EXPECT_EQ(encodePng(*decodeImage(png)), png);
+    EXPECT_EQ(encodePng(*decodeImage(Image(opaque).tiffData())), png);
+    QImage changed = opaque.convertToFormat(QImage::Format_ARGB32);
+    changed.setPixel(32, 16, qRgba(0, 0, 0, 254));
+    EXPECT_TRUE(decodeImage(encodePng(changed))->hasAlphaChannel());
+}
+
+TEST(ImageCodec, PngCarriesTheColourProfile) {
+    QImage image = sample({8, 8}, QImage::Format_RGB32, false);
+    image.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
+    EXPECT_EQ(decodeImage(encodePng(image))->colorSpace().primaries(), QColorSpace::Primaries::DciP3D65);
+}
+
+TEST(ImageCodec, RefusesWhatIsCutShort) {
+    const QImage image = sample({300, 200}, QImage::Format_RGB32, false);
+    QImage old(100, 50, QImage::Format_Mono);
+    old.fill(1);
+    const QList<QByteArray> whole{encodePng(image),    encode(image, "jpeg"), encode(image, "bmp"),
+                                  encode(old, "bmp"),  encode(image, "webp"), Image(image).tiffData(),
+                                  encode(image, "ppm")};
+    for (const QByteArray& bytes : whole) {
+        EXPECT_TRUE(decodeImage(bytes)) << bytes.first(4).toHex().toStdString();
+        for (const qsizetype length :
+             {bytes.size() / 10, bytes.size() / 2, bytes.size() - 20, qsizetype{3}}) {
+            EXPECT_FALSE(decodeImage(bytes.first(length)))
+                << bytes.first(4).toHex().toStdString() << " at " << length;
+        }
+    }
+    // A marker of the end in the headers, as thumbnails have one, is not the end.
+    QByteArray jpeg = encode(image, "jpeg");
+    jpeg.insert(2, QByteArray("\xFF\xE1\0\x06\xFF\xD9\xFF\xD9", 8));
+    EXPECT_TRUE(decodeImage(jpeg));
+    EXPECT_FALSE(decodeImage(jpeg.chopped(2)));
+
+    for (const QByteArray& noImage :
+         {QByteArray(), QByteArray("BM"), QByteArray("\xFF\xD8"), QByteArray(100, 'x')}) {
+        EXPECT_FALSE(decodeImage(noImage));
+    }
+    EXPECT_FALSE(looksDecodable(QByteArray(100, 'x')));
+    EXPECT_TRUE(looksDecodable(jpeg.first(1000)));
+}
+
+TEST(ImageCodec, RefusesSmallDataThatClaimToBeHuge) {
+    // Of a PNG the width and height, and the checksum over the header that holds them.
+    QByteArray png = encodePng(sample({4, 4}, QImage::Format_RGB32, false));
+    png.replace(16, 17, QByteArray::fromHex("00009c4000009c400802000000de6e9952"));
+    EXPECT_FALSE(looksDecodable(png));
+    EXPECT_FALSE(decodeImage(png));
+
+    QByteArray bmp = encode(sample({4, 4}, QImage::Format_RGB32, false), "bmp");
+    qToLittleEndian<qint32>(0x7FFFFFFF, bmp.data() + 18);
+    qToLittleEndian<qint32>(0x7FFFFFFF, bmp.data() + 22);
+    EXPECT_FALSE(decodeImage(bmp));
+}
+
+TEST(ImageCodec, ImageEncodesOnceForAllItsCopies) {
+    const Image image(sample({10, 10}, QImage::Format_RGB32, false));
+    const QList<Image> copies{image, image};
+    EXPECT_EQ(copies[0].pngData().constData(), copies[1].pngData().constData());
+    EXPECT_FALSE(image.tiffData().isEmpty());
+    EXPECT_TRUE(Image(QImage()).pngData().isEmpty());
+    EXPECT_TRUE(Image(QImage()).tiffData().isEmpty());
+}
+
+TEST(ImageCodec, FilesDecodeSmallerButCoverTheTarget) {
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open() &&
+                file.write(encode(sample({2000, 1000}, QImage::Format_RGB32, false), "jpeg")) > 0);
+    file.flush();
+    EXPECT_EQ(decodeImageFile(file.fileName())->size(), QSize(2000, 1000));
+    const QSize small = decodeImageFile(file.fileName(), {100, 80})->size();
+    EXPECT_TRUE(small.width() < 2000 && small.width() >= 100 && small.height() >= 80) << small.width();
+    EXPECT_FALSE(decodeImageFile(file.fileName() + u'x'));
+}
+
+} // namespace
+} // namespace corvatto

@@ -1,0 +1,40 @@
+// Makes file permissions hold in tests that run as root, which they otherwise would not.
+#pragma once
+
+#include <QFile>
+#include <QString>
+
+#include <unistd.h>
+
+namespace corvatto::test {
+
+// While it lives, a process of root's has the rights of "nobody"; others keep theirs.
+class WithoutPrivileges {
+public:
+    // The paths are handed over to whoever the process becomes.
+    explicit WithoutPrivileges(const QStringList& paths) : m_wasRoot(geteuid() == 0) {
+        if (!m_wasRoot) {
+            return;
+        }
+        for (const QString& path : paths) {
+            m_succeeded = chown(QFile::encodeName(path).constData(), nobody, nobody) == 0 && m_succeeded;
+        }
+        m_succeeded = seteuid(nobody) == 0 && m_succeeded;
+    }
+    ~WithoutPrivileges() {
+        if (m_wasRoot && seteuid(0) != 0) {
+            abort();
+        }
+    }
+    WithoutPrivileges(const WithoutPrivileges&) = delete;
+    WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+
+    bool succeeded() const { return m_succeeded; }
+
+private:
+    static constexpr uid_t nobody = 65534;
+    bool m_wasRoot;
+    bool m_succeeded = true;
+};
+
+} // namespace corvatto::test
