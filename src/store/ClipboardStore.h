@@ -1,0 +1,90 @@
+// The clipboard history: one SQLite database with a row for each distinct content, and the two directories of
+// image files that belong to it. Records captures with de-duplication by content hash, lists and searches
+// entries, clears them, and removes what exceeds the user's retention limits.
+#pragma once
+
+#include "settings/Preferences.h"
+#include "store/ClipboardItem.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+struct sqlite3;
+
+namespace corvatto {
+
+// No operation fails outward: a failure prints one line, and the result is nothing or an empty list. Without
+// a connection every operation does nothing. Main thread.
+class ClipboardStore {
+public:
+    using Clock = std::function<std::chrono::system_clock::time_point()>;
+
+    // Opens the database, creating or upgrading it, in "Corvatto" below `applicationSupportDirectory`: an
+    // absolute path, or empty when the system has none. The preferences outlive the store; they are read at
+    // each recording.
+    ClipboardStore(QString applicationSupportDirectory, const Preferences& preferences,
+                   Clock clock = &std::chrono::system_clock::now);
+    ~ClipboardStore();
+    ClipboardStore(const ClipboardStore&) = delete;
+    ClipboardStore& operator=(const ClipboardStore&) = delete;
+
+    // Where the PNG files of image entries and their thumbnails live: absolute paths, whether the directories
+    // exist or not. Empty when there is no application-support directory.
+    QString imagesDir() const;
+    QString thumbnailsDir() const;
+
+    // Record a capture: as a repeat when an entry with the same hash is stored (its count rises, it moves to
+    // the front, it takes the new source application), as a new entry otherwise. Then the retention limits
+    // are applied.
+    void insertOrUpdate(const QString& text, const QString& sourceApp);
+    // The image's files exist already; `hash` is the image's content hash.
+    void insertOrUpdateImage(const QString& imagePath, const QString& thumbnailPath, const QString& hash,
+                             const QString& preview, const QString& sourceApp);
+    // Absolute paths, in the order of the clipboard. An empty list records nothing.
+    void insertOrUpdateFile(const QStringList& paths, const QString& sourceApp);
+
+    // Counts that the user copied the entry back, which moves it to the front. An unknown id changes nothing.
+    void incrementCopyCount(qint64 id);
+
+    // The most recent entries, newest first, at most `limit`. With a query that is not blank, those that
+    // contain it, as typed, in content, preview, source application or type; "%" and "_" in it are wildcards,
+    // and only ASCII letters match in either case.
+    QList<ClipboardItem> fetchRecent(const std::optional<QString>& searchQuery, int limit) const;
+
+    // Deletes all entries and both image directories. When the entries cannot be deleted their files stay
+    // too.
+    void deleteAll();
+
+private:
+    struct Kind;
+    struct Capture;
+
+    void openDatabase();
+    void createTable();
+    void migrateAddSourceApp();
+    void migrateAddContentType();
+    void migrateAddThumbnailPath();
+    void ensureImageDirectories() const;
+
+    void record(const Capture& capture);
+    bool updateByHash(const Capture& capture, qint64 time);
+    bool insert(const Capture& capture, qint64 time);
+
+    void deleteImageDirectories() const;
+    void cleanupByDays();
+    void cleanupByCount();
+
+    qint64 now() const; // whole seconds since 1970-01-01 00:00 UTC, truncated toward zero
+
+    const QString m_applicationSupportDirectory;
+    const Preferences& m_preferences;
+    const Clock m_clock;
+    sqlite3* m_db = nullptr;
+};
+
+} // namespace corvatto

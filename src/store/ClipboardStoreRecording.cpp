@@ -1,0 +1,195 @@
+// The writes: captures of each kind, de-duplicated by content hash, and copy-backs.
+#include "store/ClipboardStore.h"
+
+#include "platform/Diagnostics.h"
+#include "platform/Graphemes.h"
+#include "store/ContentHash.h"
+
+#include "SqliteStatement.h"
+
+#include <algorithm>
+
+namespace corvatto {
+namespace {
+
+constexpr char updateByHashSql[] = "    UPDATE clipboard_items\n"
+                                   "       SET copy_count    = copy_count + 1,\n"
+                                   "           last_copied_at = ?,\n"
+                                   "           source_app     = ?\n"
+                                   "     WHERE content_hash   = ?";
+
+constexpr char insertTextSql[] =
+    "    INSERT INTO clipboard_items\n"
+    "        (content, content_hash, preview, content_type, source_app, copy_count, "
+    "first_copied_at, last_copied_at)\n"
+    "    VALUES\n"
+    "        (?, ?, ?, 'text', ?, 1, ?, ?)";
+
+constexpr char insertFileSql[] =
+    "    INSERT INTO clipboard_items\n"
+    "        (content, content_hash, preview, content_type, source_app, copy_count, "
+    "first_copied_at, last_copied_at)\n"
+    "    VALUES\n"
+    "        (?, ?, ?, 'file', ?, 1, ?, ?)";
+
+constexpr char insertImageSql[] =
+    "    INSERT INTO clipboard_items\n"
+    "        (content, content_hash, preview, content_type, thumbnail_path, source_app, "
+    "copy_count, first_copied_at, last_copied_at)\n"
+    "    VALUES\n"
+    "        (?, ?, ?, 'image', ?, ?, 1, ?, ?)";
+
+constexpr char incrementCopyCountSql[] = "    UPDATE clipboard_items\n"
+                                         "       SET copy_count    = copy_count + 1,\n"
+                                         "           last_copied_at = ?\n"
+                                         "     WHERE id = ?";
+
+constexpr qsizetype previewLength = 120; // user-perceived characters
+
+// The text on one line, cut to previewLength. Only as much of it is touched as the preview can need, because
+// the text may be of any size.
+QString makeTextPreview(QStringView text) {
+    for (qsizetype window = 8 * previewLength;; window *= 8) {
+        // One code point behind a boundary decides whether it is one, so the window ends with a whole one.
+        const bool cutsPair = window < text.size() && text[window - 1].isHighSurrogate();
+        QString line = text.first(std::min(text.size(), cutsPair ? window + 1 : window)).toString();
+        std::replace_if(
+            line.begin(), line.end(),
+            [](QChar character) { return character == u'\n' || character == u'\r'; }, u' ');
+        const QStringView preview = graphemePrefix(line, previewLength);
+        if (preview.size() < line.size() || line.size() == text.size()) {
+            line.truncate(preview.size());
+            return line;
+        }
+        // Each character so far is long, such as a letter under dozens of marks, and the last may not be
+        // complete.
+    }
+}
+
+QString lastPathComponent(QStringView path) {
+    while (path.size() > 1 && path.endsWith(u'/')) {
+        path.chop(1);
+    }
+    return path == u'/' ? path.toString() : path.sliced(path.lastIndexOf(u'/') + 1).toString();
+}
+
+QString makeFilePreview(const QStringList& paths) {
+    if (paths.isEmpty()) {
+        return QStringLiteral("0 files");
+    }
+    const QString name = lastPathComponent(paths.first());
+    return paths.size() == 1 ? name : name + QStringLiteral(" + %1 more").arg(paths.size() - 1);
+}
+
+} // namespace
+
+// How the kinds differ in the database and in what is said about a failure.
+struct ClipboardStore::Kind {
+    const char* insertSql;
+    QStringView prepareMessage;
+    QStringView insertMessage;
+};
+
+// A capture as the statements take it; the texts in UTF-8 are those that can be large or are hashed.
+struct ClipboardStore::Capture {
+    const Kind& kind;
+    const QByteArray content;
+    const QString hash;
+    const QString preview;
+    const QString* thumbnailPath; // null when the kind's statement has no parameter for it
+    const QString& sourceApp;
+};
+
+void ClipboardStore::insertOrUpdate(const QString& text, const QString& sourceApp) {
+    static constexpr Kind kind{insertTextSql, u"[ClipboardStore] ERROR: Prepare insert failed: ",
+                               u"[ClipboardStore] ERROR: Insert failed: "};
+    if (m_db == nullptr) {
+        return;
+    }
+    const QByteArray content = text.toUtf8();
+    record({kind, content, sha256Hex(content), makeTextPreview(text), nullptr, sourceApp});
+}
+
+void ClipboardStore::insertOrUpdateImage(const QString& imagePath, const QString& thumbnailPath,
+                                         const QString& hash, const QString& preview,
+                                         const QString& sourceApp) {
+    static constexpr Kind kind{insertImageSql, u"[ClipboardStore] ERROR: Prepare image insert failed: ",
+                               u"[ClipboardStore] ERROR: Image insert failed: "};
+    if (m_db == nullptr) {
+        return;
+    }
+    record({kind, imagePath.toUtf8(), hash, preview, &thumbnailPath, sourceApp});
+}
+
+void ClipboardStore::insertOrUpdateFile(const QStringList& paths, const QString& sourceApp) {
+    static constexpr Kind kind{insertFileSql, u"[ClipboardStore] ERROR: Prepare file insert failed: ",
+                               u"[ClipboardStore] ERROR: File insert failed: "};
+    if (m_db == nullptr || paths.isEmpty()) {
+        return;
+    }
+    const QByteArray content = paths.join(u'\n').toUtf8();
+    record({kind, content, sha256Hex("file|" + content), makeFilePreview(paths), nullptr, sourceApp});
+}
+
+void ClipboardStore::record(const Capture& capture) {
+    const qint64 time = now();
+    if (updateByHash(capture, time) || insert(capture, time)) {
+        cleanupByDays();
+        cleanupByCount();
+    }
+}
+
+// Whether the capture was a repeat. Failures are silent here: the insertion that follows meets and reports
+// them.
+bool ClipboardStore::updateByHash(const Capture& capture, qint64 time) {
+    SqliteStatement update(m_db, updateByHashSql);
+    if (!update.isPrepared()) {
+        return false;
+    }
+    update.bindInt64(1, time);
+    update.bindText(2, capture.sourceApp);
+    update.bindText(3, capture.hash);
+    return update.step() == SQLITE_DONE && sqlite3_changes(m_db) >= 1;
+}
+
+// Whether the insertion was tried, also when it failed: only a statement that cannot be prepared ends the
+// recording.
+bool ClipboardStore::insert(const Capture& capture, qint64 time) {
+    SqliteStatement insertion(m_db, capture.kind.insertSql);
+    if (!insertion.isPrepared()) {
+        printLine(capture.kind.prepareMessage.toString() + lastSqliteError(m_db));
+        return false;
+    }
+    int parameter = 0;
+    insertion.bindUtf8(++parameter, capture.content);
+    insertion.bindText(++parameter, capture.hash);
+    insertion.bindText(++parameter, capture.preview);
+    if (capture.thumbnailPath != nullptr) {
+        insertion.bindText(++parameter, *capture.thumbnailPath);
+    }
+    insertion.bindText(++parameter, capture.sourceApp);
+    insertion.bindInt64(++parameter, time);
+    insertion.bindInt64(++parameter, time);
+    if (insertion.step() != SQLITE_DONE) {
+        printLine(capture.kind.insertMessage.toString() + lastSqliteError(m_db));
+    }
+    return true;
+}
+
+void ClipboardStore::incrementCopyCount(qint64 id) {
+    if (m_db == nullptr) {
+        return;
+    }
+    SqliteStatement update(m_db, incrementCopyCountSql);
+    if (!update.isPrepared()) {
+        return;
+    }
+    update.bindInt64(1, now());
+    update.bindInt64(2, id);
+    if (update.step() != SQLITE_DONE) {
+        printLine(QStringLiteral("[ClipboardStore] ERROR: incrementCopyCount failed: ") +
+                  lastSqliteError(m_db));
+    }
+}
+
+} // namespace corvatto

@@ -1,0 +1,111 @@
+// Opening the database: finding or creating the file, its table and index, the columns that older files lack,
+// and the image directories.
+#include "store/ClipboardStore.h"
+
+#include "platform/Diagnostics.h"
+#include "platform/FileSystem.h"
+
+#include "SqliteStatement.h"
+
+#include <QFile>
+
+namespace corvatto {
+namespace {
+
+constexpr char createTableSql[] = "    CREATE TABLE IF NOT EXISTS clipboard_items (\n"
+                                  "        id              INTEGER PRIMARY KEY AUTOINCREMENT,\n"
+                                  "        content         TEXT    NOT NULL,\n"
+                                  "        content_hash    TEXT    NOT NULL UNIQUE,\n"
+                                  "        preview         TEXT    NOT NULL,\n"
+                                  "        content_type    TEXT    NOT NULL DEFAULT 'text',\n"
+                                  "        source_app      TEXT    NOT NULL DEFAULT '',\n"
+                                  "        thumbnail_path  TEXT,\n"
+                                  "        copy_count      INTEGER NOT NULL DEFAULT 1,\n"
+                                  "        first_copied_at INTEGER NOT NULL,\n"
+                                  "        last_copied_at  INTEGER NOT NULL\n"
+                                  "    );\n"
+                                  "    CREATE INDEX IF NOT EXISTS idx_last_copied_at\n"
+                                  "        ON clipboard_items(last_copied_at);";
+
+// A write-ahead log makes a recording one appended write with one fsync, and FULL has that fsync happen
+// before the recording is done, so that a loss of power takes nothing. The size limit keeps one huge copy
+// from leaving a log of that size behind. A file or file system that cannot do this keeps SQLite's default
+// journal, which is as safe; what is wrong with the file, if anything is, the statements that follow will
+// say.
+constexpr char journalSql[] = "PRAGMA synchronous = FULL;"
+                              "PRAGMA journal_size_limit = 1048576;" // bytes
+                              "PRAGMA journal_mode = WAL;";
+
+// Adds a column unless the probe, which selects it, can be prepared: files of any age come out the same,
+// without a version number.
+void addColumnIfMissing(sqlite3* db, const char* probeSql, const char* alterSql,
+                        const QString& messagePrefix) {
+    if (SqliteStatement(db, probeSql).isPrepared()) {
+        return;
+    }
+    if (const auto error = executeSql(db, alterSql)) {
+        printLine(messagePrefix + *error);
+    }
+}
+
+} // namespace
+
+void ClipboardStore::openDatabase() {
+    if (m_applicationSupportDirectory.isEmpty()) {
+        printLine(u"[ClipboardStore] ERROR: Cannot find Application Support directory");
+        return;
+    }
+    const QString directory = m_applicationSupportDirectory + QStringLiteral("/Corvatto");
+    if (const auto error = createDirectories(directory)) {
+        printLine(QStringLiteral("[ClipboardStore] ERROR: Failed to create database directory: ") +
+                  error->localizedDescription);
+        return;
+    }
+    const QByteArray file = QFile::encodeName(directory + QStringLiteral("/corvatto.sqlite3"));
+    if (sqlite3_open(file.constData(), &m_db) != SQLITE_OK) {
+        printLine(QStringLiteral("[ClipboardStore] ERROR: Failed to open database: ") +
+                  lastSqliteError(m_db));
+        return;
+    }
+    executeSql(m_db, journalSql);
+    createTable();
+    migrateAddSourceApp();
+    migrateAddContentType();
+    migrateAddThumbnailPath();
+    ensureImageDirectories();
+}
+
+void ClipboardStore::createTable() {
+    if (const auto error = executeSql(m_db, createTableSql)) {
+        printLine(QStringLiteral("[ClipboardStore] ERROR: Failed to create table: ") + *error);
+    }
+}
+
+void ClipboardStore::migrateAddSourceApp() {
+    addColumnIfMissing(m_db, "SELECT source_app FROM clipboard_items LIMIT 0",
+                       "ALTER TABLE clipboard_items ADD COLUMN source_app TEXT NOT NULL DEFAULT ''",
+                       QStringLiteral("[ClipboardStore] Migration add source_app: "));
+}
+
+void ClipboardStore::migrateAddContentType() {
+    addColumnIfMissing(m_db, "SELECT content_type FROM clipboard_items LIMIT 0",
+                       "ALTER TABLE clipboard_items ADD COLUMN content_type TEXT NOT NULL DEFAULT 'text'",
+                       QStringLiteral("[ClipboardStore] Migration add content_type: "));
+}
+
+void ClipboardStore::migrateAddThumbnailPath() {
+    addColumnIfMissing(m_db, "SELECT thumbnail_path FROM clipboard_items LIMIT 0",
+                       "ALTER TABLE clipboard_items ADD COLUMN thumbnail_path TEXT",
+                       QStringLiteral("[ClipboardStore] Migration add thumbnail_path: "));
+}
+
+void ClipboardStore::ensureImageDirectories() const {
+    for (const QString& directory : {imagesDir(), thumbnailsDir()}) {
+        if (const auto error = createDirectories(directory)) {
+            printLine(QStringLiteral("[ClipboardStore] ERROR: Cannot create %1: %2")
+                          .arg(directory, error->description()));
+        }
+    }
+}
+
+} // namespace corvatto

@@ -1,0 +1,146 @@
+#include "StoreTest.h"
+
+#include "settings/SettingsKeys.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace corvatto {
+namespace {
+
+using test::CapturedOutput;
+using test::texts;
+using namespace std::chrono_literals;
+
+class Retention : public test::StoreTest {
+protected:
+    void SetUp() override { open(); }
+
+    static void touch(const QString& path) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    }
+    QString imageFile(const char* name) const { return store->imagesDir() + u'/' + QString::fromUtf8(name); }
+    QString thumbnailFile(const char* name) const {
+        return store->thumbnailsDir() + u'/' + QString::fromUtf8(name);
+    }
+    bool hasFiles(const char* name) const {
+        EXPECT_EQ(QFileInfo::exists(imageFile(name)), QFileInfo::exists(thumbnailFile(name)));
+        return QFileInfo::exists(imageFile(name));
+    }
+    void recordImage(const char* name) {
+        wait(1s);
+        touch(imageFile(name));
+        touch(thumbnailFile(name));
+        store->insertOrUpdateImage(imageFile(name), thumbnailFile(name), QString::fromUtf8(name), {}, {});
+    }
+    void limitCount(qint64 limit) { defaults.setInteger(SettingsKeys::maxItemCount, limit); }
+    void limitDays(qint64 limit) { defaults.setInteger(SettingsKeys::maxRetentionDays, limit); }
+    void refuseDeletion() {
+        sql("CREATE TRIGGER no_delete BEFORE DELETE ON clipboard_items BEGIN SELECT RAISE(ABORT, 'refused'); "
+            "END");
+    }
+};
+
+TEST_F(Retention, KeepsTheNewestByCountWithTheFilesOfNoOthers) {
+    const QString document = path("document");
+    touch(document);
+    recordImage("old");
+    store->insertOrUpdateFile({document}, {});
+    store->insertOrUpdate(imageFile("old"), {}); // a text that is a path owns no file
+    recordImage("new");
+    record(QStringLiteral("a"));
+    EXPECT_EQ(contents().size(), 5) << "no limit is set";
+
+    limitCount(3);
+    EXPECT_EQ(contents().size(), 5) << "a lower limit waits for the next recording";
+    record(QStringLiteral("b"));
+    EXPECT_EQ(contents(), QStringList({QStringLiteral("b"), QStringLiteral("a"), imageFile("new")}));
+    EXPECT_FALSE(hasFiles("old"));
+    EXPECT_TRUE(hasFiles("new"));
+    EXPECT_TRUE(QFileInfo::exists(document));
+
+    wait(1s);
+    store->insertOrUpdateImage({}, {}, QStringLiteral("new"), {},
+                               {}); // a repeat of the oldest removes nothing
+    EXPECT_EQ(contents(), QStringList({imageFile("new"), QStringLiteral("b"), QStringLiteral("a")}));
+    limitCount(-1);
+    record(QStringLiteral("c"));
+    EXPECT_EQ(contents().size(), 4);
+}
+
+TEST_F(Retention, RemovesTheLowestIdAmongEqualTimes) {
+    for (const char* text : {"1", "2", "3"}) {
+        store->insertOrUpdate(QString::fromUtf8(text), {});
+    }
+    limitCount(3);
+    store->insertOrUpdate(QStringLiteral("4"), {});
+    EXPECT_EQ(sql("SELECT id FROM clipboard_items ORDER BY id"), texts({"2", "3", "4"}));
+}
+
+TEST_F(Retention, RemovesWhatIsStrictlyOlderThanTheDays) {
+    limitDays(1);
+    recordImage("gone");  // at 1 s
+    recordImage("exact"); // at 2 s
+    wait(24h - 1s);
+    record(QStringLiteral("now")); // "exact" is 86400 s old
+    EXPECT_EQ(contents(), QStringList({QStringLiteral("now"), imageFile("exact")}));
+    EXPECT_FALSE(hasFiles("gone"));
+    EXPECT_TRUE(hasFiles("exact"));
+
+    limitDays(std::numeric_limits<qint64>::max());
+    wait(24h * 1000);
+    record(QStringLiteral("later"));
+    EXPECT_EQ(contents().size(), 3);
+}
+
+TEST_F(Retention, FilesOutliveRowsThatCannotBeDeleted) {
+    recordImage("image");
+    refuseDeletion();
+    limitCount(1);
+    limitDays(1);
+    wait(48h);
+    CapturedOutput output;
+    record(QStringLiteral("new"));
+    store->deleteAll();
+    EXPECT_EQ(output.text(), "[ClipboardStore] ERROR: cleanupByDays failed: refused\n"
+                             "[ClipboardStore] ERROR: cleanupByCount failed: refused\n"
+                             "[ClipboardStore] ERROR: deleteAll failed: refused\n");
+    EXPECT_TRUE(hasFiles("image"));
+    EXPECT_EQ(contents(), QStringList({QStringLiteral("new"), imageFile("image")}));
+}
+
+TEST_F(Retention, GoesOnAfterAFileThatCannotBeRemoved) {
+    recordImage("a");
+    QFile::remove(imageFile("a"));
+    QDir().mkpath(imageFile("a") + QStringLiteral("/a directory with something in it"));
+    recordImage("b");
+    QFile::remove(imageFile("b")); // missing files are no failure
+    limitCount(1);
+    CapturedOutput output;
+    record(QStringLiteral("new"));
+    const QString prefix =
+        QStringLiteral("[ClipboardStore] Failed to delete image file %1: ").arg(imageFile("a"));
+    EXPECT_TRUE(output.text().startsWith(prefix.toUtf8())) << output.text().toStdString();
+    EXPECT_EQ(output.text().count('\n'), 1);
+    EXPECT_FALSE(QFileInfo::exists(thumbnailFile("a")));
+    EXPECT_FALSE(QFileInfo::exists(thumbnailFile("b")));
+    EXPECT_EQ(contents(), texts({"new"}));
+}
+
+TEST_F(Retention, ClearingTakesEverythingButTheIds) {
+    recordImage("image");
+    record(QStringLiteral("text"));
+    CapturedOutput output;
+    store->deleteAll();
+    EXPECT_EQ(contents(), QStringList());
+    EXPECT_FALSE(QFileInfo::exists(store->imagesDir()) || QFileInfo::exists(store->thumbnailsDir()));
+    store->deleteAll(); // without directories
+    record(QStringLiteral("after"));
+    EXPECT_EQ(sql("SELECT id FROM clipboard_items"), texts({"3"}));
+    EXPECT_EQ(output.text(), "");
+}
+
+} // namespace
+} // namespace corvatto

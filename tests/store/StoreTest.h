@@ -1,0 +1,83 @@
+// A store on a real file in a directory of its own, with a clock that the test sets and a second connection
+// to look at the file with.
+#pragma once
+
+#include "store/ClipboardStore.h"
+#include "support/CapturedOutput.h"
+#include "support/FakeUserDefaults.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <memory>
+
+namespace corvatto::test {
+
+class StoreTest : public ::testing::Test {
+protected:
+    QTemporaryDir home;
+    FakeUserDefaults defaults;
+    Preferences preferences{defaults};
+    std::chrono::milliseconds time =
+        std::chrono::seconds(1'700'000'000); // since 1970, what the store takes for now
+    std::unique_ptr<ClipboardStore> store;
+
+    QString path(const char* relative) const { return home.path() + u'/' + QString::fromUtf8(relative); }
+    QString databasePath() const { return path("Corvatto/corvatto.sqlite3"); }
+
+    ClipboardStore& open() { return openAt(home.path()); }
+    ClipboardStore& openAt(const QString& directory) {
+        store.reset(); // SQLite locks: the old connection goes first
+        store = std::make_unique<ClipboardStore>(
+            directory, preferences, [this] { return std::chrono::system_clock::time_point(time); });
+        return *store;
+    }
+    void wait(std::chrono::milliseconds duration) { time += duration; }
+
+    // Runs SQL on a connection of its own. A row's columns are joined with "|", NULL is "NULL".
+    QStringList sql(const char* statement) const {
+        QStringList rows;
+        sqlite3* db = nullptr;
+        char* error = nullptr;
+        sqlite3_open(databasePath().toUtf8().constData(), &db);
+        const auto append = [](void* result, int count, char** values, char**) {
+            QStringList columns;
+            for (int column = 0; column < count; ++column) {
+                columns << QString::fromUtf8(values[column] == nullptr ? "NULL" : values[column]);
+            }
+            static_cast<QStringList*>(result)->append(columns.join(u'|'));
+            return 0;
+        };
+        EXPECT_EQ(sqlite3_exec(db, statement, append, &rows, &error), SQLITE_OK)
+            << statement << ": " << error;
+        sqlite3_free(error);
+        sqlite3_close(db);
+        return rows;
+    }
+
+    QStringList contents(const std::optional<QString>& query = std::nullopt, int limit = 100) const {
+        QStringList result;
+        for (const ClipboardItem& item : store->fetchRecent(query, limit)) {
+            result << item.content;
+        }
+        return result;
+    }
+
+    // Records a text a second after the last recording.
+    void record(const QString& text) {
+        wait(std::chrono::seconds(1));
+        store->insertOrUpdate(text, QStringLiteral("Editor"));
+    }
+};
+
+inline QStringList texts(std::initializer_list<const char*> values) {
+    QStringList list;
+    for (const char* value : values) {
+        list << QString::fromUtf8(value);
+    }
+    return list;
+}
+
+} // namespace corvatto::test
