@@ -1,0 +1,134 @@
+#include "capture/ClipboardMonitor.h"
+
+#include "capture/ImageStorage.h"
+#include "settings/SettingsKeys.h"
+#include "store/ContentHash.h"
+
+#include <algorithm>
+
+namespace corvatto {
+namespace {
+
+// The identity of an image entry: its encoding's hash under a prefix that no text or file entry shares by
+// accident.
+QString imageHash(const Image& image) {
+    const QByteArray& png = image.pngData();
+    if (!png.isEmpty()) {
+        return sha256(QStringLiteral("image|") + sha256Hex(png));
+    }
+    const QByteArray tiff = image.tiffData();
+    if (!tiff.isEmpty()) {
+        return sha256(QStringLiteral("image|") + sha256Hex(tiff));
+    }
+    return sha256(QStringLiteral("image|") + image.description());
+}
+
+} // namespace
+
+ClipboardMonitor::ClipboardMonitor(ClipboardStore& store, Pasteboard& pasteboard, Workspace& workspace,
+                                   UserDefaults& defaults)
+    : m_timer(this), m_lastChangeCount(pasteboard.changeCount()), m_store(store), m_pasteboard(pasteboard),
+      m_workspace(workspace), m_defaults(defaults) {
+    // Coarse, within 5 % of the interval: whether a copy is seen a few hundredths of a second earlier shows
+    // nowhere, and the system can serve such timers together, so that an idle program wakes the processor
+    // less.
+    m_timer.setTimerType(Qt::CoarseTimer);
+    connect(&m_timer, &QTimer::timeout, this, &ClipboardMonitor::checkPasteboard);
+}
+
+ClipboardMonitor::~ClipboardMonitor() {
+    stop();
+}
+
+void ClipboardMonitor::start() {
+    m_lastChangeCount = m_pasteboard.changeCount();
+    scheduleTimer();
+    observeIntervalChanges();
+}
+
+void ClipboardMonitor::stop() {
+    m_timer.stop();
+    disconnect(m_defaultsObserver);
+    m_defaultsObserver = {};
+}
+
+std::chrono::milliseconds ClipboardMonitor::effectiveInterval() const {
+    constexpr double shortest = 0.1; // seconds, as the others here
+    constexpr double longest = 5.0;
+    const double stored = m_defaults.number(SettingsKeys::clipboardPollingInterval);
+    const double seconds =
+        stored <= 0 ? SettingsKeys::defaultClipboardPollingInterval : std::clamp(stored, shortest, longest);
+    return std::chrono::round<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+}
+
+void ClipboardMonitor::scheduleTimer() {
+    m_timer.start(effectiveInterval());
+}
+
+void ClipboardMonitor::observeIntervalChanges() {
+    disconnect(m_defaultsObserver);
+    m_defaultsObserver = connect(&m_defaults, &UserDefaults::didChange, this,
+                                 [this, lastApplied = effectiveInterval()]() mutable {
+                                     // Sent for every write to any setting; most do not concern the interval,
+                                     // and the timer must not start over for them.
+                                     const std::chrono::milliseconds interval = effectiveInterval();
+                                     if (interval == lastApplied) {
+                                         return;
+                                     }
+                                     lastApplied = interval;
+                                     m_timer.stop();
+                                     scheduleTimer();
+                                 });
+}
+
+void ClipboardMonitor::checkPasteboard() {
+    const qint64 changeCount = m_pasteboard.changeCount();
+    if (changeCount == m_lastChangeCount) {
+        return;
+    }
+    // Before anything is read, so that a change is dealt with once even if nothing comes of it.
+    m_lastChangeCount = changeCount;
+    const QString sourceApp = m_workspace.frontmostApplicationName();
+    if ((recordFiles(sourceApp) || recordImage(sourceApp) || recordText(sourceApp)) && onNewItem) {
+        onNewItem();
+    }
+}
+
+// Files come first because file managers offer their names as text and their icons as images as well.
+bool ClipboardMonitor::recordFiles(const QString& sourceApp) {
+    QStringList paths;
+    for (const QUrl& url : m_pasteboard.fileURLs()) {
+        // A directory is the same one with and without a slash behind its name.
+        paths.append(url.adjusted(QUrl::StripTrailingSlash).toLocalFile());
+    }
+    if (paths.isEmpty()) {
+        return false;
+    }
+    m_store.insertOrUpdateFile(paths, sourceApp);
+    return true;
+}
+
+bool ClipboardMonitor::recordImage(const QString& sourceApp) {
+    const auto image = ImageStorage::imageFromPasteboard(m_pasteboard);
+    if (!image) {
+        return false;
+    }
+    const QString hash = imageHash(*image);
+    const auto saved = ImageStorage::saveImage(*image, hash, m_store.imagesDir(), m_store.thumbnailsDir());
+    if (!saved) {
+        return false; // what the clipboard offers as text, if anything, is better than nothing
+    }
+    m_store.insertOrUpdateImage(saved->imagePath, saved->thumbnailPath, hash, saved->preview, sourceApp);
+    return true;
+}
+
+bool ClipboardMonitor::recordText(const QString& sourceApp) {
+    const auto text = m_pasteboard.string();
+    if (!text || QStringView(*text).trimmed().isEmpty()) {
+        return false;
+    }
+    m_store.insertOrUpdate(*text, sourceApp);
+    return true;
+}
+
+} // namespace corvatto

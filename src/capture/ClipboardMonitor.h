@@ -1,0 +1,64 @@
+// Watches the clipboard by polling its change count and records what it finds: copied files before an image
+// before text. Each change is dealt with exactly once, whether it gives an entry or not. Follows the
+// polling-interval setting while it runs.
+#pragma once
+
+#include "platform/Pasteboard.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+#include "store/ClipboardStore.h"
+
+#include <QMetaObject>
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+
+namespace corvatto {
+
+// Reports no errors: what cannot be read or stored is passed over, and whoever failed has printed its line. A
+// QObject so that others can hold it weakly. Main thread.
+class ClipboardMonitor : public QObject {
+    Q_OBJECT
+
+public:
+    // All four outlive the monitor. A new monitor is stopped.
+    ClipboardMonitor(ClipboardStore& store, Pasteboard& pasteboard, Workspace& workspace,
+                     UserDefaults& defaults);
+    ~ClipboardMonitor() override;
+
+    // Fired after every capture that reached the store.
+    std::function<void()> onNewItem;
+
+    // Starts polling. What is on the clipboard at this moment is not recorded. Called while stopped.
+    void start();
+    void stop();
+
+    // The change count that was last dealt with. Whoever writes to the clipboard without wanting it recorded
+    // sets this to the pasteboard's new change count.
+    qint64 lastChangeCount() const { return m_lastChangeCount; }
+    void setLastChangeCount(qint64 changeCount) { m_lastChangeCount = changeCount; }
+
+    Pasteboard& pasteboard() const { return m_pasteboard; }
+
+private:
+    std::chrono::milliseconds effectiveInterval() const;
+    void scheduleTimer();
+    void observeIntervalChanges();
+
+    void checkPasteboard();
+    bool recordFiles(const QString& sourceApp);
+    bool recordImage(const QString& sourceApp);
+    bool recordText(const QString& sourceApp);
+
+    QTimer m_timer; // active exactly while the monitor runs
+    qint64 m_lastChangeCount = 0;
+    ClipboardStore& m_store;
+    Pasteboard& m_pasteboard;
+    Workspace& m_workspace;
+    UserDefaults& m_defaults;
+    QMetaObject::Connection m_defaultsObserver;
+};
+
+} // namespace corvatto

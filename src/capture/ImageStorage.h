@@ -1,0 +1,36 @@
+// Images on their way from the clipboard to disk: reading one from the pasteboard, and storing it as two PNG
+// files, full size and thumbnail, both named by the image's content hash.
+#pragma once
+
+#include "platform/Image.h"
+#include "platform/Pasteboard.h"
+
+#include <QString>
+
+#include <optional>
+
+// Sizes are in points unless they say pixels. Failures print their lines and give an absent result. Main
+// thread.
+namespace corvatto::ImageStorage {
+
+struct SavedImage {
+    QString imagePath;     // absolute
+    QString thumbnailPath; // absolute; its file may be missing when it could not be written
+    QString preview;       // "Image 1920×1080", in pixels
+};
+
+// The image on the pasteboard, else what its TIFF or PNG data decode to.
+std::optional<Image> imageFromPasteboard(const Pasteboard& pasteboard);
+
+// Writes `hash`.png into both directories, creating them if need be and replacing files of that name. A
+// full-size file that cannot be written is a failure, a thumbnail that cannot is not. Nothing that was
+// written is taken back.
+std::optional<SavedImage> saveImage(const Image& image, const QString& hash, const QString& imagesDir,
+                                    const QString& thumbnailsDir);
+
+// The whole image scaled so that neither side exceeds `maxSide`; never enlarged. It has two pixels a point,
+// so that it stays sharp on dense displays, but no more than the image itself has; a size between two pixels
+// is rounded up. Absent when the image has no size.
+std::optional<Image> makeThumbnail(const Image& image, double maxSide);
+
+} // namespace corvatto::ImageStorage
