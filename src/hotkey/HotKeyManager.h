@@ -1,0 +1,54 @@
+// The one system-wide shortcut: registers the combination that the settings hold and calls back on each
+// press.
+#pragma once
+
+#include "platform/HotKeyCenter.h"
+#include "platform/UserDefaults.h"
+
+#include <QObject>
+
+#include <functional>
+#include <optional>
+
+namespace corvatto {
+
+// A combination that cannot be registered costs one printed line; the program goes on without a shortcut, and
+// the next change of the settings tries again. Main thread.
+class HotKeyManager : public QObject {
+    Q_OBJECT
+
+public:
+    // Both outlive the manager. Nothing is registered yet.
+    HotKeyManager(HotKeyCenter& center, const UserDefaults& defaults);
+    ~HotKeyManager() override;
+
+    // Called from the event loop once a press. May be unset.
+    std::function<void()> onHotKeyPressed;
+
+    // Registers the stored combination. Called only while nothing is installed.
+    void registerStoredHotKey();
+
+    // Replaces what is registered. Zeros have been replaced by the defaults before.
+    void reregister(qint64 keyCode, qint64 modifiers);
+
+    // Returns to the state before registration.
+    void unregister();
+
+private:
+    void registerHotKey(quint32 keyCode, quint32 modifiers);
+
+    HotKeyCenter& m_center;
+    const UserDefaults& m_defaults;
+    std::optional<EventHotKeyRef> m_hotKeyRef;
+    std::optional<EventHandlerRef> m_handlerRef;
+};
+
+// The stored combination with unset values, which are 0, replaced by the defaults.
+struct StoredHotKey {
+    qint64 keyCode;
+    qint64 modifiers;
+    bool operator==(const StoredHotKey&) const = default;
+};
+StoredHotKey withDefaults(qint64 keyCode, qint64 modifiers);
+
+} // namespace corvatto
