@@ -1,0 +1,28 @@
+#include "history/CharacterCounts.h"
+
+#include "platform/Graphemes.h"
+
+namespace corvatto {
+namespace {
+
+// Short texts are counted faster than they are looked up, and a run of months sees many of them.
+constexpr qsizetype worthRemembering = 512; // UTF-16 units
+constexpr qsizetype mostRemembered = 10'000;
+
+} // namespace
+
+qsizetype CharacterCounts::of(const ClipboardItem& item) {
+    if (item.content.size() < worthRemembering) {
+        return graphemeCount(item.content);
+    }
+    auto known = m_counts.constFind(item.id);
+    if (known == m_counts.constEnd()) {
+        if (m_counts.size() >= mostRemembered) {
+            m_counts.clear();
+        }
+        known = m_counts.insert(item.id, graphemeCount(item.content));
+    }
+    return *known;
+}
+
+} // namespace corvatto

@@ -1,0 +1,34 @@
+#include "history/FloatingPanel.h"
+
+#include "platform/Appearance.h"
+
+#include <QBoxLayout>
+#include <QCloseEvent>
+
+namespace corvatto {
+
+// A dialog to the window manager: tiling ones let it float, and none hides it when another program comes to
+// the front, as some do with tool windows.
+FloatingPanel::FloatingPanel(QWidget* content)
+    : QWidget(nullptr, Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
+    setWindowTitle(QStringLiteral("Corvatto"));
+    setPalette(appearance::lightPalette());
+    setAttribute(Qt::WA_QuitOnClose, false);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    // The screen decides the panel's size, not what the content would like.
+    layout->setSizeConstraint(QLayout::SetNoConstraint);
+    layout->addWidget(content);
+}
+
+void FloatingPanel::orderOut() {
+    hide();
+}
+
+void FloatingPanel::closeEvent(QCloseEvent* event) {
+    // A window manager's "close" hides the panel like Escape does; the panel lives as long as the program.
+    event->ignore();
+    orderOut();
+}
+
+} // namespace corvatto

@@ -1,0 +1,54 @@
+#include "history/HistoryCardDelegate.h"
+
+#include <algorithm>
+
+namespace corvatto {
+namespace {
+
+constexpr int cardWidth = static_cast<int>(HistoryCardView::cardWidth);
+constexpr int cardHeight = static_cast<int>(HistoryCardView::cardHeight);
+constexpr int halfSpacing = HistoryCardDelegate::cardSpacing / 2;
+
+// The first and the last cell are wider by what the shelf's padding is more than half a space.
+int paddingBefore(const QModelIndex& index) {
+    return index.row() == 0 ? HistoryCardDelegate::shelfHPadding : halfSpacing;
+}
+
+int paddingBehind(const QModelIndex& index) {
+    return index.row() == index.model()->rowCount() - 1 ? HistoryCardDelegate::shelfHPadding : halfSpacing;
+}
+
+} // namespace
+
+HistoryCardDelegate::HistoryCardDelegate(HistoryViewModel& viewModel,
+                                         const RelativeDateTimeFormatter& relativeTimes)
+    : m_viewModel(viewModel), m_relativeTimes(relativeTimes) {}
+
+CardContext HistoryCardDelegate::context() const {
+    return {m_images, m_characterCounts, m_relativeTimes, QDateTime::currentDateTime()};
+}
+
+QRect HistoryCardDelegate::cardRect(const QRect& cell, const QModelIndex& index) {
+    // In a low panel the padding shrinks before the card does.
+    const int padding = std::clamp((cell.height() - cardHeight) / 2, shelfVPadding / 3, shelfVPadding);
+    const int height = std::min(cardHeight, cell.height() - 2 * padding);
+    return {cell.left() + paddingBefore(index), cell.top() + (cell.height() - height) / 2, cardWidth, height};
+}
+
+QSize HistoryCardDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QModelIndex& index) const {
+    return {paddingBefore(index) + cardWidth + paddingBehind(index), m_cellHeight};
+}
+
+void HistoryCardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                                const QModelIndex& index) const {
+    const auto* model = static_cast<const HistoryListModel*>(index.model());
+    const ClipboardItem& item = model->item(index.row());
+    const HistoryCardView card(item, m_viewModel.selectedItemId() == item.id, index.row());
+    card.paint(*painter, cardRect(option.rect, index), context());
+}
+
+QString HistoryCardDelegate::accessibleText(const ClipboardItem& item, qsizetype index) const {
+    return HistoryCardView(item, false, index).accessibleText(context());
+}
+
+} // namespace corvatto

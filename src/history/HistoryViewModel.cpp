@@ -1,0 +1,161 @@
+#include "history/HistoryViewModel.h"
+
+#include "platform/Diagnostics.h"
+#include "platform/Image.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace corvatto {
+namespace {
+
+constexpr int fetchLimit = 100;
+
+} // namespace
+
+HistoryViewModel::HistoryViewModel(ClipboardStore& store, Pasteboard& pasteboard)
+    : m_store(store), m_pasteboard(pasteboard) {}
+
+void HistoryViewModel::setSearchText(const QString& text) {
+    if (text != m_searchText) {
+        m_searchText = text;
+        Q_EMIT searchTextChanged();
+    }
+}
+
+void HistoryViewModel::setSelectedItemId(std::optional<qint64> id) {
+    if (id != m_selectedItemId) {
+        m_selectedItemId = id;
+        Q_EMIT selectedItemIdChanged();
+    }
+}
+
+void HistoryViewModel::setItems(QList<ClipboardItem> items) {
+    m_items = std::move(items);
+    Q_EMIT itemsChanged();
+}
+
+void HistoryViewModel::refresh() {
+    setItems(m_store.fetchRecent(std::nullopt, fetchLimit));
+    applyDefaultSelection();
+}
+
+void HistoryViewModel::search() {
+    setItems(m_store.fetchRecent(m_searchText, fetchLimit));
+    if (!m_searchText.isEmpty()) {
+        setSelectedItemId(idAt(0));
+    } else {
+        applyDefaultSelection();
+    }
+}
+
+void HistoryViewModel::applyDefaultSelection() {
+    setSelectedItemId(idAt(m_items.size() >= 2 ? 1 : 0));
+}
+
+std::optional<qint64> HistoryViewModel::idAt(qsizetype index) const {
+    return index >= 0 && index < m_items.size() ? std::optional(m_items[index].id) : std::nullopt;
+}
+
+qsizetype HistoryViewModel::selectedIndex() const {
+    const auto selected = std::find_if(m_items.cbegin(), m_items.cend(), [this](const ClipboardItem& item) {
+        return item.id == m_selectedItemId;
+    });
+    return selected == m_items.cend() ? -1 : selected - m_items.cbegin();
+}
+
+void HistoryViewModel::moveUp() {
+    moveSelection(-1);
+}
+
+void HistoryViewModel::moveDown() {
+    moveSelection(+1);
+}
+
+void HistoryViewModel::moveSelection(qsizetype step) {
+    if (m_items.isEmpty() || !m_selectedItemId) {
+        setSelectedItemId(idAt(0));
+        return;
+    }
+    const qsizetype selected = selectedIndex();
+    if (selected < 0) {
+        return;
+    }
+    if (const auto neighbour = idAt(selected + step)) {
+        setSelectedItemId(neighbour);
+    }
+}
+
+void HistoryViewModel::selectAndCopy() {
+    copyItem(selectedIndex());
+}
+
+void HistoryViewModel::copyItem(qsizetype index) {
+    if (index >= 0 && index < m_items.size()) {
+        // A copy: dismissing may reload the list.
+        copyItem(ClipboardItem(m_items[index]));
+    }
+}
+
+void HistoryViewModel::copyItem(const ClipboardItem& item) {
+    if (!write(item)) {
+        return;
+    }
+    if (monitor) {
+        monitor->setLastChangeCount(monitor->pasteboard().changeCount());
+    }
+    m_store.incrementCopyCount(item.id);
+    if (onDismiss) {
+        onDismiss();
+    }
+}
+
+bool HistoryViewModel::write(const ClipboardItem& item) {
+    if (item.contentType == QLatin1String("file")) {
+        return writeFiles(item.content);
+    }
+    if (item.contentType == QLatin1String("image")) {
+        return writeImage(item.content);
+    }
+    m_pasteboard.clearContents();
+    m_pasteboard.setString(item.content);
+    return true;
+}
+
+bool HistoryViewModel::writeFiles(const QString& content) {
+    QList<QUrl> urls;
+    for (const QString& path : content.split(QLatin1Char('\n'))) {
+        if (!path.isEmpty() && QFileInfo::exists(path)) {
+            urls.append(QUrl::fromLocalFile(path));
+        }
+    }
+    if (urls.isEmpty()) {
+        printLine(u"[HistoryViewModel] All file paths are missing — nothing copied.");
+        return false;
+    }
+    m_pasteboard.clearContents();
+    m_pasteboard.writeFileURLs(urls);
+    return true;
+}
+
+bool HistoryViewModel::writeImage(const QString& path) {
+    const auto image = Image::fromFile(path);
+    if (!image) {
+        printLine(u"[HistoryViewModel] Image file missing — nothing copied.");
+        return false;
+    }
+    m_pasteboard.clearContents();
+    m_pasteboard.writeImage(*image);
+    return true;
+}
+
+void HistoryViewModel::clearAll() {
+    if (confirmClearAll && !confirmClearAll()) {
+        return;
+    }
+    m_store.deleteAll();
+    refresh();
+}
+
+} // namespace corvatto

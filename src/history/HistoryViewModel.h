@@ -1,0 +1,84 @@
+// State and logic of the history panel: the entries on show, the search text, the selection, and writing an
+// entry back to the clipboard. It knows no window; views observe its properties.
+#pragma once
+
+#include "capture/ClipboardMonitor.h"
+#include "platform/Pasteboard.h"
+#include "store/ClipboardStore.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+#include <optional>
+
+namespace corvatto {
+
+// Main thread.
+class HistoryViewModel : public QObject {
+    Q_OBJECT
+
+public:
+    // Both outlive the model.
+    HistoryViewModel(ClipboardStore& store, Pasteboard& pasteboard);
+
+    const QList<ClipboardItem>& items() const { return m_items; }
+    const QString& searchText() const { return m_searchText; }
+    std::optional<qint64> selectedItemId() const { return m_selectedItemId; }
+
+    // Changing the text alone searches nothing: search() does.
+    void setSearchText(const QString& text);
+    void setSelectedItemId(std::optional<qint64> id);
+
+    // Whose change count is moved on after a write, so that the write is not recorded as a copy.
+    QPointer<ClipboardMonitor> monitor;
+
+    // Each may be unset.
+    std::function<void()> onDismiss;
+    std::function<void()> showPreferences;
+    std::function<void()> showAbout;
+    std::function<bool()> confirmClearAll; // true means go ahead
+
+    // Loads the most recent entries, whatever the search text, and selects the second: the first is what the
+    // clipboard holds already.
+    void refresh();
+
+    // Loads the entries that match the search text and selects the first, or as refresh() does when it is
+    // empty.
+    void search();
+
+    void moveUp();
+    void moveDown();
+
+    // Copies back the selected entry, the one at a position, or the given one: on success its count rises and
+    // the panel is dismissed. An entry whose files have gone leaves everything as it was and prints one line.
+    void selectAndCopy();
+    void copyItem(qsizetype index);
+    void copyItem(const ClipboardItem& item);
+
+    // Erases the history, if the user confirms.
+    void clearAll();
+
+Q_SIGNALS:
+    void itemsChanged();
+    void searchTextChanged();
+    void selectedItemIdChanged();
+
+private:
+    void setItems(QList<ClipboardItem> items);
+    void applyDefaultSelection();
+    std::optional<qint64> idAt(qsizetype index) const;
+    qsizetype selectedIndex() const; // -1 when nothing is selected, or nothing that is on show
+    void moveSelection(qsizetype step);
+    bool write(const ClipboardItem& item);
+    bool writeFiles(const QString& content);
+    bool writeImage(const QString& path);
+
+    QList<ClipboardItem> m_items;
+    QString m_searchText;
+    std::optional<qint64> m_selectedItemId;
+    ClipboardStore& m_store;
+    Pasteboard& m_pasteboard;
+};
+
+} // namespace corvatto

@@ -1,0 +1,150 @@
+#include "history/HistoryWindowController.h"
+
+#include "history/FloatingPanel.h"
+#include "history/HistoryView.h"
+#include "history/SearchField.h"
+#include "settings/SettingsKeys.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace corvatto {
+namespace {
+
+// Points.
+constexpr double heightShare = 0.42; // of the visible frame's
+constexpr double maximumHeight = 440;
+
+// An automatic check is considered at every so many openings, and made when the last is this long ago.
+constexpr qint64 openingsBetweenChecks = 100;
+constexpr double secondsBetweenChecks = 86'400;
+
+// The digit keys in the order of the entries that they copy.
+constexpr std::array<quint16, 9> digitKeys{key1, key2, key3, key4, key5, key6, key7, key8, key9};
+
+double secondsSince1970() {
+    return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0;
+}
+
+} // namespace
+
+HistoryWindowController::HistoryWindowController(HistoryViewModel& viewModel, const Desktop& desktop)
+    : m_viewModel(viewModel), m_desktop(desktop) {
+    m_viewModel.onDismiss = [self = QPointer(this)] {
+        if (self && self->m_window) {
+            self->m_window->orderOut();
+        }
+    };
+}
+
+HistoryWindowController::~HistoryWindowController() = default;
+
+QRect HistoryWindowController::panelFrame(const QRect& visibleFrame) {
+    const double height = std::min(visibleFrame.height() * heightShare, maximumHeight);
+    const int points = static_cast<int>(std::lround(height));
+    return {visibleFrame.left(), visibleFrame.top() + visibleFrame.height() - points, visibleFrame.width(),
+            points};
+}
+
+std::optional<Screen> HistoryWindowController::currentScreen() const {
+    const QPoint mouse = m_desktop.screens.mouseLocation();
+    const std::vector<Screen> screens = m_desktop.screens.screens();
+    const auto under = std::find_if(screens.begin(), screens.end(),
+                                    [&](const Screen& screen) { return screen.frame.contains(mouse); });
+    if (under != screens.end()) {
+        return *under;
+    }
+    if (const auto main = m_desktop.screens.mainScreen()) {
+        return main;
+    }
+    return screens.empty() ? std::nullopt : std::optional(screens.front());
+}
+
+void HistoryWindowController::createWindow() {
+    m_view = new HistoryView(m_viewModel, m_desktop.pasteboard, m_desktop.relativeTimes);
+    m_window = std::make_unique<FloatingPanel>(m_view);
+    m_localEventMonitor =
+        std::make_unique<LocalKeyMonitor>([this](const KeyEvent& event) { return handleKey(event); });
+}
+
+void HistoryWindowController::show() {
+    const auto screen = currentScreen();
+    if (!screen) {
+        return; // there is nothing to show it on
+    }
+    if (!m_window) {
+        createWindow();
+    }
+    m_window->setGeometry(panelFrame(screen->visibleFrame));
+    m_desktop.panelWindows.prepareToShow(*m_window);
+    m_window->show();
+    m_window->raise();
+    m_desktop.panelWindows.activate(*m_window);
+    m_viewModel.refresh();
+    trackWindowOpen();
+}
+
+void HistoryWindowController::trackWindowOpen() {
+    const QString& openCountKey = SettingsKeys::corvattoHistoryWindowOpenCount;
+    const qint64 count = m_desktop.defaults.integer(openCountKey) + 1;
+    m_desktop.defaults.setInteger(openCountKey, count);
+    if (count % openingsBetweenChecks != 0) {
+        return;
+    }
+    const double lastCheck = m_desktop.defaults.number(SettingsKeys::corvattoLastUpdateCheckAt);
+    if (secondsSince1970() - lastCheck >= secondsBetweenChecks && checkForUpdates) {
+        checkForUpdates();
+    }
+}
+
+bool HistoryWindowController::handleKey(const KeyEvent& event) {
+    if (!m_window->isKeyWindow() || m_view->searchField().isComposing()) {
+        return false;
+    }
+    const bool isCommand = (event.modifierFlags & commandFlag) != 0;
+    const auto digit = std::find(digitKeys.begin(), digitKeys.end(), event.keyCode);
+    if (isCommand && digit != digitKeys.end()) {
+        m_viewModel.copyItem(digit - digitKeys.begin());
+        return true;
+    }
+    switch (event.keyCode) {
+    case keyC:
+        if (isCommand) {
+            handleCommandC();
+        }
+        return isCommand;
+    case keyReturn:
+        if (m_view->searchField().hasFocus()) {
+            return false; // the field submits
+        }
+        m_viewModel.selectAndCopy();
+        return true;
+    case keyEscape:
+        m_window->orderOut();
+        return true;
+    case keyLeftArrow:
+    case keyUpArrow:
+        m_viewModel.moveUp();
+        return true;
+    case keyRightArrow:
+    case keyDownArrow:
+        m_viewModel.moveDown();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void HistoryWindowController::handleCommandC() {
+    // The field's own text, when some of it is selected. Copied here, because the field knows only Control
+    // and C.
+    const SearchField& field = m_view->searchField();
+    if (field.hasFocus() && field.hasSelectedText()) {
+        field.copy();
+    } else {
+        m_viewModel.selectAndCopy();
+    }
+}
+
+} // namespace corvatto

@@ -1,0 +1,70 @@
+#include "history/SearchField.h"
+
+#include "platform/Appearance.h"
+
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+
+namespace corvatto {
+namespace {
+
+// What a search can sensibly be; a pasted book would only slow the field down.
+constexpr qsizetype longestPaste = 4096;
+
+} // namespace
+
+SearchField::SearchField(Pasteboard& pasteboard) : m_pasteboard(pasteboard) {
+    setFrame(false);
+    setFont(appearance::systemFont(appearance::bodySize));
+    setAttribute(Qt::WA_MacShowFocusRect, false);
+    QPalette plain = appearance::lightPalette();
+    plain.setColor(QPalette::Base, Qt::transparent);
+    setPalette(plain);
+}
+
+void SearchField::pasteSnapshot() {
+    if (const auto text = m_pasteboard.string()) {
+        insert(text->left(longestPaste));
+    }
+}
+
+void SearchField::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Paste)) {
+        pasteSnapshot();
+        event->accept();
+        return;
+    }
+    QLineEdit::keyPressEvent(event);
+}
+
+void SearchField::mouseReleaseEvent(QMouseEvent* event) {
+    // The middle button would paste the primary selection, whose owner may hang.
+    if (event->button() != Qt::MiddleButton) {
+        QLineEdit::mouseReleaseEvent(event);
+    }
+}
+
+void SearchField::contextMenuEvent(QContextMenuEvent* event) {
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->setPalette(appearance::lightPalette());
+    menu->addAction(QStringLiteral("剪切"), this, &QLineEdit::cut)->setEnabled(hasSelectedText());
+    menu->addAction(QStringLiteral("复制"), this, &QLineEdit::copy)->setEnabled(hasSelectedText());
+    menu->addAction(QStringLiteral("粘贴"), this, &SearchField::pasteSnapshot);
+    menu->addSeparator();
+    menu->addAction(QStringLiteral("全选"), this, &QLineEdit::selectAll)->setEnabled(!text().isEmpty());
+    menu->popup(event->globalPos());
+}
+
+void SearchField::inputMethodEvent(QInputMethodEvent* event) {
+    m_isComposing = !event->preeditString().isEmpty();
+    QLineEdit::inputMethodEvent(event);
+}
+
+void SearchField::focusOutEvent(QFocusEvent* event) {
+    m_isComposing = false;
+    QLineEdit::focusOutEvent(event);
+}
+
+} // namespace corvatto
