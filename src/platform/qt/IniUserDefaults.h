@@ -1,0 +1,36 @@
+// The settings in an INI file that people may edit, also while the program runs.
+#pragma once
+
+#include "platform/UserDefaults.h"
+
+#include <QFileSystemWatcher>
+#include <QSettings>
+#include <QTimer>
+
+namespace corvatto {
+
+class IniUserDefaults : public UserDefaults {
+    Q_OBJECT
+
+public:
+    // `path` may be empty: the settings then last for the run.
+    explicit IniUserDefaults(const QString& path);
+
+    void setObject(const QString& key, const QVariant& value) override;
+
+protected:
+    QVariant storedObject(const QString& key) const override;
+
+private:
+    void write();
+    void watch();
+    void fileChanged();
+
+    QString m_path;
+    QSettings m_settings;
+    QFileSystemWatcher m_watcher;
+    QTimer m_reload;
+    bool m_complained = false;
+};
+
+} // namespace corvatto

@@ -1,0 +1,13 @@
+// Modal alerts as message boxes.
+#pragma once
+
+#include "platform/Alerts.h"
+
+namespace corvatto {
+
+class QtAlerts : public Alerts {
+public:
+    int runModal(const Alert& alert) override;
+};
+
+} // namespace corvatto

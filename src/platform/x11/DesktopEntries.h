@@ -1,0 +1,42 @@
+// Finds the desktop entry of an application by its window class, for the name that users know it by.
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace corvatto {
+
+class DesktopEntries {
+public:
+    // `directories` hold *.desktop files, those of the user first; `languages` are tried in order, such as
+    // "zh_CN", "zh".
+    DesktopEntries(QStringList directories, QStringList languages);
+
+    // The localized name of the application whose windows have the class `windowClass`: the entry of that
+    // file name, else one that declares the class as its StartupWMClass. Absent when there is none. Files are
+    // read at the first question about a class, the declared classes once.
+    std::optional<QString> nameForWindowClass(const QString& windowClass);
+
+private:
+    struct Entry {
+        QString name;
+        QString startupClass;
+    };
+
+    std::optional<QString> findName(const QString& windowClass);
+    std::optional<Entry> readEntry(const QString& path) const;
+    void indexDeclaredClasses();
+
+    QStringList m_directories;
+    QStringList m_languages;
+    QHash<QString, std::optional<QString>> m_names;
+    std::optional<QHash<QString, QString>> m_declared; // lower-case class to name
+};
+
+// The languages of the user's locale as desktop entries write them.
+QStringList desktopEntryLanguages();
+
+} // namespace corvatto

@@ -1,0 +1,135 @@
+#include "platform/x11/SelectionTransfer.h"
+
+namespace corvatto {
+namespace {
+
+// How much of a property one request reads, in 32-bit words. Bounds what a reply can make us hold at once.
+constexpr quint32 wordsPerRead = 1u << 18; // 1 MiB
+
+} // namespace
+
+SelectionTransfer::SelectionTransfer(XcbConnection& connection, const Request& request, Done done)
+    : m_connection(connection), m_request(request), m_done(std::move(done)),
+      m_self(std::make_shared<SelectionTransfer*>(this)) {
+    m_connection.addListener(*this);
+    m_silence.setSingleShot(true);
+    m_silence.setInterval(m_request.silenceLimit);
+    m_silence.callOnTimeout([this] { finish(Outcome::silent); });
+    m_silence.start();
+    xcb_delete_property(m_connection.raw(), m_request.requestor, m_request.property);
+    xcb_convert_selection(m_connection.raw(), m_request.requestor, m_request.selection, m_request.target,
+                          m_request.property, m_request.time);
+    m_connection.flush();
+}
+
+SelectionTransfer::~SelectionTransfer() {
+    m_connection.removeListener(*this);
+}
+
+void SelectionTransfer::handleEvent(const xcb_generic_event_t& event) {
+    const int type = event.response_type & 0x7F;
+    if (type == XCB_SELECTION_NOTIFY && m_state == State::asked) {
+        const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(event);
+        if (notify.requestor != m_request.requestor || notify.selection != m_request.selection ||
+            notify.target != m_request.target) {
+            return;
+        }
+        if (notify.property == m_request.property) {
+            readProperty();
+        } else if (notify.property == XCB_ATOM_NONE && notify.time == m_request.time) {
+            // The time tells a refusal of this request from a late one of a request that was given up.
+            finish(Outcome::refused);
+        }
+    } else if (type == XCB_PROPERTY_NOTIFY && m_state == State::waitingForPiece) {
+        const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        if (notify.window == m_request.requestor && notify.atom == m_request.property &&
+            notify.state == XCB_PROPERTY_NEW_VALUE) {
+            readProperty();
+        }
+    }
+}
+
+void SelectionTransfer::ownerGone() {
+    // What has reached the server is being read; only an owner that still had to act leaves the transfer
+    // hanging.
+    if (m_state == State::asked || m_state == State::waitingForPiece) {
+        finish(Outcome::refused);
+    }
+}
+
+void SelectionTransfer::readProperty() {
+    m_state = State::reading;
+    // Deleting happens with the read that takes the last of the property, and tells the owner to go on.
+    const auto cookie = xcb_get_property(m_connection.raw(), 1, m_request.requestor, m_request.property,
+                                         XCB_GET_PROPERTY_TYPE_ANY, m_offset, wordsPerRead);
+    m_connection.whenReplied(cookie.sequence, [self = std::weak_ptr(m_self)](const void* reply) {
+        if (const auto alive = self.lock()) {
+            (*alive)->handleProperty(static_cast<const xcb_get_property_reply_t*>(reply));
+        }
+    });
+    m_connection.flush();
+}
+
+void SelectionTransfer::handleProperty(const xcb_get_property_reply_t* reply) {
+    if (m_state != State::reading) {
+        return;
+    }
+    if (reply == nullptr) {
+        finish(Outcome::refused);
+        return;
+    }
+    m_silence.start();
+
+    if (!m_incremental && reply->type == m_connection.atom("INCR")) {
+        m_incremental = true;
+        // The owner announces a lower bound of the size; a liar is caught while the pieces come in.
+        if (xcb_get_property_value_length(reply) >= 4 &&
+            *static_cast<const quint32*>(xcb_get_property_value(reply)) > m_request.byteLimit) {
+            finish(Outcome::tooLarge);
+        } else {
+            m_state = State::waitingForPiece;
+        }
+        return;
+    }
+
+    const bool lastPiece = reply->value_len == 0 && reply->bytes_after == 0 && m_offset == 0;
+    if (!append(*reply)) {
+        finish(Outcome::tooLarge);
+    } else if (reply->bytes_after > 0) {
+        m_offset += wordsPerRead;
+        readProperty();
+    } else if (!m_incremental || lastPiece) {
+        finish(Outcome::complete);
+    } else {
+        m_offset = 0;
+        m_state = State::waitingForPiece;
+    }
+}
+
+bool SelectionTransfer::append(const xcb_get_property_reply_t& reply) {
+    const int length = xcb_get_property_value_length(&reply);
+    if (m_bytes.size() + length + qint64{reply.bytes_after} > m_request.byteLimit) {
+        return false;
+    }
+    m_bytes.append(static_cast<const char*>(xcb_get_property_value(&reply)), length);
+    return true;
+}
+
+void SelectionTransfer::finish(Outcome outcome) {
+    if (m_state == State::ended) {
+        return;
+    }
+    m_state = State::ended;
+    m_silence.stop();
+    if (outcome != Outcome::complete) {
+        xcb_delete_property(m_connection.raw(), m_request.requestor, m_request.property);
+        m_bytes = QByteArray();
+    } else if (m_bytes.isNull()) {
+        m_bytes = QByteArray("");
+    }
+    // The callback may destroy this object.
+    const Done done = std::move(m_done);
+    done(outcome, std::move(m_bytes));
+}
+
+} // namespace corvatto

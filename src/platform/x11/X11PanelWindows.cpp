@@ -1,0 +1,66 @@
+#include "platform/x11/X11PanelWindows.h"
+
+#include <QGuiApplication>
+#include <QWidget>
+#include <QWindow>
+
+#include <array>
+
+namespace corvatto {
+namespace {
+
+// Requests about Qt's windows go over Qt's connection, so that they reach the server in order with Qt's own.
+xcb_connection_t* qtConnection() {
+    const auto* native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return native != nullptr ? native->connection() : nullptr;
+}
+
+} // namespace
+
+X11PanelWindows::X11PanelWindows(XcbConnection& connection) : m_connection(connection) {}
+
+void X11PanelWindows::prepareToShow(QWidget& panel) {
+    xcb_connection_t* raw = qtConnection();
+    if (raw == nullptr || panel.isVisible()) {
+        return; // of a mapped window the states belong to the window manager
+    }
+    const auto window = static_cast<xcb_window_t>(panel.winId());
+
+    // Window managers drop the states of a hidden window. Qt adds its own to those it finds.
+    const std::array states{
+        m_connection.atom("_NET_WM_STATE_ABOVE"), m_connection.atom("_NET_WM_STATE_STICKY"),
+        m_connection.atom("_NET_WM_STATE_SKIP_TASKBAR"), m_connection.atom("_NET_WM_STATE_SKIP_PAGER")};
+    xcb_change_property(raw, XCB_PROP_MODE_REPLACE, window, m_connection.atom("_NET_WM_STATE"), XCB_ATOM_ATOM,
+                        32, states.size(), states.data());
+    constexpr quint32 everyDesktop = 0xFFFFFFFF;
+    xcb_change_property(raw, XCB_PROP_MODE_REPLACE, window, m_connection.atom("_NET_WM_DESKTOP"),
+                        XCB_ATOM_CARDINAL, 32, 1, &everyDesktop);
+    // The panel is opened by the user's own key, so no focus-stealing prevention is to hold it back. Without
+    // a time the window manager judges by the activation request below.
+    xcb_delete_property(raw, window, m_connection.atom("_NET_WM_USER_TIME"));
+    xcb_flush(raw);
+}
+
+void X11PanelWindows::activate(QWidget& panel) {
+    xcb_connection_t* raw = qtConnection();
+    if (raw == nullptr) {
+        return;
+    }
+    union {
+        xcb_client_message_event_t message;
+        char wire[32];
+    } event{};
+    event.message.response_type = XCB_CLIENT_MESSAGE;
+    event.message.format = 32;
+    event.message.window = static_cast<xcb_window_t>(panel.winId());
+    event.message.type = m_connection.atom("_NET_ACTIVE_WINDOW");
+    // Source 2: a direct user action, the hot key, which the window manager has not seen as input to our
+    // windows.
+    event.message.data.data32[0] = 2;
+    event.message.data.data32[1] = XCB_CURRENT_TIME;
+    xcb_send_event(raw, 0, m_connection.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, event.wire);
+    xcb_flush(raw);
+}
+
+} // namespace corvatto

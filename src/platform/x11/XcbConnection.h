@@ -1,0 +1,98 @@
+// A connection to the X server that is the program's own, apart from Qt's, served by the main event loop.
+//
+// Requests whose answers come from the server may be awaited in place at start; everything that depends on
+// other programs is asynchronous: replies are delivered to callbacks, events to listeners, and each turn of
+// the loop handles a bounded number of them, so that no client can keep the loop busy.
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QObject>
+#include <QSocketNotifier>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace corvatto {
+
+// What xcb allocates with malloc.
+struct FreeDeleter {
+    void operator()(void* pointer) const { std::free(pointer); }
+};
+template <typename T>
+using XcbPointer = std::unique_ptr<T, FreeDeleter>;
+
+class XcbEventListener {
+public:
+    XcbEventListener() = default;
+    virtual ~XcbEventListener() = default;
+    XcbEventListener(const XcbEventListener&) = delete;
+    XcbEventListener& operator=(const XcbEventListener&) = delete;
+
+    virtual void handleEvent(const xcb_generic_event_t& event) = 0;
+};
+
+class XcbConnection : public QObject {
+    Q_OBJECT
+
+public:
+    // Whether the display of $DISPLAY takes connections. Needs no application object, unlike everything else
+    // here.
+    static bool serverIsReachable();
+
+    // Connects to the display of $DISPLAY. Null when there is none.
+    static std::unique_ptr<XcbConnection> open();
+    ~XcbConnection() override;
+
+    xcb_connection_t* raw() const { return m_connection; }
+    xcb_window_t root() const { return m_root; }
+
+    // Asks the server at the first use of a name.
+    xcb_atom_t atom(const QByteArray& name);
+
+    // Creates an unmapped window for messages, with the given event mask.
+    xcb_window_t createMessageWindow(quint32 eventMask);
+
+    // Listeners are not owned and are removed before they die.
+    void addListener(XcbEventListener& listener);
+    void removeListener(XcbEventListener& listener);
+
+    // Calls `done` with the reply of the request `sequence`, or with null when the server answered with an
+    // error.
+    using ReplyHandler = std::function<void(const void* reply)>;
+    void whenReplied(unsigned int sequence, ReplyHandler done);
+
+    // Sends what has been requested.
+    void flush();
+
+Q_SIGNALS:
+    // The server is gone. Nothing works after this.
+    void disconnected();
+
+private:
+    struct PendingReply {
+        unsigned int sequence;
+        ReplyHandler done;
+    };
+
+    XcbConnection(xcb_connection_t* connection, int screen);
+    void pump();
+    bool deliverNext();
+    bool deliverNextReply();
+    bool deliverNextEvent();
+
+    xcb_connection_t* m_connection;
+    xcb_window_t m_root = XCB_NONE;
+    QSocketNotifier m_notifier;
+    QHash<QByteArray, xcb_atom_t> m_atoms;
+    std::vector<XcbEventListener*> m_listeners;
+    std::deque<PendingReply> m_pending;
+    bool m_pumpScheduled = false;
+};
+
+} // namespace corvatto
