@@ -1,0 +1,117 @@
+#include "app/AppDelegate.h"
+
+#include "history/FloatingPanel.h"
+#include "settings/LaunchDefaults.h"
+#include "settings/SettingsKeys.h"
+
+#include <QGuiApplication>
+#include <QPointer>
+
+namespace corvatto {
+namespace {
+
+StoredHotKey rawHotKey(const UserDefaults& defaults) {
+    return {defaults.integer(SettingsKeys::hotkeyKeyCode), defaults.integer(SettingsKeys::hotkeyModifiers)};
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(const Desktop& desktop)
+    : m_desktop(desktop), m_preferences(desktop.defaults),
+      m_store(desktop.applicationSupportDirectory, m_preferences) {}
+
+ClipboardMonitor& AppDelegate::monitor() {
+    if (!m_monitor) {
+        m_monitor = std::make_unique<ClipboardMonitor>(m_store, m_desktop.pasteboard, m_desktop.workspace,
+                                                       m_desktop.defaults);
+    }
+    return *m_monitor;
+}
+
+HotKeyManager& AppDelegate::hotKeyManager() {
+    if (!m_hotKeyManager) {
+        m_hotKeyManager = std::make_unique<HotKeyManager>(m_desktop.hotKeyCenter, m_desktop.defaults);
+    }
+    return *m_hotKeyManager;
+}
+
+HistoryViewModel& AppDelegate::viewModel() {
+    if (!m_viewModel) {
+        m_viewModel = std::make_unique<HistoryViewModel>(m_store, m_desktop.pasteboard);
+    }
+    return *m_viewModel;
+}
+
+HistoryWindowController& AppDelegate::windowController() {
+    if (!m_windowController) {
+        m_windowController = std::make_unique<HistoryWindowController>(
+            viewModel(),
+            HistoryWindowController::Desktop{m_desktop.pasteboard, m_desktop.screens, m_desktop.panelWindows,
+                                             m_desktop.defaults, m_desktop.relativeTimes});
+    }
+    return *m_windowController;
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    // The program is there without a window to its name.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    registerLaunchDefaults(m_desktop.defaults);
+
+    viewModel().monitor = &monitor();
+    viewModel().confirmClearAll = [self = QPointer(this)] {
+        return self && self->confirmClearAll();
+    };
+    monitor().onNewItem = [self = QPointer(this)] {
+        if (self) {
+            self->viewModel().refresh();
+        }
+    };
+
+    monitor().start();
+    hotKeyManager().registerStoredHotKey();
+    hotKeyManager().onHotKeyPressed = [self = QPointer(this)] {
+        if (self) {
+            self->toggleHistoryWindow();
+        }
+    };
+    observeHotkeyChanges();
+
+    windowController().show();
+}
+
+void AppDelegate::applicationWillTerminate() {
+    monitor().stop();
+    hotKeyManager().unregister();
+}
+
+void AppDelegate::toggleHistoryWindow() {
+    FloatingPanel* panel = windowController().window();
+    if (panel != nullptr && panel->isVisible()) {
+        panel->orderOut();
+    } else {
+        windowController().show();
+    }
+}
+
+void AppDelegate::observeHotkeyChanges() {
+    // Told of every change of any setting; only one of the shortcut counts.
+    connect(&m_desktop.defaults, &UserDefaults::didChange, this,
+            [this, lastSeen = rawHotKey(m_desktop.defaults)]() mutable {
+                const StoredHotKey stored = rawHotKey(m_desktop.defaults);
+                if (stored == lastSeen) {
+                    return;
+                }
+                lastSeen = stored;
+                const StoredHotKey effective = withDefaults(stored.keyCode, stored.modifiers);
+                hotKeyManager().reregister(effective.keyCode, effective.modifiers);
+            });
+}
+
+bool AppDelegate::confirmClearAll() {
+    return m_desktop.alerts.runModal({QStringLiteral("清空历史记录"),
+                                      QStringLiteral("你正在清除全部历史记录，清除后无法恢复。"),
+                                      Alert::Style::Warning,
+                                      {QStringLiteral("确定"), QStringLiteral("取消")}}) == 0;
+}
+
+} // namespace corvatto

@@ -1,0 +1,70 @@
+// The composition root: creates every long-lived object once, connects them, starts capture and shortcut at
+// launch and tears both down at termination.
+#pragma once
+
+#include "capture/ClipboardMonitor.h"
+#include "history/HistoryViewModel.h"
+#include "history/HistoryWindowController.h"
+#include "hotkey/HotKeyManager.h"
+#include "platform/Alerts.h"
+#include "platform/HotKeyCenter.h"
+#include "platform/PanelWindows.h"
+#include "platform/Pasteboard.h"
+#include "platform/RelativeDateTimeFormatter.h"
+#include "platform/Screens.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+#include "settings/Preferences.h"
+#include "store/ClipboardStore.h"
+
+#include <memory>
+
+namespace corvatto {
+
+// What the program needs of the desktop it runs on. All outlive the delegate.
+struct Desktop {
+    QString applicationSupportDirectory; // empty when there is none
+    UserDefaults& defaults;
+    Pasteboard& pasteboard;
+    Workspace& workspace;
+    HotKeyCenter& hotKeyCenter;
+    Screens& screens;
+    PanelWindows& panelWindows;
+    Alerts& alerts;
+    const RelativeDateTimeFormatter& relativeTimes;
+};
+
+// Main thread.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+public:
+    // Opens the history at once.
+    explicit AppDelegate(const Desktop& desktop);
+
+    void applicationDidFinishLaunching();
+    void applicationWillTerminate();
+
+    // Shows the history panel, or hides it when it is visible.
+    void toggleHistoryWindow();
+
+private:
+    ClipboardMonitor& monitor();
+    HotKeyManager& hotKeyManager();
+    HistoryViewModel& viewModel();
+    HistoryWindowController& windowController();
+
+    void observeHotkeyChanges();
+    bool confirmClearAll();
+
+    Desktop m_desktop;
+    Preferences m_preferences;
+    ClipboardStore m_store;
+    // Created on first use. Destroyed in the reverse order: the controller before the model that it shows.
+    std::unique_ptr<ClipboardMonitor> m_monitor;
+    std::unique_ptr<HotKeyManager> m_hotKeyManager;
+    std::unique_ptr<HistoryViewModel> m_viewModel;
+    std::unique_ptr<HistoryWindowController> m_windowController;
+};
+
+} // namespace corvatto

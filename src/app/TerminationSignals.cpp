@@ -1,0 +1,52 @@
+#include "app/TerminationSignals.h"
+
+#include <array>
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace corvatto {
+namespace {
+
+// A signal handler may do little more than write to a descriptor.
+std::array<int, 2> wakeUpPipe{-1, -1};
+
+void handleSignal(int /*signal*/) {
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t written = write(wakeUpPipe[1], &byte, 1);
+}
+
+} // namespace
+
+TerminationSignals::TerminationSignals(std::function<void()> onTerminate)
+    : m_onTerminate(std::move(onTerminate)) {
+    if (pipe2(wakeUpPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        return; // the signals then end the program as they always do
+    }
+    m_notifier = std::make_unique<QSocketNotifier>(wakeUpPipe[0], QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] {
+        std::array<char, 16> bytes;
+        while (read(wakeUpPipe[0], bytes.data(), bytes.size()) > 0) {
+        }
+        m_onTerminate();
+    });
+    struct sigaction action {};
+    action.sa_handler = handleSignal;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGINT, &action, nullptr);
+}
+
+TerminationSignals::~TerminationSignals() {
+    if (!m_notifier) {
+        return;
+    }
+    std::signal(SIGTERM, SIG_DFL);
+    std::signal(SIGINT, SIG_DFL);
+    m_notifier.reset();
+    close(wakeUpPipe[0]);
+    close(wakeUpPipe[1]);
+}
+
+} // namespace corvatto
