@@ -29,8 +29,8 @@ CardContext HistoryCardDelegate::context() const {
 }
 
 QRect HistoryCardDelegate::cardRect(const QRect& cell, const QModelIndex& index) {
-    // In a low panel the padding shrinks before the card does.
-    const int padding = std::clamp((cell.height() - cardHeight) / 2, shelfVPadding / 3, shelfVPadding);
+    // In a low panel the padding shrinks before the card does, to what the scroll indicator needs.
+    const int padding = std::clamp((cell.height() - cardHeight) / 2, shelfVPadding * 2 / 3, shelfVPadding);
     const int height = std::min(cardHeight, cell.height() - 2 * padding);
     return {cell.left() + paddingBefore(index), cell.top() + (cell.height() - height) / 2, cardWidth, height};
 }

@@ -47,7 +47,11 @@ double TextExcerpt::height(const QRectF& area, const QString& text) const {
 
 double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString& text) const {
     const QFontMetricsF metrics(font);
-    const double step = metrics.height() + lineSpacing;
+    // Fonts that cover every script reserve room for the tallest one; at a card's sizes that would cost
+    // lines.
+    constexpr double lineHeightPerSize = 1.2;
+    const double lineHeight = std::min(metrics.height(), font.pixelSize() * lineHeightPerSize);
+    const double step = lineHeight + lineSpacing;
     const int fitting = static_cast<int>((area.height() + lineSpacing) / step);
     const int lineLimit = std::min(maximumLines, fitting);
     if (lineLimit <= 0 || text.isEmpty()) {
@@ -74,7 +78,7 @@ double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString&
             moreFollows = true;
             break;
         }
-        line.setPosition({0, lines * step});
+        line.setPosition({0, lines * step - (metrics.height() - lineHeight) / 2});
         ++lines;
     }
     layout.endLayout();
@@ -89,13 +93,14 @@ double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString&
         if (moreFollows) {
             // The rest of the paragraph, cut where the width ends; or all of it and an ellipsis for what
             // comes after.
-            const qsizetype start = layout.lineAt(lines - 1).textStart();
+            const QTextLine last = layout.lineAt(lines - 1);
+            const qsizetype start = last.textStart();
             const qsizetype end = beginning.text.indexOf(QChar::LineSeparator, start);
             const QString rest = beginning.text.mid(start, end < 0 ? -1 : end - start) + ellipsis;
-            const QRectF lineArea(area.left(), area.top() + (lines - 1) * step, area.width(),
-                                  metrics.height());
-            painter->drawText(lineArea, static_cast<int>(alignment | Qt::AlignTop) | Qt::TextSingleLine,
-                              metrics.elidedText(rest, Qt::ElideRight, area.width()));
+            const QString shown = metrics.elidedText(rest, Qt::ElideRight, area.width());
+            const double slack = area.width() - metrics.horizontalAdvance(shown);
+            const double indent = alignment.testFlag(Qt::AlignHCenter) ? std::max(0.0, slack / 2) : 0.0;
+            painter->drawText(area.topLeft() + QPointF(indent, last.y() + last.ascent()), shown);
         }
     }
     return lines * step - lineSpacing;
