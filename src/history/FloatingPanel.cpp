@@ -2,8 +2,10 @@
 
 #include "platform/Appearance.h"
 
+#include <QApplication>
 #include <QBoxLayout>
 #include <QCloseEvent>
+#include <QWindow>
 
 namespace corvatto {
 
@@ -19,6 +21,18 @@ FloatingPanel::FloatingPanel(QWidget* content)
     // The screen decides the panel's size, not what the content would like.
     layout->setSizeConstraint(QLayout::SetNoConstraint);
     layout->addWidget(content);
+}
+
+void FloatingPanel::orderFront() {
+    show();
+    raise();
+    // Shown again within moments of being hidden, the panel's window still counts as the one with the focus,
+    // because Qt believes in a loss of focus only after a while; but the widget was deactivated when it was
+    // hidden. The focus that now arrives is then no news to Qt, and nothing would make the panel active
+    // again.
+    if (QGuiApplication::focusWindow() != nullptr && QGuiApplication::focusWindow() == windowHandle()) {
+        QApplication::setActiveWindow(this);
+    }
 }
 
 void FloatingPanel::orderOut() {

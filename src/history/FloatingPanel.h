@@ -12,6 +12,9 @@ public:
     // Takes ownership of `content`, which fills the panel whatever its size.
     explicit FloatingPanel(QWidget* content);
 
+    // Shows the panel above its siblings, ready to take the keyboard.
+    void orderFront();
+
     // Hides the panel without closing it.
     void orderOut();
 

@@ -78,8 +78,7 @@ void HistoryWindowController::show() {
     }
     m_window->setGeometry(panelFrame(screen->visibleFrame));
     m_desktop.panelWindows.prepareToShow(*m_window);
-    m_window->show();
-    m_window->raise();
+    m_window->orderFront();
     m_desktop.panelWindows.activate(*m_window);
     m_viewModel.refresh();
     trackWindowOpen();
