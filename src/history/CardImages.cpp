@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace corvatto {
 namespace {
 
@@ -11,12 +13,21 @@ namespace {
 constexpr qsizetype cacheBytes = 24 << 20;
 
 QPixmap scaledToFill(const QImage& image, QSize pixels) {
-    const QSize scaledSize = image.size().scaled(pixels, Qt::KeepAspectRatioByExpanding);
-    const QImage scaled = scaledSize == image.size()
-                              ? image
-                              : image.scaled(scaledSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    const QPoint origin((scaled.width() - pixels.width()) / 2, (scaled.height() - pixels.height()) / 2);
-    return QPixmap::fromImage(scaled.copy(QRect(origin, pixels)));
+    const QSizeF size = image.size();
+    const double scale = std::max(pixels.width() / size.width(), pixels.height() / size.height());
+    // Only what will be seen is scaled, in whole pixels of the image: all of a very long and thin one would
+    // be gigabytes.
+    const QSizeF seenSize = QSizeF(pixels) / scale;
+    const QRectF seen(QPointF((size.width() - seenSize.width()) / 2, (size.height() - seenSize.height()) / 2),
+                      seenSize);
+    const QRect part = seen.toAlignedRect() & image.rect();
+    const QSize partSize = (QSizeF(part.size()) * scale).toSize().expandedTo(pixels);
+    const QImage scaled =
+        image.copy(part).scaled(partSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QPoint origin = ((seen.topLeft() - part.topLeft()) * scale).toPoint();
+    const QPoint most(partSize.width() - pixels.width(), partSize.height() - pixels.height());
+    return QPixmap::fromImage(scaled.copy(
+        QRect({std::min(origin.x(), most.x()), std::min(origin.y(), most.y())}, pixels)));
 }
 
 } // namespace

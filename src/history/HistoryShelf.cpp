@@ -19,7 +19,7 @@ HistoryShelf::HistoryShelf(HistoryViewModel& viewModel, const RelativeDateTimeFo
     : m_viewModel(viewModel), m_delegate(viewModel, relativeTimes),
       m_model(viewModel, [this](const ClipboardItem& item,
                                 qsizetype index) { return m_delegate.accessibleText(item, index); }),
-      m_indicator(new QScrollBar(Qt::Horizontal, this)), m_scrolling(horizontalScrollBar(), "value") {
+      m_indicator(new QScrollBar(Qt::Horizontal, this)), m_scrolling(horizontalScrollBar(), "value", this) {
     setModel(&m_model);
     setItemDelegate(&m_delegate);
     setFlow(QListView::LeftToRight);
@@ -67,6 +67,7 @@ void HistoryShelf::buildScrollIndicator() {
     });
     connect(bar, &QScrollBar::valueChanged, m_indicator, &QScrollBar::setValue);
     connect(m_indicator, &QScrollBar::valueChanged, bar, &QScrollBar::setValue);
+    m_indicator->setContextMenuPolicy(Qt::NoContextMenu); // the panel's instead of the scroll bar's own
     m_indicator->hide();
 }
 

@@ -16,6 +16,7 @@ constexpr qsizetype longestPaste = 4096;
 
 SearchField::SearchField(Pasteboard& pasteboard) : m_pasteboard(pasteboard) {
     setFrame(false);
+    setAcceptDrops(false); // taking a drop waits for the program that it comes from
     setFont(appearance::systemFont(appearance::bodySize));
     setAttribute(Qt::WA_MacShowFocusRect, false);
     QPalette plain = appearance::lightPalette();

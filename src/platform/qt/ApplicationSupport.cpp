@@ -6,7 +6,7 @@ namespace corvatto {
 namespace {
 
 QString baseDirectory(const char* variable, const QString& belowHome) {
-    const QString configured = QFile::decodeName(qgetenv(variable));
+    QString configured = QFile::decodeName(qgetenv(variable));
     if (configured.startsWith(QLatin1Char('/'))) { // a relative path is invalid and is to be ignored
         return configured;
     }

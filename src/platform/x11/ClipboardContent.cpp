@@ -8,7 +8,7 @@ namespace corvatto {
 namespace {
 
 // A null array means an absent flavour, so an empty one that is present must not be null.
-QByteArray present(QByteArray bytes) {
+QByteArray present(const QByteArray& bytes) {
     return bytes.isNull() ? QByteArray("") : bytes;
 }
 

@@ -15,7 +15,7 @@ namespace corvatto {
 namespace {
 
 // Larger content goes in pieces of this size: small enough that one piece costs no frame, on either side.
-constexpr qsizetype bytesPerPiece = 256 * 1024;
+constexpr qsizetype bytesPerPiece = qsizetype{256} << 10;
 constexpr std::chrono::seconds requestorSilence{30};
 
 QByteArray reencoded(const QByteArray& imageBytes, const char* format) {
@@ -215,7 +215,8 @@ void SelectionOwner::answerMultiple(const xcb_selection_request_event_t& request
             return;
         }
         const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(list));
-        std::vector<xcb_atom_t> pairs(atoms, atoms + list->value_len / 2 * 2);
+        const std::size_t length = list->value_len - list->value_len % 2;
+        std::vector<xcb_atom_t> pairs(atoms, atoms + length);
         for (std::size_t i = 0; i < pairs.size(); i += 2) {
             if (!owner.convert(request.requestor, pairs[i], pairs[i + 1])) {
                 pairs[i + 1] = XCB_ATOM_NONE;
