@@ -22,12 +22,12 @@ QPixmap scaledToFill(const QImage& image, QSize pixels) {
                       seenSize);
     const QRect part = seen.toAlignedRect() & image.rect();
     const QSize partSize = (QSizeF(part.size()) * scale).toSize().expandedTo(pixels);
-    const QImage scaled =
-        image.copy(part).scaled(partSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QImage cropped = part == image.rect() ? image : image.copy(part);
+    const QImage scaled = cropped.scaled(partSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     const QPoint origin = ((seen.topLeft() - part.topLeft()) * scale).toPoint();
     const QPoint most(partSize.width() - pixels.width(), partSize.height() - pixels.height());
-    return QPixmap::fromImage(scaled.copy(
-        QRect({std::min(origin.x(), most.x()), std::min(origin.y(), most.y())}, pixels)));
+    return QPixmap::fromImage(
+        scaled.copy(QRect({std::min(origin.x(), most.x()), std::min(origin.y(), most.y())}, pixels)));
 }
 
 } // namespace

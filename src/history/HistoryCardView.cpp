@@ -64,7 +64,7 @@ QString capitalized(const QString& text) {
         if (atStart) {
             character = character.toUpper();
         }
-        atStart = !character.isLetterOrNumber();
+        atStart = character.isSpace();
     }
     return result;
 }

@@ -35,6 +35,7 @@ public:
     static constexpr double headerH = 44;
     static constexpr double footerH = 46;
 
+    // The item outlives the card.
     HistoryCardView(const ClipboardItem& item, bool isSelected, qsizetype index);
 
     // Draws the card into `rect`, whose width is cardWidth and whose height at most cardHeight.

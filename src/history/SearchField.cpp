@@ -33,10 +33,33 @@ void SearchField::pasteSnapshot() {
 void SearchField::keyPressEvent(QKeyEvent* event) {
     if (event->matches(QKeySequence::Paste)) {
         pasteSnapshot();
-        event->accept();
+    } else if (event->modifiers().testFlag(Qt::MetaModifier)) {
+        commandKeyPress(*event);
+    } else {
+        QLineEdit::keyPressEvent(event);
         return;
     }
-    QLineEdit::keyPressEvent(event);
+    event->accept();
+}
+
+void SearchField::commandKeyPress(const QKeyEvent& event) {
+    // Super is command here; a line edit would take Super and a letter for the letter.
+    switch (event.key()) {
+    case Qt::Key_V:
+        pasteSnapshot();
+        break;
+    case Qt::Key_X:
+        cut();
+        break;
+    case Qt::Key_A:
+        selectAll();
+        break;
+    case Qt::Key_Z:
+        event.modifiers().testFlag(Qt::ShiftModifier) ? redo() : undo();
+        break;
+    default:
+        break;
+    }
 }
 
 void SearchField::mouseReleaseEvent(QMouseEvent* event) {

@@ -30,6 +30,7 @@ protected:
 
 private:
     void pasteSnapshot();
+    void commandKeyPress(const QKeyEvent& event);
 
     Pasteboard& m_pasteboard;
     bool m_isComposing = false;

@@ -13,6 +13,8 @@ constexpr qsizetype longestLaidOut = 4096; // UTF-16 units
 
 constexpr QChar ellipsis(0x2026);
 
+constexpr int spacesPerTab = 4;
+
 struct Beginning {
     QString text; // with line separators for all line ends
     bool isCut;
@@ -61,7 +63,7 @@ double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString&
     const Beginning beginning = beginningOf(text);
     QTextOption option(alignment);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    option.setTabStopDistance(metrics.horizontalAdvance(QLatin1Char(' ')) * 4);
+    option.setTabStopDistance(metrics.horizontalAdvance(QLatin1Char(' ')) * spacesPerTab);
     QTextLayout layout(beginning.text, font);
     layout.setTextOption(option);
     layout.setCacheEnabled(true);
@@ -96,7 +98,9 @@ double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString&
             const QTextLine last = layout.lineAt(lines - 1);
             const qsizetype start = last.textStart();
             const qsizetype end = beginning.text.indexOf(QChar::LineSeparator, start);
-            const QString rest = beginning.text.mid(start, end < 0 ? -1 : end - start) + ellipsis;
+            QString rest = beginning.text.mid(start, end < 0 ? -1 : end - start) + ellipsis;
+            rest.replace(QLatin1Char('\t'),
+                         QString(spacesPerTab, QLatin1Char(' '))); // not drawn outside a layout
             const QString shown = metrics.elidedText(rest, Qt::ElideRight, area.width());
             const double slack = area.width() - metrics.horizontalAdvance(shown);
             const double indent = alignment.testFlag(Qt::AlignHCenter) ? std::max(0.0, slack / 2) : 0.0;

@@ -9,7 +9,7 @@
 
 namespace corvatto::symbols {
 
-// The size of a symbol set beside text of `pointSize`, in points. Square for most, null for an unknown name.
+// The size of a symbol set beside text of `pointSize`, in points. Square for most, empty for an unknown name.
 QSizeF size(const QString& name, double pointSize);
 
 // Draws the symbol centred in `bounds`, as large as it stands beside text of `pointSize`, crisp at the

@@ -48,6 +48,13 @@ Distance distance(const QDateTime& from, const QDateTime& to) {
     return {seconds, UDAT_REL_UNIT_SECOND};
 }
 
+// A tag that is none at all, of a strange environment, is no reason to show no times.
+icu::Locale localeFor(const QString& tag) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Locale locale = icu::Locale::forLanguageTag(tag.toStdString(), status);
+    return U_SUCCESS(status) && !locale.isBogus() ? locale : icu::Locale::getEnglish();
+}
+
 } // namespace
 
 struct IcuRelativeDateTimeFormatter::Formatter {
@@ -55,8 +62,7 @@ struct IcuRelativeDateTimeFormatter::Formatter {
     icu::RelativeDateTimeFormatter words;
 
     explicit Formatter(const QString& locale)
-        : words(icu::Locale::forLanguageTag(locale.toStdString(), status), nullptr, UDAT_STYLE_SHORT,
-                UDISPCTX_CAPITALIZATION_NONE, status) {}
+        : words(localeFor(locale), nullptr, UDAT_STYLE_SHORT, UDISPCTX_CAPITALIZATION_NONE, status) {}
 };
 
 IcuRelativeDateTimeFormatter::IcuRelativeDateTimeFormatter(const QString& locale)
@@ -66,8 +72,11 @@ IcuRelativeDateTimeFormatter::~IcuRelativeDateTimeFormatter() = default;
 
 QString IcuRelativeDateTimeFormatter::localizedString(const QDateTime& time,
                                                       const QDateTime& reference) const {
-    const bool isFuture = time > reference;
-    const Distance away = isFuture ? distance(reference, time) : distance(time, reference);
+    // Months are counted on the calendar of the reference, so both stand in its zone.
+    const QDateTime now = reference.toOffsetFromUtc(reference.offsetFromUtc());
+    const QDateTime then = time.toOffsetFromUtc(reference.offsetFromUtc());
+    const bool isFuture = then > now;
+    const Distance away = isFuture ? distance(now, then) : distance(then, now);
     // The sign chooses the direction; a negative zero is "0 seconds ago".
     const double amount = isFuture ? static_cast<double>(away.amount) : -static_cast<double>(away.amount);
     UErrorCode status = m_formatter->status;

@@ -7,6 +7,8 @@
 #include <QSettings>
 #include <QTimer>
 
+#include <optional>
+
 namespace corvatto {
 
 class IniUserDefaults : public UserDefaults {
@@ -27,7 +29,8 @@ private:
     void fileChanged();
 
     QString m_path;
-    QSettings m_settings;
+    std::optional<QSettings> m_settings; // absent without a path
+    QVariantMap m_kept;                  // what is set then
     QFileSystemWatcher m_watcher;
     QTimer m_reload;
     bool m_complained = false;

@@ -1,0 +1,87 @@
+// A history in a real store in a directory of its own, with a clock that moves on a second each time it
+// is read, and the view model on top of it.
+#pragma once
+
+#include "history/HistoryViewModel.h"
+#include "support/CapturedOutput.h"
+#include "support/FakePasteboard.h"
+#include "support/FakeUserDefaults.h"
+#include "support/FakeWorkspace.h"
+#include "support/Printing.h"
+
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+namespace corvatto::test {
+
+class HistoryTest : public ::testing::Test {
+protected:
+    QTemporaryDir home;
+    FakeUserDefaults defaults;
+    Preferences preferences{defaults};
+    std::chrono::seconds time{1'700'000'000};
+    ClipboardStore store{home.path(), preferences, [this] {
+                             return std::chrono::system_clock::time_point(++time);
+                         }};
+    FakePasteboard pasteboard;
+    HistoryViewModel viewModel{store, pasteboard};
+    int dismissals = 0;
+
+    void SetUp() override {
+        viewModel.onDismiss = [this] {
+            ++dismissals;
+        };
+    }
+
+    QString path(const char* name) const { return home.path() + u'/' + QString::fromUtf8(name); }
+    QString touch(const char* name) const {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        return file.fileName();
+    }
+
+    // The last one is the newest.
+    void record(std::initializer_list<const char*> texts) {
+        for (const char* text : texts) {
+            store.insertOrUpdate(QString::fromUtf8(text), QStringLiteral("Editor"));
+        }
+    }
+    void recordNumbered(int count) {
+        for (int i = 0; i < count; ++i) {
+            record({QByteArray::number(i).constData()});
+        }
+    }
+
+    ClipboardItem newest() const { return store.fetchRecent(std::nullopt, 1).value(0); }
+    qint64 copiesOf(qint64 id) const {
+        for (const ClipboardItem& item : store.fetchRecent(std::nullopt, 1000)) {
+            if (item.id == id) {
+                return item.copyCount;
+            }
+        }
+        return 0;
+    }
+
+    QString selected() const {
+        for (const ClipboardItem& item : viewModel.items()) {
+            if (item.id == viewModel.selectedItemId()) {
+                return item.content;
+            }
+        }
+        return viewModel.selectedItemId() ? QStringLiteral("(not on show)") : QStringLiteral("(none)");
+    }
+    QString shown() const {
+        QStringList contents;
+        for (const ClipboardItem& item : viewModel.items()) {
+            contents << item.content;
+        }
+        return contents.join(u' ');
+    }
+};
+
+} // namespace corvatto::test

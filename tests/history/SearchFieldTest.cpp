@@ -1,0 +1,71 @@
+#include "history/SearchField.h"
+
+#include "support/FakePasteboard.h"
+#include "support/Printing.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QMimeData>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace corvatto {
+namespace {
+
+// What a program that hangs has put on the clipboard: nobody may ask for it.
+class Untouchable : public QMimeData {
+public:
+    explicit Untouchable(int& questions) : m_questions(questions) {}
+
+    bool hasFormat(const QString& type) const override { return ask(), QMimeData::hasFormat(type); }
+    QStringList formats() const override { return ask(), QStringList{QStringLiteral("text/plain")}; }
+
+protected:
+    QVariant retrieveData(const QString& /*type*/, QMetaType /*wanted*/) const override {
+        return ask(), QVariant(QStringLiteral("asked for"));
+    }
+
+private:
+    void ask() const { ++m_questions; }
+
+    int& m_questions;
+};
+
+TEST(SearchFieldTest, PastesTheSnapshotAndAsksNoOtherProgram) {
+    test::FakePasteboard pasteboard;
+    pasteboard.copyText(QStringLiteral("历史 "));
+    SearchField field(pasteboard);
+    field.show();
+    int questions = 0;
+    QGuiApplication::clipboard()->setMimeData(new Untouchable(questions));
+    questions = 0;
+
+    QTest::keyClick(&field, Qt::Key_V, Qt::ControlModifier);
+    QTest::keyClick(&field, Qt::Key_Insert, Qt::ShiftModifier);
+    QTest::mouseClick(&field, Qt::MiddleButton);
+    EXPECT_EQ(field.text(), QStringLiteral("历史 历史 "));
+
+    QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5}, field.mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(&field, &event);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    for (QAction* action : menu->actions()) {
+        if (action->text() == QStringLiteral("粘贴")) {
+            action->trigger();
+        }
+    }
+    menu->close();
+    EXPECT_EQ(field.text(), QStringLiteral("历史 ").repeated(3));
+    EXPECT_FALSE(field.acceptDrops()) << "a drop waits for the program that it comes from";
+
+    pasteboard.copy({});
+    QTest::keyClick(&field, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(field.text().size(), 9) << "no text, nothing pasted";
+    EXPECT_EQ(questions, 0);
+}
+
+} // namespace
+} // namespace corvatto

@@ -1,0 +1,76 @@
+#include "platform/x11/DesktopEntries.h"
+
+#include "support/Printing.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace corvatto {
+namespace {
+
+class Entries : public ::testing::Test {
+protected:
+    QTemporaryDir home;
+    QString user = home.path() + QStringLiteral("/user");
+    QString system = home.path() + QStringLiteral("/system");
+
+    void write(const QString& directory, const char* name, const char* content) const {
+        const QString path = directory + u'/' + QString::fromUtf8(name);
+        QFile file(path);
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    QString name(const char* windowClass, const QStringList& languages = {}) const {
+        DesktopEntries entries({user, system}, languages);
+        return entries.nameForWindowClass(QString::fromUtf8(windowClass)).value_or(QStringLiteral("(none)"));
+    }
+};
+
+TEST_F(Entries, TheNameIsTheOneOfTheFirstLanguageThatHasOne) {
+    write(system, "editor.desktop",
+          "# Name=comment\n[Desktop Entry]\nName[zh]=编辑\nName = Editor \nName[zh_CN]=编辑器\n"
+          "Name[de]=Bearbeiter\nGenericName=Text\n[Desktop Action new]\nName=New Window\nName[fr]=Neuf\n");
+    const auto in = [this](std::initializer_list<const char*> languages) {
+        QStringList list;
+        for (const char* language : languages) {
+            list << QString::fromUtf8(language);
+        }
+        return name("editor", list);
+    };
+    EXPECT_EQ(in({}), u"Editor");
+    EXPECT_EQ(in({"zh_CN", "zh"}), u"编辑器");
+    EXPECT_EQ(in({"zh_TW", "zh", "zh_CN"}), u"编辑");
+    EXPECT_EQ(in({"fr"}), u"Editor") << "an action's name is not the application's";
+}
+
+TEST_F(Entries, EntriesAreFoundByFileNameBeforeDeclaredClassAndTheUsersFirst) {
+    write(system, "firefox.desktop", "[Desktop Entry]\nName=System\n");
+    EXPECT_EQ(name("Firefox"), u"System") << "in lower case";
+    write(user, "firefox.desktop", "[Desktop Entry]\nName=User\nStartupWMClass=Navigator\n");
+    EXPECT_EQ(name("Firefox"), u"User");
+    write(system, "kde/org.office.desktop", "[Desktop Entry]\nStartupWMClass=LibreOffice\nName=Office\n");
+    EXPECT_EQ(name("libreoffice"), u"Office");
+    EXPECT_EQ(name("navigator"), u"User");
+    write(system, "navigator.desktop", "[Desktop Entry]\nName=By file\n");
+    EXPECT_EQ(name("navigator"), u"By file");
+    EXPECT_EQ(name("nobody"), u"(none)");
+}
+
+TEST_F(Entries, WhatAWindowSaysOfItselfLeadsNowhereElse) {
+    write(home.path() + QStringLiteral("/elsewhere"), "x.desktop", "[Desktop Entry]\nName=Secret\n");
+    write(home.path(), ".desktop", "[Desktop Entry]\nName=Nameless\nStartupWMClass=\n");
+    write(system, "nameless.desktop", "[Desktop Entry]\nStartupWMClass=other\nIcon=x\n");
+    write(system, "binary.desktop",
+          "\x7F"
+          "ELF\n=\nName\n[Desktop Entry\nName=Broken\n");
+    for (const char* hostile : {"../elsewhere/x", "/etc/x", "", "..", "nameless", "other", "binary"}) {
+        EXPECT_EQ(name(hostile), u"(none)") << hostile;
+    }
+}
+
+} // namespace
+} // namespace corvatto
