@@ -45,6 +45,18 @@ QColor secondaryLabelColor() {
     return QColor(0, 0, 0, 128);
 }
 
+QColor tertiaryLabelColor() {
+    return QColor(0, 0, 0, 66);
+}
+
+QColor systemRed() {
+    return {0xFF, 0x3B, 0x30};
+}
+
+QColor controlBackgroundColor() {
+    return Qt::white;
+}
+
 QColor separatorColor() {
     return QColor(0, 0, 0, 26);
 }

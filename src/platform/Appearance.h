@@ -14,6 +14,9 @@ QColor orange();
 QColor gray();
 QColor labelColor();          // Color.primary
 QColor secondaryLabelColor(); // Color.secondary
+QColor tertiaryLabelColor();
+QColor systemRed();
+QColor controlBackgroundColor();
 QColor separatorColor();
 QColor panelBackground(); // grey 229
 

@@ -151,22 +151,22 @@ quint16 keyCodeFor(const QKeyEvent& event) {
 
 } // namespace
 
-KeyEvent keyEventFrom(const QKeyEvent& event) {
+KeyEvent hotKeyEventFrom(const QKeyEvent& event) {
     const Qt::KeyboardModifiers held = event.modifiers();
     quint64 flags = 0;
-    if (held.testFlag(Qt::ShiftModifier)) {
-        flags |= shiftFlag;
-    }
-    if (held.testFlag(Qt::ControlModifier)) {
-        flags |= controlFlag | commandFlag;
-    }
-    if (held.testFlag(Qt::AltModifier)) {
-        flags |= optionFlag;
-    }
-    if (held.testFlag(Qt::MetaModifier)) {
-        flags |= commandFlag;
-    }
+    flags |= held.testFlag(Qt::ShiftModifier) ? quint64{shiftFlag} : 0;
+    flags |= held.testFlag(Qt::ControlModifier) ? quint64{controlFlag} : 0;
+    flags |= held.testFlag(Qt::AltModifier) ? quint64{optionFlag} : 0;
+    flags |= held.testFlag(Qt::MetaModifier) ? quint64{commandFlag} : 0;
     return {keyCodeFor(event), flags};
+}
+
+KeyEvent keyEventFrom(const QKeyEvent& event) {
+    KeyEvent translated = hotKeyEventFrom(event);
+    if ((translated.modifierFlags & controlFlag) != 0) {
+        translated.modifierFlags |= commandFlag;
+    }
+    return translated;
 }
 
 std::optional<quint32> evdevCodeForKeyCode(quint32 keyCode) {

@@ -51,6 +51,9 @@ struct KeyEvent {
 // code is placed by its key symbol.
 KeyEvent keyEventFrom(const QKeyEvent& event);
 
+// The same for recording a system-wide shortcut, which tells Control from command.
+KeyEvent hotKeyEventFrom(const QKeyEvent& event);
+
 // The evdev code of the key at the position of `keyCode`, and back. Absent for positions that have none.
 std::optional<quint32> evdevCodeForKeyCode(quint32 keyCode);
 std::optional<quint16> keyCodeForEvdevCode(quint32 evdevCode);
