@@ -79,6 +79,7 @@ void HistoryWindowController::show() {
     m_window->setGeometry(panelFrame(screen->visibleFrame));
     m_desktop.panelWindows.prepareToShow(*m_window);
     m_window->orderFront();
+    m_desktop.panelWindows.confirmShown(*m_window);
     m_desktop.panelWindows.activate(*m_window);
     m_viewModel.refresh();
     trackWindowOpen();

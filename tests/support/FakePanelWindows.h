@@ -12,6 +12,7 @@ public:
     int preparedHidden = 0; // how often a panel was prepared while it was hidden
 
     void prepareToShow(QWidget& panel) override { preparedHidden += panel.isVisible() ? 0 : 1; }
+    void confirmShown(QWidget& /*panel*/) override {}
     void activate(QWidget& panel) override { panel.activateWindow(); }
 };
 

@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <QWindow>
 
-#include <array>
+#include <algorithm>
 
 namespace corvatto {
 namespace {
@@ -14,6 +14,12 @@ xcb_connection_t* qtConnection() {
     const auto* native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     return native != nullptr ? native->connection() : nullptr;
 }
+
+constexpr quint32 everyDesktop = 0xFFFFFFFF;
+
+// Who asks: a direct user action. The hot key is one, but the window manager has not seen it as input to our
+// windows.
+constexpr quint32 sourceUser = 2;
 
 } // namespace
 
@@ -27,12 +33,9 @@ void X11PanelWindows::prepareToShow(QWidget& panel) {
     const auto window = static_cast<xcb_window_t>(panel.winId());
 
     // Window managers drop the states of a hidden window. Qt adds its own to those it finds.
-    const std::array states{
-        m_connection.atom("_NET_WM_STATE_ABOVE"), m_connection.atom("_NET_WM_STATE_STICKY"),
-        m_connection.atom("_NET_WM_STATE_SKIP_TASKBAR"), m_connection.atom("_NET_WM_STATE_SKIP_PAGER")};
+    const auto wanted = states();
     xcb_change_property(raw, XCB_PROP_MODE_REPLACE, window, m_connection.atom("_NET_WM_STATE"), XCB_ATOM_ATOM,
-                        32, states.size(), states.data());
-    constexpr quint32 everyDesktop = 0xFFFFFFFF;
+                        32, wanted.size(), wanted.data());
     xcb_change_property(raw, XCB_PROP_MODE_REPLACE, window, m_connection.atom("_NET_WM_DESKTOP"),
                         XCB_ATOM_CARDINAL, 32, 1, &everyDesktop);
     // The panel is opened by the user's own key, so no focus-stealing prevention is to hold it back. Without
@@ -41,7 +44,26 @@ void X11PanelWindows::prepareToShow(QWidget& panel) {
     xcb_flush(raw);
 }
 
+void X11PanelWindows::confirmShown(QWidget& panel) {
+    constexpr quint32 add = 1;
+    const auto wanted = states();
+    for (std::size_t i = 0; i < wanted.size(); i += 2) { // a message takes two
+        askWindowManager(panel, "_NET_WM_STATE", {add, wanted[i], wanted[i + 1], sourceUser, 0});
+    }
+    askWindowManager(panel, "_NET_WM_DESKTOP", {everyDesktop, sourceUser, 0, 0, 0});
+}
+
 void X11PanelWindows::activate(QWidget& panel) {
+    askWindowManager(panel, "_NET_ACTIVE_WINDOW", {sourceUser, XCB_CURRENT_TIME, 0, 0, 0});
+}
+
+std::array<xcb_atom_t, 4> X11PanelWindows::states() const {
+    return {m_connection.atom("_NET_WM_STATE_ABOVE"), m_connection.atom("_NET_WM_STATE_STICKY"),
+            m_connection.atom("_NET_WM_STATE_SKIP_TASKBAR"), m_connection.atom("_NET_WM_STATE_SKIP_PAGER")};
+}
+
+void X11PanelWindows::askWindowManager(QWidget& panel, const QByteArray& message,
+                                       const std::array<quint32, 5>& data) const {
     xcb_connection_t* raw = qtConnection();
     if (raw == nullptr) {
         return;
@@ -53,11 +75,8 @@ void X11PanelWindows::activate(QWidget& panel) {
     event.message.response_type = XCB_CLIENT_MESSAGE;
     event.message.format = 32;
     event.message.window = static_cast<xcb_window_t>(panel.winId());
-    event.message.type = m_connection.atom("_NET_ACTIVE_WINDOW");
-    // Source 2: a direct user action, the hot key, which the window manager has not seen as input to our
-    // windows.
-    event.message.data.data32[0] = 2;
-    event.message.data.data32[1] = XCB_CURRENT_TIME;
+    event.message.type = m_connection.atom(message);
+    std::copy(data.begin(), data.end(), event.message.data.data32);
     xcb_send_event(raw, 0, m_connection.root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, event.wire);
     xcb_flush(raw);
