@@ -1,0 +1,138 @@
+// Content and databases that are not what they should be: a line on standard output at most, and nothing
+// lost.
+#include "EndToEndTest.h"
+
+#include <filesystem>
+
+namespace corvatto::test {
+
+namespace {
+
+class BadInputTest : public EndToEndTest {
+protected:
+    // The panel works, even if the history does not.
+    void expectToBeUp() {
+        EXPECT_TRUE(panelHasKeyboard());
+        hidePanel();
+        showPanel();
+    }
+};
+
+} // namespace
+
+TEST_F(BadInputTest, UnreadableImages) {
+    const QByteArray png = encoded(testImage({100, 100}), "png");
+    launch();
+    for (const QByteArray& bytes :
+         {png.left(png.size() / 2), png.left(20), QByteArray("no image"), QByteArray()}) {
+        copy({{"image/png", bytes}, {"image/tiff", "II*"}});
+        EXPECT_TRUE(rowsAfterNextCopy().removeIf([](const auto& row) { return row.type != "text"; }) == 0);
+    }
+    copy({{"image/png", png.left(png.size() / 2)}, {"UTF8_STRING", "what the image says"}});
+    EXPECT_TRUE(soonStored("what the image says"));
+    EXPECT_TRUE(std::filesystem::is_empty((desktop.dataDirectory() + "/images").constData()));
+}
+
+TEST_F(BadInputTest, UriListsThatNameMoreThanLocalFiles) {
+    const auto file = desktop.writeFile("local file", "x");
+    const QByteArray url = fileUrl(file);
+    launch();
+    copy({{"text/uri-list", "https://example.org/a\r\nsftp://example.org/b\r\n"}, {"UTF8_STRING", "a link"}});
+    ASSERT_TRUE(soonStored("a link"));
+    copy({{"text/uri-list",
+           "https://example.org/a\r\n" + url + "\r\nfile://elsewhere.example.org/c\r\n\r\n"}});
+    ASSERT_TRUE(soonStored(file));
+    EXPECT_EQ(database.find(file)->type, "file");
+    copy({{"text/uri-list", QByteArray("\0\xff\xfe%%%\r\n:/\r\n", 12)}});
+    EXPECT_EQ(rowsAfterNextCopy().size(), 2);
+}
+
+TEST_F(BadInputTest, BrokenTextIsKeptAsFarAsItGoes) {
+    launch();
+    copy({{"UTF8_STRING", "left \xff\xc3\x28 right"}});
+    ASSERT_TRUE(soon([this] { return database.rows().size() == 1; }));
+    const auto content = database.rows().first().content;
+    EXPECT_TRUE(content.startsWith("left \xef\xbf\xbd"));
+    EXPECT_TRUE(content.endsWith("( right"));
+    expectToBeUp();
+}
+
+TEST_F(BadInputTest, NulCharactersAreStoredAndGivenBack) {
+    const QByteArray text("before\0after\0", 13);
+    launch();
+    copyText(text);
+    ASSERT_TRUE(soonStored(text));
+    copyText("before");
+    ASSERT_TRUE(soonStored("before")); // another text
+    ASSERT_EQ(database.rows().size(), 2);
+    database.execute("UPDATE clipboard_items SET last_copied_at = last_copied_at - 60 WHERE id = 1");
+    hidePanel();
+    showPanel();
+    x.key("Return");
+    ASSERT_TRUE(soonHidden());
+    EXPECT_EQ(paste(), text);
+    EXPECT_TRUE(soonStored(text, 2));
+}
+
+TEST_F(BadInputTest, ADatabaseThatIsADirectory) {
+    const auto inside = desktop.writeFile("data/Corvatto/corvatto.sqlite3/kept", "kept");
+    launch();
+    EXPECT_TRUE(soonPrinted("[ClipboardStore] ERROR: Failed to open database: unable to open database file"));
+    copyText("nowhere to go");
+    EXPECT_TRUE(soon(
+        [this] { return program->output().contains("[ClipboardStore] ERROR: Prepare insert failed: "); }));
+    expectToBeUp();
+    EXPECT_EQ(bytesOf(inside), "kept");
+}
+
+TEST_F(BadInputTest, ADatabaseThatIsNone) {
+    const auto path = desktop.writeFile("data/Corvatto/corvatto.sqlite3", QByteArray(5000, '?'));
+    launch();
+    EXPECT_TRUE(soonPrinted("[ClipboardStore] ERROR: Failed to create table: file is not a database"));
+    copyText("nowhere to go");
+    EXPECT_TRUE(soonPrinted("[ClipboardStore] ERROR: Prepare insert failed: file is not a database"));
+    expectToBeUp();
+    EXPECT_EQ(bytesOf(path), QByteArray(5000, '?'));
+}
+
+TEST_F(BadInputTest, ADatabaseThatCannotBeWritten) {
+    database.fill({{"newest"}, {"second"}});
+    std::filesystem::permissions(database.path().constData(), std::filesystem::perms::owner_read);
+    const auto readOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec;
+    std::filesystem::permissions(desktop.dataDirectory().constData(), readOnly);
+    launch();
+    copyText("nowhere to go");
+    EXPECT_TRUE(soonPrinted("[ClipboardStore] ERROR: Insert failed: attempt to write a readonly database"));
+    // What is stored is of use nevertheless.
+    hidePanel();
+    showPanel();
+    x.key("Return");
+    EXPECT_TRUE(soonHidden());
+    EXPECT_EQ(paste(), "second");
+    EXPECT_TRUE(soonPrinted(
+        "[ClipboardStore] ERROR: incrementCopyCount failed: attempt to write a readonly database"));
+    EXPECT_EQ(database.rows().size(), 2);
+    std::filesystem::permissions(desktop.dataDirectory().constData(), std::filesystem::perms::owner_all);
+}
+
+TEST_F(BadInputTest, ADatabaseOfAnOlderSchema) {
+    database.execute(
+        "CREATE TABLE clipboard_items (id INTEGER PRIMARY KEY AUTOINCREMENT, content TEXT NOT NULL, "
+        "content_hash TEXT NOT NULL UNIQUE, preview TEXT NOT NULL, copy_count INTEGER NOT NULL DEFAULT "
+        "1, first_copied_at INTEGER NOT NULL, last_copied_at INTEGER NOT NULL);"
+        "INSERT INTO clipboard_items VALUES (7, 'of old', 'hash', 'of old', 3, 1000, 2000)");
+    launch();
+    const auto rows = rowsAfterNextCopy();
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(rows.first().content, "of old");
+    EXPECT_EQ(rows.first().type, "text");
+    EXPECT_EQ(rows.first().sourceApp, "");
+    EXPECT_EQ(rows.first().copyCount, 3);
+    x.type("of old");
+    x.key("Return");
+    EXPECT_TRUE(soonHidden());
+    EXPECT_EQ(paste(), "of old");
+    EXPECT_FALSE(program->output().contains("ERROR"));
+}
+
+} // namespace corvatto::test

@@ -1,0 +1,77 @@
+#include "Desktop.h"
+
+#include "XClient.h"
+
+#include <QFile>
+
+#include <filesystem>
+#include <stdexcept>
+
+namespace corvatto::test {
+
+namespace {
+
+constexpr auto windowManagerSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
+  <desktops><number>2</number><popupTime>0</popupTime></desktops>
+  <margins><top>0</top><bottom>BOTTOM</bottom><left>0</left><right>0</right></margins>
+  <keyboard/>
+  <mouse><context name="Client"><mousebind button="Left" action="Press"><action name="Focus"/>
+    <action name="Raise"/></mousebind></context></mouse>
+</openbox_config>
+)";
+
+} // namespace
+
+Desktop::Desktop(const Options& options) {
+    const auto inherited = QProcessEnvironment::systemEnvironment();
+    m_environment.insert(QStringLiteral("PATH"), inherited.value(QStringLiteral("PATH")));
+    for (const char* sanitizer : {"ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"}) {
+        m_environment.insert(QLatin1String(sanitizer), inherited.value(QLatin1String(sanitizer)));
+    }
+    m_environment.insert(QStringLiteral("LANG"), QStringLiteral("C.UTF-8"));
+    m_environment.insert(QStringLiteral("HOME"), m_home.path());
+    for (const char* name : {"data", "config", "cache", "runtime"}) {
+        std::filesystem::create_directory((home() + '/' + name).constData());
+    }
+    m_environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.filePath(QStringLiteral("data")));
+    m_environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral("config")));
+    m_environment.insert(QStringLiteral("XDG_CACHE_HOME"), m_home.filePath(QStringLiteral("cache")));
+    m_environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.filePath(QStringLiteral("runtime")));
+    std::filesystem::permissions((home() + "/runtime").constData(), std::filesystem::perms::owner_all);
+
+    // The server chooses a free display and writes its number, so that several tests can run at once.
+    const QByteArray screen = QByteArray::number(options.screen.width()) + 'x' +
+                              QByteArray::number(options.screen.height()) + "x24";
+    m_server = std::make_unique<Process>(
+        "Xvfb", QByteArrayList{"-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp", "-noreset"},
+        m_environment, true);
+    if (!soon([this] { return m_server->output().endsWith('\n') || !m_server->isRunning(); })) {
+        throw std::runtime_error("the X server names no display");
+    }
+    m_display = ':' + m_server->output().trimmed();
+    m_environment.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(m_display));
+
+    const auto settings = writeFile(
+        "openbox.xml",
+        QByteArray(windowManagerSettings).replace("BOTTOM", QByteArray::number(options.bottomMargin)));
+    m_windowManager = std::make_unique<Process>(
+        "openbox", QByteArrayList{"--sm-disable", "--config-file", settings}, m_environment, true);
+    XClient client(m_display);
+    if (!soon([&] { return client.hasWindowManager(); })) {
+        throw std::runtime_error("no window manager");
+    }
+}
+
+QByteArray Desktop::writeFile(const QByteArray& name, const QByteArray& bytes) const {
+    QByteArray path = home() + '/' + name;
+    std::filesystem::create_directories(std::filesystem::path(path.constData()).parent_path());
+    QFile file(QString::fromUtf8(path));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+        throw std::runtime_error("cannot write " + path.toStdString());
+    }
+    return path;
+}
+
+} // namespace corvatto::test

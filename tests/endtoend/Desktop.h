@@ -1,0 +1,46 @@
+// A desktop of a test's own: a private X server, a window manager with two desktops, and a home directory.
+// All of it ends with the object, and nothing of the user's own desktop is read or touched.
+#pragma once
+
+#include "Process.h"
+
+#include <QSize>
+#include <QTemporaryDir>
+
+#include <csignal>
+#include <memory>
+
+namespace corvatto::test {
+
+class Desktop {
+public:
+    struct Options {
+        QSize screen = {1280, 1100}; // pixels
+        int bottomMargin = 0;        // pixels kept free at the bottom, as for a task bar
+    };
+
+    // Returns when the window manager is in charge. Throws std::runtime_error when that does not come about.
+    explicit Desktop(const Options& options);
+
+    const QByteArray& display() const { return m_display; }
+    const QProcessEnvironment& environment() const { return m_environment; } // for programs on this desktop
+
+    // Absolute paths, below the private home.
+    QByteArray home() const { return m_home.path().toUtf8(); }
+    QByteArray dataDirectory() const { return home() + "/data/Corvatto"; }
+    QByteArray settingsFile() const { return home() + "/config/corvatto/corvatto.ini"; }
+    // Writes a file below the home, directories included, and returns its path.
+    QByteArray writeFile(const QByteArray& name, const QByteArray& bytes) const;
+
+    // A window manager that is suspended takes notice of nothing until it is resumed.
+    void suspendWindowManager() const { kill(static_cast<pid_t>(m_windowManager->pid()), SIGSTOP); }
+    void resumeWindowManager() const { kill(static_cast<pid_t>(m_windowManager->pid()), SIGCONT); }
+
+private:
+    QTemporaryDir m_home;
+    QProcessEnvironment m_environment;
+    QByteArray m_display;
+    std::unique_ptr<Process> m_server, m_windowManager;
+};
+
+} // namespace corvatto::test

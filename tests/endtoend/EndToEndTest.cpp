@@ -1,0 +1,214 @@
+#include "EndToEndTest.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QFile>
+#include <QSettings>
+#include <QUrl>
+
+#include <cstdio>
+#include <filesystem>
+#include <numeric>
+#include <stdexcept>
+
+namespace corvatto::test {
+
+namespace {
+
+EndToEndTest* runningTest = nullptr;
+
+class PictureOfFailure : public ::testing::EmptyTestEventListener {
+    void OnTestStart(const ::testing::TestInfo& test) override {
+        m_name = QStringLiteral("%1.%2").arg(QString::fromLatin1(test.test_suite_name()),
+                                             QString::fromLatin1(test.name()));
+    }
+
+    void OnTestPartResult(const ::testing::TestPartResult& result) override {
+        if (result.failed() && !m_name.isEmpty() && runningTest != nullptr) {
+            runningTest->keepPicture(std::exchange(m_name, QString())); // of the first failure
+        }
+    }
+
+    QString m_name;
+};
+
+} // namespace
+
+EndToEndTest::EndToEndTest(const Desktop::Options& options)
+    : desktop(options), x(desktop.display()), database(desktop.dataDirectory() + "/corvatto.sqlite3") {
+    runningTest = this;
+    setSetting("clipboardPollingInterval", 0.1); // seconds
+}
+
+EndToEndTest::~EndToEndTest() {
+    runningTest = nullptr;
+}
+
+void EndToEndTest::TearDown() {
+    EXPECT_TRUE(program && program->isRunning());
+    EXPECT_EQ(program ? program->stop() : std::nullopt, 0);
+}
+
+void EndToEndTest::keepPicture(const QString& name) {
+    std::filesystem::create_directories(SCREENSHOT_DIRECTORY);
+    const QString path =
+        QStringLiteral(SCREENSHOT_DIRECTORY "/%1.png").arg(QString(name).replace(u'/', u'-'));
+    x.screenshot().save(path);
+    std::printf("The screen: %s\nThe program has printed:\n%s", qPrintable(path),
+                program ? program->output().constData() : "");
+}
+
+void EndToEndTest::setSetting(const char* key, const QVariant& value) {
+    QSettings settings(QString::fromUtf8(desktop.settingsFile()), QSettings::IniFormat);
+    settings.setValue(QLatin1String(key), value);
+}
+
+QVariant EndToEndTest::setting(const char* key) {
+    return QSettings(QString::fromUtf8(desktop.settingsFile()), QSettings::IniFormat)
+        .value(QLatin1String(key));
+}
+
+void EndToEndTest::launch() {
+    program = std::make_unique<Process>(CORVATTO_PROGRAM, QByteArrayList(), desktop.environment());
+    if (!soon([this] { return panelHasKeyboard() || !program->isRunning(); }) || !program->isRunning()) {
+        throw std::runtime_error("the panel does not come up");
+    }
+}
+
+void EndToEndTest::showPanel() {
+    x.key("super+shift+v");
+    if (!soon([this] { return panelHasKeyboard(); })) {
+        throw std::runtime_error("the shortcut does not show the panel");
+    }
+}
+
+void EndToEndTest::hidePanel() {
+    x.key("Escape");
+    if (!soonHidden()) {
+        throw std::runtime_error("Escape does not hide the panel");
+    }
+}
+
+XClient::Window EndToEndTest::panel() {
+    for (const auto window : x.visibleWindows(program->pid())) {
+        if (x.title(window) == "Corvatto" && x.geometry(window).height() > 300) { // alerts are lower
+            return window;
+        }
+    }
+    return XCB_NONE;
+}
+
+bool EndToEndTest::panelHasKeyboard() {
+    const auto window = panel();
+    return window != XCB_NONE && x.activeWindow() == window;
+}
+
+bool EndToEndTest::soonHidden() {
+    return soon([this] { return panel() == XCB_NONE; });
+}
+
+QPoint EndToEndTest::card(int index) {
+    const QRect rect = x.geometry(panel());
+    return {rect.x() + 28 + index * (320 + 18) + 160, rect.y() + rect.height() - 28 - 1 - 18 - 160};
+}
+
+Process& EndToEndTest::copy(const QList<Offer>& offers, const QByteArrayList& options) {
+    QByteArrayList arguments = options;
+    for (const Offer& offer : offers) {
+        const QByteArray file = desktop.writeFile("copied/" + QByteArray::number(++m_copies), offer.bytes);
+        arguments.append(offer.target + '=' + file);
+    }
+    // The one before ends when it has lost the clipboard.
+    const auto previous =
+        std::exchange(owner, std::make_unique<Process>(CLIPBOARD_CLIENT, arguments, desktop.environment()));
+    if (!soon([this] { return owner->output().contains("owner\n"); })) {
+        throw std::runtime_error("nobody takes the clipboard");
+    }
+    return *owner;
+}
+
+std::optional<QByteArray> EndToEndTest::paste(const QByteArray& target) {
+    Process client("xclip", {"-out", "-selection", "clipboard", "-target", target}, desktop.environment(),
+                   true);
+    return client.exitStatus() == 0 ? std::optional(client.output()) : std::nullopt;
+}
+
+bool EndToEndTest::soonStored(const QByteArray& content, qint64 copyCount) {
+    return soon([&] {
+        const auto row = database.find(content);
+        return row && row->copyCount == copyCount;
+    });
+}
+
+bool EndToEndTest::soonPrinted(const QByteArray& line) {
+    return soon([&] { return program->hasPrinted(line); });
+}
+
+QList<Database::Row> EndToEndTest::rowsAfterNextCopy() {
+    const auto copies = [this] {
+        const auto rows = database.rows();
+        return std::accumulate(rows.begin(), rows.end(), qint64{0},
+                               [](qint64 sum, const auto& row) { return sum + row.copyCount; });
+    };
+    soon([&, before = copies()] { return copies() != before; }, std::chrono::milliseconds(400));
+    const QByteArray next = "the next good copy " + QByteArray::number(++m_copies);
+    copyText(next);
+    EXPECT_TRUE(soonStored(next));
+    auto rows = database.rows();
+    rows.removeIf([&](const Database::Row& row) { return row.content == next; });
+    return rows;
+}
+
+QList<Database::Entry> numberedEntries() {
+    QList<Database::Entry> entries;
+    for (int i = 0; i < 17; ++i) {
+        entries.append({"entry " + QByteArray::number(i)});
+    }
+    return entries;
+}
+
+QImage testImage(QSize size) {
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            const int mixed = (x * 7919) ^ (y * 104729);
+            image.setPixel(x, y, qRgb(x * 255 / size.width(), y * 255 / size.height(), mixed & 0xff));
+        }
+    }
+    return image;
+}
+
+QImage filled(const QColor& colour) {
+    QImage image(200, 100, QImage::Format_RGB32);
+    image.fill(colour);
+    return image;
+}
+
+QByteArray encoded(const QImage& image, const char* format) {
+    QBuffer buffer;
+    image.save(&buffer, format);
+    return buffer.data();
+}
+
+QImage decoded(const QByteArray& bytes) {
+    return QImage::fromData(bytes).convertToFormat(QImage::Format_RGB32);
+}
+
+QByteArray bytesOf(const QByteArray& path) {
+    QFile file(QString::fromUtf8(path));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray fileUrl(const QByteArray& path) {
+    return QUrl::fromLocalFile(QString::fromUtf8(path)).toEncoded();
+}
+
+} // namespace corvatto::test
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    // For pictures and processes only: the tests look at the desktop through connections of their own.
+    const QCoreApplication application(argc, argv);
+    ::testing::UnitTest::GetInstance()->listeners().Append(new corvatto::test::PictureOfFailure);
+    return RUN_ALL_TESTS();
+}

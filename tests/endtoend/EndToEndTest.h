@@ -1,0 +1,79 @@
+// The scene of every end-to-end test: a desktop, the program on it, and other programs that copy and paste. A
+// failing test leaves a picture of its screen in the build directory.
+#pragma once
+
+#include "Database.h"
+#include "Desktop.h"
+#include "XClient.h"
+
+#include <QColor>
+#include <QVariant>
+
+#include <gmock/gmock.h>
+
+namespace corvatto::test {
+
+// What another program puts on the clipboard: the bytes of one target.
+struct Offer {
+    QByteArray target, bytes;
+};
+
+class EndToEndTest : public ::testing::Test {
+public:
+    void keepPicture(const QString& name); // of the screen, in the build directory
+
+protected:
+    explicit EndToEndTest(const Desktop::Options& options = {});
+    ~EndToEndTest() override;
+    void TearDown() override; // the program must have lived through the test, and must end in order
+
+    void setSetting(const char* key, const QVariant& value);
+    QVariant setting(const char* key); // invalid when it is not stored
+
+    // These throw std::runtime_error when what they wait for does not happen.
+    void launch();    // starts the program, until its panel has the keyboard
+    void showPanel(); // by the global shortcut, likewise
+    void hidePanel(); // by Escape
+
+    XClient::Window panel(); // 0 while it is hidden
+    bool panelHasKeyboard();
+    bool soonHidden();
+    QPoint card(int index); // the centre of a card of the shelf while it is not scrolled
+
+    // Another program takes the clipboard and keeps it until the next copy() or `owner.reset()`. The options
+    // are those of clipboard_client.
+    Process& copy(const QList<Offer>& offers, const QByteArrayList& options = {});
+    Process& copyText(const QByteArray& text) { return copy({{"UTF8_STRING", text}}); }
+    // The content of the clipboard as another program gets it; nothing when it is refused or does not come.
+    std::optional<QByteArray> paste(const QByteArray& target = "UTF8_STRING");
+
+    bool soonStored(const QByteArray& content, qint64 copyCount = 1);
+    bool soonPrinted(const QByteArray& line);
+    // Leaves the program some ticks to store what it should not, then copies another text and waits until
+    // that is stored: the copies before have then been dealt with. Returns what else is stored.
+    QList<Database::Row> rowsAfterNextCopy();
+
+    Desktop desktop;
+    XClient x;
+    Database database;
+    std::unique_ptr<Process> program, owner;
+
+private:
+    int m_copies = 0;
+};
+
+QList<Database::Entry> numberedEntries(); // "entry 0", the newest, to "entry 16"
+
+QImage testImage(QSize size); // no pixel of it is like the next
+QImage filled(const QColor& colour);
+QByteArray encoded(const QImage& image, const char* format);
+QImage decoded(const QByteArray& bytes); // without the transparency that nothing shows
+QByteArray bytesOf(const QByteArray& path);
+QByteArray fileUrl(const QByteArray& path);
+
+} // namespace corvatto::test
+
+// How a failed comparison shows bytes.
+inline void PrintTo(const QByteArray& bytes, std::ostream* stream) {
+    *stream << '"' << bytes.left(200).toStdString() << "\", " << bytes.size() << " bytes";
+}

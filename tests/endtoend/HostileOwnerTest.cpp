@@ -1,0 +1,139 @@
+// Owners of the clipboard that hang, die, lie or never stop: the panel opens and answers, nothing wrong is
+// stored, and the next good copy is.
+#include "EndToEndTest.h"
+
+#include <QElapsedTimer>
+
+namespace corvatto::test {
+
+namespace {
+
+const QList<Offer> megabyte{{"UTF8_STRING", QByteArray(1 << 20, 'x')}};
+
+class HostileOwnerTest : public EndToEndTest {
+protected:
+    HostileOwnerTest() {
+        database.fill({{"newest"}, {"second"}, {"needle"}});
+        launch();
+        hidePanel();
+    }
+
+    bool soonSaid(const QByteArray& line, int times = 1) {
+        return soon([&] { return owner->output().count(line + '\n') >= times; });
+    }
+
+    // The panel opens, takes what is typed, even Ctrl+V, and hides. Throws when it does not.
+    void expectPanelToAnswer() {
+        showPanel();
+        x.key("ctrl+v ctrl+a");
+        x.type("needle");
+        hidePanel();
+    }
+
+    void expectOnlyTheNextCopyStored(int expected = 3) {
+        const auto rows = rowsAfterNextCopy();
+        EXPECT_EQ(rows.size(), expected);
+        for (const auto& row : rows) {
+            EXPECT_EQ(row.copyCount, 1) << row.content.left(100).constData();
+        }
+    }
+};
+
+} // namespace
+
+TEST_F(HostileOwnerTest, OneThatNeverAnswers) {
+    for (const char* mute : {"--mute=1", "--mute=2"}) {
+        SCOPED_TRACE(mute);
+        copy({{"UTF8_STRING", "unheard"}, {"image/png", "unseen"}, {"text/uri-list", "file:///tmp"}}, {mute});
+        ASSERT_TRUE(soon([this] { return owner->output().contains("request"); }));
+        QElapsedTimer time;
+        time.start();
+        expectPanelToAnswer();
+        EXPECT_LT(time.elapsed(), 4500); // a single read that waits takes longer
+    }
+    expectOnlyTheNextCopyStored();
+}
+
+TEST_F(HostileOwnerTest, OneThatAnswersLate) {
+    copy({{"UTF8_STRING", "late"}}, {"--delay=1500"});
+    expectPanelToAnswer();
+    EXPECT_TRUE(soonStored("late"));
+}
+
+TEST_F(HostileOwnerTest, OneThatDiesInTheMiddleOfATransfer) {
+    for (const char* death : {"--die-after=1", "--die-after=5"}) {
+        copy(megabyte, {"--chunk=100000", death});
+        EXPECT_TRUE(soon([this] { return !owner->isRunning(); }));
+        expectPanelToAnswer();
+    }
+    expectOnlyTheNextCopyStored();
+}
+
+TEST_F(HostileOwnerTest, OneThatStopsInTheMiddleOfATransfer) {
+    copy(megabyte, {"--chunk=100000", "--stop-after=3"});
+    EXPECT_TRUE(soonSaid("chunk UTF8_STRING", 3));
+    expectPanelToAnswer();
+    expectOnlyTheNextCopyStored();
+}
+
+TEST_F(HostileOwnerTest, OneThatTrickles) {
+    copy(megabyte, {"--chunk=100000", "--trickle=700", "--stay=1"});
+    ASSERT_TRUE(soonSaid("chunk UTF8_STRING"));
+    expectPanelToAnswer();
+    EXPECT_FALSE(owner->hasPrinted("sent UTF8_STRING")); // all of it has happened during the transfer
+    // What it still sends does not get into the next copy.
+    const auto trickling = std::move(owner);
+    const QByteArray next(1 << 20, 'n');
+    copy({{"UTF8_STRING", next}}, {"--chunk=100000", "--trickle=300"});
+    EXPECT_TRUE(soonStored(next));
+    expectOnlyTheNextCopyStored(4);
+}
+
+TEST_F(HostileOwnerTest, OneThatTakesTooLong) {
+    // 12 steps of 2 s are more than a copy may take as a whole: nobody asks for the last of them.
+    copy(megabyte, {"--chunk=100000", "--trickle=2000"});
+    EXPECT_FALSE(soon([this] { return owner->hasPrinted("sent UTF8_STRING"); }, std::chrono::seconds(27)));
+    EXPECT_TRUE(owner->hasPrinted("chunk UTF8_STRING"));
+    // And 7 s are more than a step may take.
+    copy(megabyte, {"--chunk=100000", "--trickle=7000"});
+    EXPECT_FALSE(soon([this] { return owner->output().count("chunk") > 1; }, std::chrono::seconds(16)));
+    EXPECT_TRUE(owner->hasPrinted("chunk UTF8_STRING"));
+    expectOnlyTheNextCopyStored();
+}
+
+TEST_F(HostileOwnerTest, OneThatAnnouncesHundredMegabytes) {
+    copy(megabyte, {"--incr=1", "--announce=104857600", "--stop-after=0"});
+    ASSERT_TRUE(soonSaid("request UTF8_STRING"));
+    expectPanelToAnswer();
+    expectOnlyTheNextCopyStored();
+
+    // Sent, too, behind an announcement of next to nothing.
+    copy({{"UTF8_STRING", QByteArray(100 << 20, 'x')}}, {"--announce=10", "--chunk=1000000"});
+    ASSERT_TRUE(soonSaid("chunk UTF8_STRING"));
+    expectPanelToAnswer();
+    expectOnlyTheNextCopyStored(4);
+}
+
+TEST_F(HostileOwnerTest, OneThatAnnouncesItselfAgainAndAgain) {
+    copy({{"UTF8_STRING", "same"}}, {"--again=20"});
+    EXPECT_TRUE(soonStored("same"));
+    expectPanelToAnswer();
+    EXPECT_TRUE(soonSaid("owner", 50));
+    expectOnlyTheNextCopyStored(4); // no new ownership, no new copy
+
+    for (const char* period : {"--again=50", "--again=3"}) {
+        SCOPED_TRACE(period);
+        copy({{"UTF8_STRING", period}}, {period, "--renew=1"});
+        EXPECT_TRUE(soon([&] { return database.find(period).has_value(); }));
+        expectPanelToAnswer();
+        EXPECT_TRUE(owner->isRunning());
+        showPanel();
+        x.key("ctrl+a BackSpace Right Right Return"); // a write against the flood
+        EXPECT_TRUE(soonHidden());
+        EXPECT_TRUE(soon([this] { return owner->hasPrinted("lost"); }));
+        rowsAfterNextCopy();
+    }
+    EXPECT_EQ(rowsAfterNextCopy().size(), 9); // nothing but what was copied
+}
+
+} // namespace corvatto::test

@@ -1,0 +1,79 @@
+// Start and end of the program, its shortcut, and what it leaves on the disk.
+#include "EndToEndTest.h"
+
+#include <filesystem>
+
+namespace corvatto::test {
+
+namespace {
+
+class LifecycleTest : public EndToEndTest {
+protected:
+    // Whether Super, Alt and the key show or hide the panel, once the program has taken notice of the
+    // settings.
+    bool soonToggledBy(const QByteArray& keys) {
+        const bool wasVisible = panel() != XCB_NONE;
+        return soon([&] {
+            x.key(keys);
+            return soon([&] { return (panel() != XCB_NONE) != wasVisible; }, std::chrono::seconds(1));
+        });
+    }
+};
+
+constexpr xcb_keycode_t keyV = 55, keyB = 56;
+constexpr quint16 shift = XCB_MOD_MASK_SHIFT, super = XCB_MOD_MASK_4, alt = XCB_MOD_MASK_1;
+
+} // namespace
+
+TEST_F(LifecycleTest, FilesAreTheUsersOwn) {
+    using std::filesystem::perms;
+    const std::filesystem::path data = desktop.dataDirectory().constData();
+    const auto settings = std::filesystem::path(desktop.settingsFile().constData()).parent_path();
+    std::filesystem::remove_all(settings);
+    launch();
+    copy({{"image/png", encoded(testImage({10, 10}), "png")}});
+    ASSERT_TRUE(soon([this] { return database.rows().size() == 1; }));
+
+    int files = 0;
+    for (const auto& root : {data, settings}) {
+        EXPECT_EQ(std::filesystem::status(root).permissions(), perms::owner_all) << root;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+            const auto expected =
+                entry.is_directory() ? perms::owner_all : perms::owner_read | perms::owner_write;
+            EXPECT_EQ(entry.status().permissions(), expected) << entry.path();
+            files += entry.is_directory() ? 0 : 1;
+        }
+    }
+    EXPECT_GE(files, 4); // database, image, thumbnail, settings
+}
+
+TEST_F(LifecycleTest, TheHistoryOutlivesTheProgram) {
+    launch();
+    copyText("before the end");
+    ASSERT_TRUE(soonStored("before the end"));
+    EXPECT_EQ(program->stop(), 0);
+    copyText("while it was away");
+    launch();
+    EXPECT_EQ(rowsAfterNextCopy().size(), 1);
+    EXPECT_EQ(setting("corvattoHistoryWindowOpenCount"), 2);
+}
+
+TEST_F(LifecycleTest, TheShortcutIsGivenBackAtTheEnd) {
+    launch();
+    EXPECT_FALSE(x.grabKey(keyV, shift | super));
+    EXPECT_EQ(program->stop(), 0);
+    EXPECT_TRUE(x.grabKey(keyV, shift | super));
+
+    // Taken by somebody else: the program says so, works, and takes a new one as soon as it is set.
+    launch();
+    EXPECT_TRUE(soonPrinted("[HotKeyManager] ERROR: RegisterEventHotKey failed with status -9878"));
+    setSetting("hotkeyKeyCode", 11);     // B
+    setSetting("hotkeyModifiers", 2304); // command and option
+    EXPECT_TRUE(soonToggledBy("super+alt+b"));
+    // Another change leaves nothing of the one before. Zero stands for the default, V.
+    setSetting("hotkeyKeyCode", 0);
+    EXPECT_TRUE(soonToggledBy("super+alt+v"));
+    EXPECT_TRUE(x.grabKey(keyB, super | alt));
+}
+
+} // namespace corvatto::test

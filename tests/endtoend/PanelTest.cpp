@@ -1,0 +1,286 @@
+// The panel under a window manager: where it appears, who has the keyboard, and what each key and click does.
+#include "EndToEndTest.h"
+
+namespace corvatto::test {
+
+namespace {
+
+class PanelTest : public EndToEndTest {
+protected:
+    // What is on the clipboard once the panel has hidden after a copy; nothing when it stays.
+    std::optional<QByteArray> copiedBack() { return soonHidden() ? paste() : std::nullopt; }
+
+    // Which of the unscrolled cards has the border of the selection, at its left edge and above its picture.
+    int selectedCard() {
+        const QImage screen = x.screenshot();
+        const auto border = [&](int index) {
+            return screen.pixelColor(card(index) - QPoint(160 - 1, 130));
+        };
+        for (int i = 0; i < 3; ++i) {
+            if (border(i).lightness() < 200) { // the others have a light grey line, one pixel wide
+                return i;
+            }
+        }
+        return -1;
+    }
+
+    qsizetype windowCount() { return x.visibleWindows(program->pid()).size(); } // with menus and alerts
+    bool soonFloating() {
+        return soon([this] {
+            const auto states = x.states(panel());
+            return states.contains("_NET_WM_STATE_ABOVE") && states.contains("_NET_WM_STATE_SKIP_TASKBAR") &&
+                   states.contains("_NET_WM_STATE_SKIP_PAGER") &&
+                   x.cardinal(panel(), "_NET_WM_DESKTOP") == 0xffffffff;
+        });
+    }
+
+    QRect panelRect() { return x.geometry(panel()); }
+    bool isPanelPainted() {
+        return x.pixel(panelRect().bottomRight() - QPoint(5, 5)) == QColor(229, 229, 229);
+    }
+};
+
+struct Geometry {
+    int screenHeight, bottomMargin, panelHeight;
+};
+
+class PanelGeometryTest : public EndToEndTest, public ::testing::WithParamInterface<Geometry> {
+protected:
+    PanelGeometryTest() : EndToEndTest({QSize(1280, GetParam().screenHeight), GetParam().bottomMargin}) {}
+};
+
+} // namespace
+
+TEST_P(PanelGeometryTest, LiesAlongTheBottomOfTheVisibleScreen) {
+    const auto [screenHeight, margin, height] = GetParam();
+    const QRect expected(0, screenHeight - margin - height, 1280, height);
+    launch();
+    EXPECT_TRUE(soon([&] { return x.geometry(panel()) == expected; }, std::chrono::seconds(5)));
+    hidePanel();
+    showPanel();
+    EXPECT_EQ(x.geometry(panel()), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Screens, PanelGeometryTest,
+                         ::testing::Values(Geometry{1200, 0, 440}, Geometry{1060, 60, 420}));
+
+TEST_F(PanelTest, FollowsTheMouseToItsScreen) {
+    Process monitors("xrandr", {"--setmonitor", "right", "640/170x1100/291+640+0", "none"},
+                     desktop.environment(), true);
+    ASSERT_EQ(monitors.exitStatus(), 0);
+    x.click({1000, 100});
+    launch();
+    EXPECT_TRUE(soon([this] { return panelRect() == QRect(640, 660, 640, 440); }));
+    hidePanel();
+    x.click({100, 100}); // where there is only the screen as a whole
+    showPanel();
+    EXPECT_TRUE(soon([this] { return panelRect() == QRect(0, 660, 1280, 440); }));
+}
+
+TEST_F(PanelTest, FloatsAboveOtherWindowsOnEveryDesktop) {
+    launch();
+    EXPECT_EQ(x.windowClass(panel()), "corvatto");
+    EXPECT_TRUE(soonFloating());
+    const auto other = x.createWindow({0, 0, 1280, 1100}, "Other");
+    const auto otherIsShown = [this] {
+        return x.pixel({640, 300}) == QColor(Qt::magenta);
+    };
+    ASSERT_TRUE(soon([&] { return x.activeWindow() == other && otherIsShown(); }));
+    EXPECT_TRUE(soon([this] { return x.topWindow() == panel() && isPanelPainted(); }));
+    x.switchDesktop(1);
+    ASSERT_TRUE(soon([&] { return !otherIsShown(); }));
+    EXPECT_TRUE(soon([this] { return isPanelPainted(); }));
+    x.switchDesktop(0);
+    ASSERT_TRUE(soon(otherIsShown));
+    x.click(panelRect().topLeft() + QPoint(600, 60));
+    ASSERT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    hidePanel();
+    showPanel();
+    EXPECT_TRUE(soonFloating());
+
+    // A busy window manager hears of the hiding, and takes the window's states away, when it is shown again.
+    desktop.suspendWindowManager();
+    x.key("Escape");
+    EXPECT_TRUE(soonHidden());
+    x.key("super+shift+v");
+    EXPECT_TRUE(soon([this] { return setting("corvattoHistoryWindowOpenCount") == 3; }));
+    desktop.resumeWindowManager();
+    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    EXPECT_TRUE(soonFloating());
+}
+
+TEST_F(PanelTest, TheShortcutTogglesAndGivesTheSearchFieldTheKeyboard) {
+    database.fill({{"newest"}, {"second"}, {"needle"}});
+    launch();
+    x.key("super+shift+v");
+    EXPECT_TRUE(soonHidden());
+
+    const auto other = x.createWindow({100, 100, 300, 200}, "Other");
+    ASSERT_TRUE(soon([&] { return x.activeWindow() == other; }));
+    x.key("Caps_Lock"); // lock keys do not matter
+    showPanel();
+    x.key("Caps_Lock");
+    x.type("needle");
+    x.key("Return");
+    EXPECT_EQ(copiedBack(), "needle");
+}
+
+TEST_F(PanelTest, KeysOfAPanelWithoutTheKeyboardAreLeftAlone) {
+    database.fill({{"newest"}, {"second"}});
+    launch();
+    const auto other = x.createWindow({100, 100, 300, 200}, "Other");
+    ASSERT_TRUE(soon([&] { return x.activeWindow() == other; }));
+    x.key("Return Escape ctrl+1");
+    x.click(panelRect().topLeft() + QPoint(600, 60));
+    ASSERT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    EXPECT_EQ(x.clipboardOwner(), XCB_NONE);
+    x.key("Return");
+    EXPECT_EQ(copiedBack(), "second");
+}
+
+TEST_F(PanelTest, EveryKeyDoesItsPart) {
+    const struct {
+        const char* keys;
+        QByteArray copied;
+    } cases[] = {
+        {"Return", "entry 1"},
+        {"Right Return", "entry 2"},
+        {"Left Left Left Return", "entry 0"},
+        {"Down Down Up Return", "entry 2"},
+        {"T R Y space 1 Return", "entry 1"}, // a search finds the newest first, in either case
+        {"y space 1 Right Return", "entry 10"},
+        {"e percent 1 underscore Return", "entry 10"}, // wildcards
+        {"7 BackSpace Return", "entry 1"},             // an emptied field is no search
+        {"1 Left 2 Return", "entry 12"},               // arrows never move the text cursor
+        {"ctrl+1", "entry 0"},
+        {"super+3", "entry 2"},
+        {"ctrl+3", "entry 2"},
+        {"super+5", "entry 4"},
+        {"ctrl+6", "entry 5"},
+        {"super+9", "entry 8"},
+        {"ctrl+c", "entry 1"}, // nothing is selected in the field
+        {"super+c", "entry 1"},
+        {"1 6 ctrl+2 ctrl+0 ctrl+1", "entry 16"}, // no such entry, no such key
+    };
+    database.fill(numberedEntries());
+    launch();
+    for (const auto& [keys, copied] : cases) {
+        SCOPED_TRACE(keys);
+        x.key(keys);
+        ASSERT_EQ(copiedBack(), copied);
+        EXPECT_TRUE(soonStored(copied, 2));
+        database.fill(numberedEntries());
+        showPanel();
+        x.key("ctrl+a BackSpace"); // the field has kept its text
+    }
+}
+
+TEST_F(PanelTest, TheSearchFieldCopiesAndPastesLikeAnyOther) {
+    database.fill({{"newest"}, {"second"}, {"own words"}});
+    launch();
+    x.type("words of mine");
+    x.key("ctrl+a ctrl+c");
+    EXPECT_TRUE(soonStored("words of mine")); // an entry like any other copy's
+    EXPECT_TRUE(panelHasKeyboard());
+    EXPECT_EQ(paste(), "words of mine");
+
+    copyText("own wor");
+    ASSERT_TRUE(soonStored("own wor"));
+    x.key("ctrl+a ctrl+v d Return");
+    EXPECT_EQ(copiedBack(), "own words");
+}
+
+TEST_F(PanelTest, EscapeHidesAndNothingElseIsLost) {
+    database.fill({{"newest"}, {"second"}});
+    launch();
+    x.type("nothing like it");
+    x.key("Return"); // nothing is selected: the panel stays
+    hidePanel();
+    EXPECT_EQ(x.clipboardOwner(), XCB_NONE);
+    showPanel();
+    x.key("Return"); // the list is fresh, whatever the field says
+    EXPECT_EQ(copiedBack(), "second");
+}
+
+TEST_F(PanelTest, ACaptureAppearsInTheOpenPanel) {
+    launch();
+    const auto isWhite = [this](int index) {
+        return x.pixel(card(index)) == QColor(Qt::white);
+    };
+    EXPECT_FALSE(isWhite(0));
+    copyText("first");
+    EXPECT_TRUE(soon([&] { return isWhite(0) && !isWhite(1); }));
+    // Equal times would leave the order to chance.
+    ASSERT_TRUE(soonStored("first"));
+    database.execute("UPDATE clipboard_items SET last_copied_at = last_copied_at - 60");
+    copyText("second");
+    EXPECT_TRUE(soon([&] { return isWhite(1) && selectedCard() == 1; }));
+    x.key("Return");
+    EXPECT_EQ(copiedBack(), "first");
+}
+
+TEST_F(PanelTest, CardsShowPicturesAndTheSelection) {
+    const auto image = desktop.writeFile("red.png", encoded(filled(Qt::red), "png"));
+    const auto file = desktop.writeFile("BLUE.PNG", encoded(filled(Qt::blue), "png"));
+    database.fill({{"some text"}, {image, "image", "Image 200×100"}, {file, "file", "BLUE.PNG"}});
+    launch();
+    EXPECT_TRUE(soon([this] { return x.pixel(card(1)) == QColor(Qt::red); }));
+    EXPECT_TRUE(soon([this] { return x.pixel(card(2)) == QColor(Qt::blue); }));
+    EXPECT_TRUE(soon([this] { return isPanelPainted(); }));
+    EXPECT_TRUE(soon([this] { return selectedCard() == 1; }));
+    x.key("Left");
+    EXPECT_TRUE(soon([this] { return selectedCard() == 0; }));
+    x.click(card(2));
+    EXPECT_TRUE(soon([this] { return selectedCard() == 2; }));
+}
+
+TEST_F(PanelTest, TheSelectionScrollsToTheCentre) {
+    auto entries = numberedEntries();
+    entries[9] = {desktop.writeFile("red.png", encoded(filled(Qt::red), "png")), "image", "Image"};
+    database.fill(entries);
+    launch();
+    const int y = card(0).y();
+    x.key("Right Right Right Right Right Right Right Right");
+    const auto isCentred = [&] {
+        const QImage screen = x.screenshot();
+        const auto isRed = [&](int offset) {
+            return screen.pixelColor(640 + offset, y) == QColor(Qt::red);
+        };
+        return isRed(-150) && isRed(150) && !isRed(-165) && !isRed(165);
+    };
+    EXPECT_TRUE(soon(isCentred));
+}
+
+TEST_F(PanelTest, TheMouseSelectsCopiesAndOpensTheMenu) {
+    database.fill(numberedEntries());
+    launch();
+    x.click(card(2), 2);
+    EXPECT_EQ(copiedBack(), "entry 2");
+
+    const auto openMenu = [this](QPoint position) {
+        x.click(position, 1, 3);
+        return soon([this] { return windowCount() == 2; });
+    };
+    database.fill(numberedEntries());
+    showPanel();
+    ASSERT_TRUE(openMenu(card(0)));
+    x.key("Escape"); // closes the menu only
+    EXPECT_TRUE(soon([this] { return windowCount() == 1; }));
+    ASSERT_TRUE(openMenu(card(2)));
+    x.key("Down Return"); // the entry of the card, not the selected one
+    EXPECT_EQ(copiedBack(), "entry 2");
+    EXPECT_TRUE(soonStored("entry 2", 2));
+
+    showPanel();
+    for (const QByteArray answer : {"Escape", "Return"}) {
+        const int left = answer == "Escape" ? 17 : 0;
+        ASSERT_TRUE(openMenu(panelRect().topLeft() + QPoint(600 + left, 60))); // no double click
+        x.key("Down Return"); // clears the history, if the question is answered so
+        ASSERT_TRUE(soon([this] { return !panelHasKeyboard() && windowCount() == 2; }));
+        x.key(answer);
+        EXPECT_TRUE(soon([&] { return windowCount() == 1 && database.rows().size() == left; }));
+        EXPECT_TRUE(soon([&] { return (x.pixel(card(0)) == QColor(Qt::white)) == (left > 0); }));
+    }
+}
+
+} // namespace corvatto::test

@@ -1,0 +1,95 @@
+// From the shelf back to the clipboard, and from there to other programs.
+#include "EndToEndTest.h"
+
+namespace corvatto::test {
+
+namespace {
+
+using ::testing::Contains;
+
+class PasteBackTest : public EndToEndTest {
+protected:
+    QList<QByteArray> targets() { return paste("TARGETS").value_or("").split('\n'); }
+
+    // Copies the first entry of the shelf.
+    bool copyBack() {
+        x.key("ctrl+1");
+        return soonHidden();
+    }
+};
+
+} // namespace
+
+TEST_F(PasteBackTest, TextInEveryFlavourAndNoNewEntry) {
+    const QByteArray text = "  Zwölf\nBoxkämpfer 和 👩‍👩‍👧‍👦 ";
+    database.fill({{text}, {"other"}});
+    const auto before = *database.find(text);
+    launch();
+    ASSERT_TRUE(copyBack());
+    EXPECT_TRUE(soonStored(text, 2));
+    EXPECT_GT(database.find(text)->lastCopiedAt, before.lastCopiedAt);
+    EXPECT_EQ(database.find(text)->firstCopiedAt, before.firstCopiedAt);
+    for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain"}) {
+        EXPECT_EQ(paste(target), text) << target;
+    }
+    EXPECT_THAT(targets(), Contains("STRING"));
+
+    const auto rows = rowsAfterNextCopy();
+    EXPECT_EQ(rows.size(), 2);
+    EXPECT_EQ(database.find(text)->copyCount, 2);
+    // Another program's copy of the same text is a copy.
+    copyText(text);
+    EXPECT_TRUE(soonStored(text, 3));
+}
+
+TEST_F(PasteBackTest, AnImagePixelForPixel) {
+    const QImage image = testImage({640, 480});
+    const auto file = desktop.writeFile("full.png", encoded(image, "png"));
+    database.fill({{file, "image", "Image 640×480"}});
+    launch();
+    ASSERT_TRUE(copyBack());
+    EXPECT_TRUE(soonStored(file, 2));
+    for (const char* target : {"image/png", "image/bmp", "image/tiff"}) {
+        const auto bytes = paste(target).value_or("");
+        EXPECT_EQ(decoded(bytes), image) << target;
+    }
+    EXPECT_FALSE(targets().contains("text/uri-list"));
+    EXPECT_EQ(rowsAfterNextCopy().size(), 1);
+}
+
+TEST_F(PasteBackTest, FilesInOrderWithoutThoseThatHaveGone) {
+    const auto first = desktop.writeFile("first 50%.txt", "x");
+    const auto gone = desktop.home() + "/gone.txt";
+    const auto last = desktop.writeFile("最后.txt", "x");
+    const QByteArray content = first + '\n' + gone + '\n' + last;
+    database.fill({{content, "file", "first 50%.txt + 2 more"}});
+    launch();
+    ASSERT_TRUE(copyBack());
+    EXPECT_TRUE(soonStored(content, 2));
+    const QByteArray urls = fileUrl(first) + '\n' + fileUrl(last);
+    EXPECT_EQ(paste("text/uri-list").value_or("").replace("\r\n", "\n").trimmed(), urls);
+    EXPECT_EQ(paste("x-special/gnome-copied-files").value_or("").trimmed(), "copy\n" + urls);
+    EXPECT_EQ(rowsAfterNextCopy().size(), 1);
+}
+
+TEST_F(PasteBackTest, EntriesWhoseFilesHaveGoneChangeNothing) {
+    const auto notAnImage = desktop.writeFile("broken.png", "not an image");
+    database.fill({{"/nowhere/a\n/nowhere/b", "file", "a + 1 more"},
+                   {"/nowhere/image.png", "image", "Image 1×1"},
+                   {notAnImage, "image", "Image 1×1"}});
+    copyText("still here");
+    launch();
+    x.key("ctrl+1");
+    EXPECT_TRUE(soonPrinted("[HistoryViewModel] All file paths are missing — nothing copied."));
+    x.key("ctrl+2 super+3");
+    EXPECT_TRUE(soon([this] {
+        return program->output().count("[HistoryViewModel] Image file missing — nothing copied.\n") == 2;
+    }));
+    EXPECT_TRUE(panelHasKeyboard());
+    EXPECT_EQ(paste(), "still here");
+    for (const auto& row : database.rows()) {
+        EXPECT_EQ(row.copyCount, 1);
+    }
+}
+
+} // namespace corvatto::test
