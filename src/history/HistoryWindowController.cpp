@@ -4,6 +4,7 @@
 #include "history/HistoryView.h"
 #include "history/SearchField.h"
 #include "settings/SettingsKeys.h"
+#include "update/UpdateChecker.h"
 
 #include <algorithm>
 #include <array>
@@ -16,9 +17,8 @@ namespace {
 constexpr double heightShare = 0.42; // of the visible frame's
 constexpr double maximumHeight = 440;
 
-// An automatic check is considered at every so many openings, and made when the last is this long ago.
+// An automatic check for updates is considered at every so many openings.
 constexpr qint64 openingsBetweenChecks = 100;
-constexpr double secondsBetweenChecks = 86'400;
 
 // The digit keys in the order of the entries that they copy.
 constexpr std::array<quint16, 9> digitKeys{key1, key2, key3, key4, key5, key6, key7, key8, key9};
@@ -92,8 +92,8 @@ void HistoryWindowController::trackWindowOpen() {
     if (count % openingsBetweenChecks != 0) {
         return;
     }
-    const double lastCheck = m_desktop.defaults.number(SettingsKeys::corvattoLastUpdateCheckAt);
-    if (secondsSince1970() - lastCheck >= secondsBetweenChecks && checkForUpdates) {
+    const double lastCheck = m_desktop.defaults.number(UpdateChecker::lastCheckKey);
+    if (secondsSince1970() - lastCheck >= UpdateChecker::checkInterval && checkForUpdates) {
         checkForUpdates();
     }
 }

@@ -12,7 +12,9 @@ struct Alert {
     QString messageText;
     QString informativeText;
     Style style = Style::Informational;
-    QStringList buttons; // in order; the first is the default, the last answers Escape when there are several
+    QStringList buttons; // in order; the first is the default
+    // The index of the button that Escape, or closing the alert otherwise, counts as. Below zero: the last.
+    int buttonOnClosing = -1;
 };
 
 class Alerts {
@@ -22,8 +24,8 @@ public:
     Alerts(const Alerts&) = delete;
     Alerts& operator=(const Alerts&) = delete;
 
-    // Shows the alert in front of everything and returns the index of the button chosen; closing the alert
-    // without one counts as its last button. Runs a nested event loop, so the rest of the program goes on.
+    // Shows the alert in front of everything and returns the index of the button chosen. Runs a nested event
+    // loop, so the rest of the program goes on.
     virtual int runModal(const Alert& alert) = 0;
 };
 

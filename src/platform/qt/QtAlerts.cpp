@@ -23,13 +23,15 @@ int QtAlerts::runModal(const Alert& alert) {
     for (const QString& title : alert.buttons) {
         buttons.append(box.addButton(title, QMessageBox::ActionRole));
     }
+    const bool isClosingLast = alert.buttonOnClosing < 0 || alert.buttonOnClosing >= buttons.size();
+    const int onClosing = isClosingLast ? static_cast<int>(buttons.size()) - 1 : alert.buttonOnClosing;
     if (!buttons.isEmpty()) {
         box.setDefaultButton(qobject_cast<QPushButton*>(buttons.first()));
-        box.setEscapeButton(buttons.last());
+        box.setEscapeButton(buttons.at(onClosing));
     }
     box.exec();
     const auto chosen = static_cast<int>(buttons.indexOf(box.clickedButton()));
-    return chosen >= 0 ? chosen : static_cast<int>(buttons.size()) - 1;
+    return chosen >= 0 ? chosen : onClosing;
 }
 
 } // namespace corvatto

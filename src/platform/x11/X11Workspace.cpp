@@ -1,5 +1,6 @@
 #include "platform/x11/X11Workspace.h"
 
+#include <QDesktopServices>
 #include <QStandardPaths>
 
 #include <cstring>
@@ -38,6 +39,10 @@ QString X11Workspace::frontmostApplicationName() {
     m_connection.flush(); // waiting may have read events
     const QString windowClass = names.size() >= 2 ? QString::fromUtf8(names[1]) : QString();
     return m_entries.nameForWindowClass(windowClass).value_or(windowClass);
+}
+
+bool X11Workspace::openURL(const QUrl& url) {
+    return QDesktopServices::openUrl(url);
 }
 
 } // namespace corvatto

@@ -15,6 +15,9 @@ public:
     // short questions to the X server.
     QString frontmostApplicationName() override;
 
+    // Through the desktop's own opener (xdg-open, where there is one).
+    bool openURL(const QUrl& url) override;
+
 private:
     QByteArray property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type) const;
 
