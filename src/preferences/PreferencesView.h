@@ -1,0 +1,62 @@
+// The content of the preferences window: history limits, polling interval, shortcut, update check. Every
+// control stores its setting the moment it is changed; whoever depends on a setting follows it from there.
+#pragma once
+
+#include "platform/UserDefaults.h"
+
+#include <QWidget>
+
+#include <functional>
+
+class QLabel;
+class QSlider;
+class QVBoxLayout;
+
+namespace corvatto {
+
+class LimitField;
+
+class PreferencesView : public QWidget {
+    Q_OBJECT
+
+public:
+    static constexpr int controlWidth = 498; // points
+
+    // `checkForUpdates` starts a check that the user asked for. The settings outlive the view.
+    PreferencesView(UserDefaults& defaults, std::function<void()> checkForUpdates);
+
+    // Called after the stored shortcut has changed. May be unset.
+    std::function<void()> onHotkeyChanged;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    struct StoredShortcut {
+        qint64 keyCode;
+        qint64 modifiers;
+        bool operator==(const StoredShortcut&) const = default;
+    };
+
+    QVBoxLayout* addSection(const QString& title, int spacing);
+    void addRow(QVBoxLayout& section, const QString& label, const QString& help, QWidget* control);
+    void buildHistorySection();
+    void buildMonitorSection();
+    void buildHotkeySection();
+    void buildUpdateSection(std::function<void()> checkForUpdates);
+    QWidget* buildIntervalControl();
+
+    void showStored();
+    double pollingInterval() const; // seconds
+    StoredShortcut shortcut() const;
+
+    UserDefaults& m_defaults;
+    QVBoxLayout* m_sections;
+    LimitField* m_itemCount = nullptr;
+    LimitField* m_retentionDays = nullptr;
+    QSlider* m_interval = nullptr;
+    QLabel* m_intervalText = nullptr;
+    StoredShortcut m_lastShortcut;
+};
+
+} // namespace corvatto
