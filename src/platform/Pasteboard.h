@@ -12,6 +12,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <functional>
 #include <optional>
 
 namespace corvatto {
@@ -46,6 +47,10 @@ public:
     virtual void setString(const QString& text) = 0;
     virtual void writeFileURLs(const QList<QUrl>& urls) = 0;
     virtual void writeImage(const Image& image) = 0;
+
+    // Before the program ends: gives what was written to whatever the desktop has that keeps it, and calls
+    // `done` from the event loop, after two seconds at the latest.
+    virtual void handOver(std::function<void()> done) = 0;
 };
 
 } // namespace corvatto

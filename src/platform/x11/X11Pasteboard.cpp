@@ -153,6 +153,15 @@ void X11Pasteboard::writeImage(const Image& image) {
     write(ClipboardContent::ofImage(image));
 }
 
+void X11Pasteboard::handOver(std::function<void()> done) {
+    const bool isOurs = m_ownership.owner == m_owner.window() && !m_content.isEmpty();
+    if (isOurs) {
+        m_handOver = std::make_unique<ClipboardHandOver>(m_connection, m_owner.window(), std::move(done));
+    } else {
+        QTimer::singleShot(0, &m_connection, std::move(done));
+    }
+}
+
 QList<QUrl> X11Pasteboard::fileURLs() const {
     const QList<QUrl> urls = fileURLsFromUriList(m_content.uriList);
     return urls.isEmpty() ? fileURLsFromGnomeCopiedFiles(m_content.gnomeCopiedFiles) : urls;

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "platform/Pasteboard.h"
+#include "platform/x11/ClipboardHandOver.h"
 #include "platform/x11/SelectionOwner.h"
 #include "platform/x11/SelectionReader.h"
 
@@ -29,6 +30,8 @@ public:
     void setString(const QString& text) override;
     void writeFileURLs(const QList<QUrl>& urls) override;
     void writeImage(const Image& image) override;
+
+    void handOver(std::function<void()> done) override;
 
     void handleEvent(const xcb_generic_event_t& event) override;
 
@@ -62,7 +65,8 @@ private:
     // Takeovers of ours that have not been announced yet. Until they are, what is announced came before them.
     int m_unannouncedTakeovers = 0;
     std::unique_ptr<SelectionReader> m_reader; // while content is being collected
-    QTimer m_emptying;                         // carries out a clear that no write follows
+    std::unique_ptr<ClipboardHandOver> m_handOver;
+    QTimer m_emptying; // carries out a clear that no write follows
 };
 
 } // namespace corvatto
