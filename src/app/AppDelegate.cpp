@@ -1,8 +1,11 @@
 #include "app/AppDelegate.h"
 
+#include "app/AboutPanel.h"
 #include "history/FloatingPanel.h"
+#include "preferences/PreferencesView.h"
 #include "settings/LaunchDefaults.h"
 #include "settings/SettingsKeys.h"
+#include "update/UpdateChecker.h"
 
 #include <QGuiApplication>
 #include <QPointer>
@@ -57,7 +60,18 @@ void AppDelegate::applicationDidFinishLaunching() {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     registerLaunchDefaults(m_desktop.defaults);
 
-    viewModel().monitor = &monitor();
+    HistoryViewModel& model = viewModel();
+    model.monitor = &monitor();
+    viewModel().showPreferences = [self = QPointer(this)] {
+        if (self) {
+            self->openPreferences();
+        }
+    };
+    viewModel().showAbout = [self = QPointer(this)] {
+        if (self) {
+            self->showAboutPanel();
+        }
+    };
     viewModel().confirmClearAll = [self = QPointer(this)] {
         return self && self->confirmClearAll();
     };
@@ -67,6 +81,7 @@ void AppDelegate::applicationDidFinishLaunching() {
         }
     };
 
+    setupMenuBar();
     monitor().start();
     hotKeyManager().registerStoredHotKey();
     hotKeyManager().onHotKeyPressed = [self = QPointer(this)] {
@@ -75,7 +90,11 @@ void AppDelegate::applicationDidFinishLaunching() {
         }
     };
     observeHotkeyChanges();
+    setupAppShortcuts();
 
+    windowController().checkForUpdates = [] {
+        UpdateChecker::shared().checkForUpdates(false);
+    };
     windowController().show();
 }
 
@@ -91,6 +110,49 @@ void AppDelegate::toggleHistoryWindow() {
     } else {
         windowController().show();
     }
+}
+
+void AppDelegate::showHistoryWindow() {
+    windowController().show();
+}
+
+void AppDelegate::terminate() {
+    m_desktop.pasteboard.handOver([] { QCoreApplication::quit(); });
+}
+
+void AppDelegate::setupMenuBar() {
+    m_statusItem = std::make_unique<StatusItem>(StatusItem::Actions{
+        [this] { showHistoryWindow(); },
+        [this] { viewModel().clearAll(); },
+        [this] { openPreferences(); },
+        [this] { showAboutPanel(); },
+        [this] { terminate(); },
+    });
+}
+
+void AppDelegate::openPreferences() {
+    if (!m_preferencesWindow) {
+        m_preferencesWindow = std::make_unique<PreferencesWindow>(
+            new PreferencesView(m_desktop.defaults, [] { UpdateChecker::shared().checkForUpdates(true); }));
+    }
+    m_preferencesWindow->show();
+    m_preferencesWindow->raise();
+    m_desktop.panelWindows.activate(*m_preferencesWindow);
+    m_preferencesWindow->centre(); // at every opening, wherever the user has moved it
+}
+
+void AppDelegate::showAboutPanel() {
+    m_desktop.alerts.runModal(aboutAlert(m_desktop.version));
+}
+
+void AppDelegate::setupAppShortcuts() {
+    m_keyMonitor = std::make_unique<LocalKeyMonitor>([this](const KeyEvent& event) {
+        const bool opens = event.keyCode == keyComma && (event.modifierFlags & commandFlag) != 0;
+        if (opens) {
+            openPreferences();
+        }
+        return opens;
+    });
 }
 
 void AppDelegate::observeHotkeyChanges() {

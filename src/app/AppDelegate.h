@@ -2,12 +2,15 @@
 // launch and tears both down at termination.
 #pragma once
 
+#include "app/PreferencesWindow.h"
+#include "app/StatusItem.h"
 #include "capture/ClipboardMonitor.h"
 #include "history/HistoryViewModel.h"
 #include "history/HistoryWindowController.h"
 #include "hotkey/HotKeyManager.h"
 #include "platform/Alerts.h"
 #include "platform/HotKeyCenter.h"
+#include "platform/LocalKeyMonitor.h"
 #include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
 #include "platform/RelativeDateTimeFormatter.h"
@@ -32,6 +35,7 @@ struct Desktop {
     PanelWindows& panelWindows;
     Alerts& alerts;
     const RelativeDateTimeFormatter& relativeTimes;
+    QString version; // of the program
 };
 
 // Main thread.
@@ -48,13 +52,24 @@ public:
     // Shows the history panel, or hides it when it is visible.
     void toggleHistoryWindow();
 
+    // Shows the history panel, whether it is visible or not.
+    void showHistoryWindow();
+
+    void openPreferences();
+    void showAboutPanel();
+
+    // Ends the program once the clipboard's content has been handed over.
+    void terminate();
+
 private:
     ClipboardMonitor& monitor();
     HotKeyManager& hotKeyManager();
     HistoryViewModel& viewModel();
     HistoryWindowController& windowController();
 
+    void setupMenuBar();
     void observeHotkeyChanges();
+    void setupAppShortcuts();
     bool confirmClearAll();
 
     Desktop m_desktop;
@@ -65,6 +80,9 @@ private:
     std::unique_ptr<HotKeyManager> m_hotKeyManager;
     std::unique_ptr<HistoryViewModel> m_viewModel;
     std::unique_ptr<HistoryWindowController> m_windowController;
+    std::unique_ptr<StatusItem> m_statusItem;
+    std::unique_ptr<PreferencesWindow> m_preferencesWindow;
+    std::unique_ptr<LocalKeyMonitor> m_keyMonitor;
 };
 
 } // namespace corvatto

@@ -1,5 +1,7 @@
 // The entry of the program, and the only place that chooses implementations of the platform layer.
 #include "app/AppDelegate.h"
+#include "app/CommandLine.h"
+#include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
 #include "platform/Diagnostics.h"
 #include "platform/qt/ApplicationSupport.h"
@@ -11,22 +13,97 @@
 #include "platform/x11/X11PanelWindows.h"
 #include "platform/x11/X11Pasteboard.h"
 #include "platform/x11/X11Workspace.h"
+#include "settings/ProductAddresses.h"
+#include "update/UpdateChecker.h"
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QLocale>
+#include <QThread>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 
 #include <sys/stat.h>
 
 using namespace corvatto;
 
+namespace {
+
+constexpr int usageError = 2; // exit status, as is usual for arguments that make no sense
+
+// What needs no display and no running program. Absent when there is more to do.
+std::optional<int> answerAtOnce(const CommandLine& commandLine) {
+    if (!commandLine.error.isEmpty()) {
+        std::fprintf(stderr, "corvatto: %s\nTry 'corvatto --help'.\n", qUtf8Printable(commandLine.error));
+        return usageError;
+    }
+    if (commandLine.action == CommandLine::Action::printVersion) {
+        printLine(u"corvatto " CORVATTO_VERSION);
+        return EXIT_SUCCESS;
+    }
+    if (commandLine.action == CommandLine::Action::printHelp) {
+        printLine(CommandLine::helpText());
+        return EXIT_SUCCESS;
+    }
+    return std::nullopt;
+}
+
+// Hands the request to the instance that runs. Absent when this process is to become it.
+std::optional<int> askRunningInstance(SingleInstance& instance, CommandLine::Action action) {
+    if (action != CommandLine::Action::run) {
+        if (instance.send(requestFor(action))) {
+            return EXIT_SUCCESS;
+        }
+        std::fputs("corvatto: no Corvatto is running.\n", stderr);
+        return EXIT_FAILURE;
+    }
+    if (instance.becomePrimary()) {
+        return std::nullopt;
+    }
+    // The other one may be starting still, and not listen yet.
+    const QDeadlineTimer deadline(std::chrono::seconds(5));
+    while (!deadline.hasExpired()) {
+        if (instance.send(requestFor(action))) {
+            return EXIT_SUCCESS;
+        }
+        QThread::msleep(50);
+    }
+    std::fputs("corvatto: a Corvatto is running, but it does not answer.\n", stderr);
+    return EXIT_FAILURE;
+}
+
+void obey(AppDelegate& delegate, const QString& request) {
+    if (request == QLatin1String("show")) {
+        delegate.showHistoryWindow();
+    } else if (request == QLatin1String("toggle")) {
+        delegate.toggleHistoryWindow();
+    } else if (request == QLatin1String("quit")) {
+        delegate.terminate();
+    }
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
     // The history is nobody else's business: whatever this process creates is its user's alone.
     umask(S_IRWXG | S_IRWXO);
     // A reader of our output that goes away must not take the program with it.
     std::signal(SIGPIPE, SIG_IGN);
+
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    const CommandLine commandLine = CommandLine::parse(arguments);
+    if (const auto status = answerAtOnce(commandLine)) {
+        return *status;
+    }
+    SingleInstance instance(SingleInstance::defaultDirectory());
+    if (const auto status = askRunningInstance(instance, commandLine.action)) {
+        return *status;
+    }
 
     if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
         printLine(u"[CorvattoApp] Wayland session: running through XWayland.");
@@ -40,7 +117,6 @@ int main(int argc, char** argv) {
 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("corvatto"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Corvatto"));
     QApplication::setApplicationVersion(QStringLiteral(CORVATTO_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("corvatto"));
 
@@ -58,16 +134,21 @@ int main(int argc, char** argv) {
     QtAlerts alerts;
     const IcuRelativeDateTimeFormatter relativeTimes(QLocale::system().bcp47Name());
 
+    UpdateChecker updateChecker({defaults, alerts, workspace}, ProductAddresses::updateDocument,
+                                QStringLiteral(CORVATTO_VERSION));
+    UpdateChecker::install(updateChecker);
+
     AppDelegate delegate({applicationSupportDirectory(), defaults, pasteboard, workspace, hotKeyCenter,
-                          screens, panelWindows, alerts, relativeTimes});
+                          screens, panelWindows, alerts, relativeTimes, QStringLiteral(CORVATTO_VERSION)});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
     QObject::connect(connection.get(), &XcbConnection::disconnected, &application, [] {
         printLine(u"[CorvattoApp] ERROR: The X server is gone.");
         QApplication::exit(EXIT_FAILURE);
     });
-    const TerminationSignals signals([] { QApplication::quit(); });
+    const TerminationSignals signals([&delegate] { delegate.terminate(); });
 
     delegate.applicationDidFinishLaunching();
+    instance.listen([&delegate](const QString& request) { obey(delegate, request); });
     return QApplication::exec();
 }

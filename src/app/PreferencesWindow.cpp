@@ -1,0 +1,41 @@
+#include "app/PreferencesWindow.h"
+
+#include "platform/Appearance.h"
+
+#include <QBoxLayout>
+#include <QScreen>
+
+#include <algorithm>
+
+namespace corvatto {
+namespace {
+
+// Points. Fonts whose lines are taller than most make the window higher, never its content cramped.
+constexpr int contentWidth = 680;
+constexpr int contentHeight = 460;
+
+} // namespace
+
+PreferencesWindow::PreferencesWindow(QWidget* content)
+    : QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                           Qt::WindowCloseButtonHint |
+                           Qt::WindowStaysOnTopHint), // or it would open behind the panel it is opened from
+      m_content(content) {
+    setWindowTitle(QStringLiteral("Corvatto Preferences"));
+    setPalette(appearance::lightPalette());
+    setAttribute(Qt::WA_QuitOnClose, false);
+    content->ensurePolished();
+    setFixedSize(contentWidth, std::max(contentHeight, content->sizeHint().height()));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_content);
+}
+
+void PreferencesWindow::centre() {
+    const QRect available = screen()->availableGeometry();
+    QRect frame = frameGeometry();
+    frame.moveCenter(available.center());
+    move(frame.topLeft());
+}
+
+} // namespace corvatto

@@ -1,0 +1,139 @@
+#include "app/SingleInstance.h"
+
+#include "platform/Diagnostics.h"
+#include "platform/FileSystem.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLocalSocket>
+
+#include <algorithm>
+#include <array>
+
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace corvatto {
+namespace {
+
+constexpr time_t answerSeconds = 5;
+constexpr qint64 longestRequest = 64;
+const char done[] = "done\n";
+
+struct Descriptor {
+    const int value;
+    explicit Descriptor(int descriptor) : value(descriptor) {}
+    ~Descriptor() { close(value); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+};
+
+bool isOwnUser(const QLocalSocket& socket) {
+    ucred peer{};
+    socklen_t length = sizeof peer;
+    const auto descriptor = static_cast<int>(socket.socketDescriptor());
+    return getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 && peer.uid == getuid();
+}
+
+} // namespace
+
+SingleInstance::SingleInstance(const QString& directory)
+    : m_directory(directory), m_socketPath(directory + QStringLiteral("/instance")),
+      m_lock(directory + QStringLiteral("/lock")) {
+    m_lock.setStaleLockTime(
+        0); // however long it runs; the lock of a process that has gone counts as free anyway
+}
+
+QString SingleInstance::defaultDirectory() {
+    const QString runtime = QFile::decodeName(qgetenv("XDG_RUNTIME_DIR"));
+    if (runtime.startsWith(QLatin1Char('/')) && QFileInfo(runtime).isDir()) {
+        return runtime + QStringLiteral("/corvatto");
+    }
+    return QDir::tempPath() + QStringLiteral("/corvatto-%1").arg(getuid());
+}
+
+bool SingleInstance::becomePrimary() {
+    if (const auto error = createDirectories(m_directory)) {
+        printLine(QStringLiteral("[CorvattoApp] ERROR: Cannot create %1: %2")
+                      .arg(m_directory, error->description()));
+        return true; // better two than none
+    }
+    if (QFileInfo(m_directory).ownerId() != getuid()) {
+        // Somebody has put it there for us; what we would say there is not for them.
+        printLine(
+            QStringLiteral("[CorvattoApp] ERROR: %1 belongs to another user, not used.").arg(m_directory));
+        return true;
+    }
+    QFile::setPermissions(m_directory, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return m_lock.tryLock(0);
+}
+
+void SingleInstance::listen(std::function<void(const QString& request)> handle) {
+    if (!m_lock.isLocked()) {
+        return;
+    }
+    m_handle = std::move(handle);
+    m_server.setSocketOptions(QLocalServer::UserAccessOption);
+    // Whoever left the socket behind does not hold the lock any more.
+    QLocalServer::removeServer(m_socketPath);
+    if (!m_server.listen(m_socketPath)) {
+        printLine(QStringLiteral("[CorvattoApp] ERROR: Cannot listen on %1: %2")
+                      .arg(m_socketPath, m_server.errorString()));
+        return;
+    }
+    QObject::connect(&m_server, &QLocalServer::newConnection, &m_server, [this] {
+        while (QLocalSocket* socket = m_server.nextPendingConnection()) {
+            QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+            if (!isOwnUser(*socket)) {
+                socket->abort();
+                socket->deleteLater();
+                continue;
+            }
+            QObject::connect(socket, &QLocalSocket::readyRead, &m_server, [this, socket] { answer(socket); });
+            answer(socket); // it may have written before we listened
+        }
+    });
+}
+
+void SingleInstance::answer(QLocalSocket* socket) {
+    if (socket->bytesAvailable() > longestRequest) {
+        socket->abort();
+        return;
+    }
+    if (!socket->canReadLine()) {
+        return;
+    }
+    const QString request = QString::fromUtf8(socket->readLine(longestRequest)).trimmed();
+    socket->write(done);
+    socket->flush();
+    socket->disconnectFromServer();
+    m_handle(request);
+}
+
+bool SingleInstance::send(const QString& request) const {
+    // Without Qt's sockets, which need an application object and its event loop.
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const QByteArray path = QFile::encodeName(m_socketPath);
+    if (path.size() >= static_cast<qsizetype>(sizeof address.sun_path)) {
+        return false;
+    }
+    qstrncpy(address.sun_path, path.constData(), sizeof address.sun_path);
+    const Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const timeval timeout{answerSeconds, 0};
+    setsockopt(descriptor.value, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+    setsockopt(descriptor.value, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
+    const QByteArray line = request.toUtf8() + '\n';
+    if (connect(descriptor.value, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        write(descriptor.value, line.constData(), static_cast<std::size_t>(line.size())) != line.size()) {
+        return false;
+    }
+    std::array<char, sizeof done - 1> answer{};
+    return recv(descriptor.value, answer.data(), answer.size(), MSG_WAITALL) == ssize_t{answer.size()} &&
+           std::equal(answer.begin(), answer.end(), done);
+}
+
+} // namespace corvatto

@@ -1,0 +1,62 @@
+#include "app/StatusItem.h"
+
+#include "platform/Symbols.h"
+
+#include <QPainter>
+
+namespace corvatto {
+namespace {
+
+QPixmap paperclipPixmap(int side) {
+    const QString name = QStringLiteral("paperclip");
+    // The point size whose drawing fills the pixmap, less a margin for the edge.
+    const double edge = side / 16.0;
+    const double pointSize = (side - 2 * edge) / symbols::size(name, 1).height();
+    const QPixmap light = symbols::pixmap(name, pointSize, QColor(255, 255, 255, 200), 1);
+    const QPixmap dark = symbols::pixmap(name, pointSize, QColor(0x30, 0x34, 0x3A), 1);
+
+    QPixmap pixmap(side, side);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const QPointF origin((side - dark.width()) / 2.0, (side - dark.height()) / 2.0);
+    for (const QPointF offset : {QPointF(-1, 0), QPointF(1, 0), QPointF(0, -1), QPointF(0, 1)}) {
+        painter.drawPixmap(origin + offset * edge, light);
+    }
+    painter.drawPixmap(origin, dark);
+    return pixmap;
+}
+
+} // namespace
+
+QIcon paperclipIcon() {
+    QIcon icon;
+    for (const int side : {16, 22, 24, 32, 48, 64}) {
+        icon.addPixmap(paperclipPixmap(side));
+    }
+    return icon;
+}
+
+StatusItem::StatusItem(Actions actions) : m_actions(std::move(actions)), m_icon(paperclipIcon()) {
+    m_menu.addAction(QStringLiteral("显示历史"), m_actions.showHistory);
+    m_menu.addSeparator();
+    m_menu.addAction(QStringLiteral("清空所有历史"), m_actions.clearAll);
+    m_menu.addSeparator();
+    m_menu.addAction(QStringLiteral("偏好设置..."), m_actions.openPreferences)
+        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    m_menu.addAction(QStringLiteral("关于"), m_actions.showAbout);
+    m_menu.addSeparator();
+    m_menu.addAction(QStringLiteral("退出"), m_actions.quit)->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    m_icon.setContextMenu(&m_menu);
+    m_icon.setToolTip(QStringLiteral("Corvatto"));
+    // A plain click does what a click on a status item does: it opens the menu.
+    QObject::connect(&m_icon, &QSystemTrayIcon::activated, &m_menu,
+                     [this](QSystemTrayIcon::ActivationReason reason) {
+                         if (reason == QSystemTrayIcon::Trigger) {
+                             m_menu.popup(QCursor::pos());
+                         }
+                     });
+    m_icon.show();
+}
+
+} // namespace corvatto

@@ -1,0 +1,80 @@
+// The second instance is a process of its own in life; here a child does what it does.
+#include "app/SingleInstance.h"
+
+#include "support/Eventually.h"
+
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace corvatto::test {
+namespace {
+
+// What a child process made of `work`, which answers yes or no.
+template <typename Work>
+bool inChild(Work work) {
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(work() ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_TRUE(eventually([&] { return waitpid(child, &status, WNOHANG) == child; }));
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST(SingleInstanceTest, ASecondOneHandsItsRequestToTheFirst) {
+    const QTemporaryDir home;
+    const QString directory = home.filePath(QStringLiteral("corvatto"));
+    SingleInstance first(directory);
+    ASSERT_TRUE(first.becomePrimary());
+    QStringList requests;
+    first.listen([&](const QString& request) { requests.append(request); });
+
+    EXPECT_FALSE(inChild([&] { return SingleInstance(directory).becomePrimary(); }));
+    EXPECT_TRUE(inChild([&] { return SingleInstance(directory).send(QStringLiteral("toggle")); }));
+    EXPECT_EQ(requests, QStringList{QStringLiteral("toggle")});
+
+    const auto everybodyElse = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther |
+                               QFile::WriteOther | QFile::ExeOther;
+    EXPECT_FALSE(QFileInfo(directory).permissions() & everybodyElse);
+}
+
+TEST(SingleInstanceTest, WhatACrashLeavesBehindIsNoInstance) {
+    const QTemporaryDir home;
+    const QString directory = home.filePath(QStringLiteral("corvatto"));
+    EXPECT_FALSE(SingleInstance(directory).send(QStringLiteral("show"))); // there was never one
+    ASSERT_TRUE(inChild([&]() -> bool {
+        SingleInstance crashing(directory);
+        const bool isPrimary = crashing.becomePrimary();
+        crashing.listen([](const QString&) {});
+        _exit(isPrimary ? 0 : 1); // without clearing up
+    }));
+    EXPECT_FALSE(SingleInstance(directory).send(QStringLiteral("show")));
+    SingleInstance next(directory);
+    EXPECT_TRUE(next.becomePrimary());
+    int requests = 0;
+    next.listen([&](const QString&) { ++requests; });
+    EXPECT_TRUE(inChild([&] { return SingleInstance(directory).send(QStringLiteral("show")); }));
+    EXPECT_EQ(requests, 1);
+}
+
+TEST(SingleInstanceTest, ANonsenseRequestEndsThatConnectionOnly) {
+    const QTemporaryDir home;
+    SingleInstance first(home.path());
+    ASSERT_TRUE(first.becomePrimary());
+    int requests = 0;
+    first.listen([&](const QString&) { ++requests; });
+    EXPECT_FALSE(
+        inChild([&] { return SingleInstance(home.path()).send(QString(100'000, QLatin1Char('x'))); }));
+    EXPECT_TRUE(inChild([&] { return SingleInstance(home.path()).send(QStringLiteral("show")); }));
+    EXPECT_EQ(requests, 1);
+}
+
+} // namespace
+} // namespace corvatto::test
