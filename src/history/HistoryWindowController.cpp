@@ -6,8 +6,11 @@
 #include "settings/SettingsKeys.h"
 #include "update/UpdateChecker.h"
 
+#include <QWindow>
+
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 
 namespace corvatto {
@@ -16,6 +19,8 @@ namespace {
 // Points.
 constexpr double heightShare = 0.42; // of the visible frame's
 constexpr double maximumHeight = 440;
+
+constexpr int attemptsToShow = 5;
 
 // An automatic check for updates is considered at every so many openings.
 constexpr qint64 openingsBetweenChecks = 100;
@@ -31,6 +36,9 @@ double secondsSince1970() {
 
 HistoryWindowController::HistoryWindowController(HistoryViewModel& viewModel, const Desktop& desktop)
     : m_viewModel(viewModel), m_desktop(desktop) {
+    m_lookAfterShowing.setSingleShot(true);
+    m_lookAfterShowing.setInterval(std::chrono::milliseconds(500));
+    m_lookAfterShowing.callOnTimeout(this, &HistoryWindowController::showAgainIfLost);
     m_viewModel.onDismiss = [self = QPointer(this)] {
         if (self && self->m_window) {
             self->m_window->orderOut();
@@ -77,12 +85,29 @@ void HistoryWindowController::show() {
         createWindow();
     }
     m_window->setGeometry(panelFrame(screen->visibleFrame));
+    m_attemptsLeft = attemptsToShow;
+    placeInFront();
+    m_viewModel.refresh();
+    trackWindowOpen();
+}
+
+void HistoryWindowController::placeInFront() {
     m_desktop.panelWindows.prepareToShow(*m_window);
     m_window->orderFront();
     m_desktop.panelWindows.confirmShown(*m_window);
     m_desktop.panelWindows.activate(*m_window);
-    m_viewModel.refresh();
-    trackWindowOpen();
+    m_lookAfterShowing.start();
+}
+
+void HistoryWindowController::showAgainIfLost() {
+    // At the start of a session the window manager may start at the same moment, and lose the request to
+    // show.
+    const bool isLost = m_window->isVisible() && !m_window->windowHandle()->isExposed();
+    if (isLost && m_attemptsLeft > 0) {
+        --m_attemptsLeft;
+        m_window->orderOut();
+        placeInFront();
+    }
 }
 
 void HistoryWindowController::trackWindowOpen() {

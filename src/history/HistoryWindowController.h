@@ -10,6 +10,8 @@
 #include "platform/Screens.h"
 #include "platform/UserDefaults.h"
 
+#include <QTimer>
+
 #include <functional>
 #include <memory>
 
@@ -51,6 +53,8 @@ public:
 
 private:
     void createWindow();
+    void placeInFront();
+    void showAgainIfLost();
     std::optional<Screen> currentScreen() const;
     void trackWindowOpen();
     bool handleKey(const KeyEvent& event);
@@ -61,6 +65,8 @@ private:
     std::unique_ptr<FloatingPanel> m_window;
     HistoryView* m_view = nullptr; // inside the panel
     std::unique_ptr<LocalKeyMonitor> m_localEventMonitor;
+    QTimer m_lookAfterShowing;
+    int m_attemptsLeft = 0; // to show a panel that was lost
 };
 
 } // namespace corvatto
