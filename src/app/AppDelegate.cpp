@@ -134,6 +134,7 @@ void AppDelegate::openPreferences() {
     if (!m_preferencesWindow) {
         m_preferencesWindow = std::make_unique<PreferencesWindow>(
             new PreferencesView(m_desktop.defaults, [] { UpdateChecker::shared().checkForUpdates(true); }));
+        m_preferencesWindow->setWindowIcon(QIcon::fromTheme(QStringLiteral("corvatto"), paperclipIcon()));
     }
     m_preferencesWindow->show();
     m_preferencesWindow->raise();

@@ -4,15 +4,17 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace corvatto {
 namespace {
 
 QPixmap paperclipPixmap(int side) {
     const QString name = QStringLiteral("paperclip");
     // The point size whose drawing fills the pixmap, less a margin for the edge.
-    const double edge = side / 16.0;
+    const double edge = std::max(1.0, side / 32.0);
     const double pointSize = (side - 2 * edge) / symbols::size(name, 1).height();
-    const QPixmap light = symbols::pixmap(name, pointSize, QColor(255, 255, 255, 200), 1);
+    const QPixmap light = symbols::pixmap(name, pointSize, QColor(255, 255, 255, 150), 1);
     const QPixmap dark = symbols::pixmap(name, pointSize, QColor(0x30, 0x34, 0x3A), 1);
 
     QPixmap pixmap(side, side);
@@ -20,8 +22,10 @@ QPixmap paperclipPixmap(int side) {
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     const QPointF origin((side - dark.width()) / 2.0, (side - dark.height()) / 2.0);
-    for (const QPointF offset : {QPointF(-1, 0), QPointF(1, 0), QPointF(0, -1), QPointF(0, 1)}) {
-        painter.drawPixmap(origin + offset * edge, light);
+    for (const double x : {-edge, 0.0, edge}) {
+        for (const double y : {-edge, 0.0, edge}) {
+            painter.drawPixmap(origin + QPointF(x, y), light);
+        }
     }
     painter.drawPixmap(origin, dark);
     return pixmap;
