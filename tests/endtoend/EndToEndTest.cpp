@@ -54,8 +54,11 @@ void EndToEndTest::keepPicture(const QString& name) {
     const QString path =
         QStringLiteral(SCREENSHOT_DIRECTORY "/%1.png").arg(QString(name).replace(u'/', u'-'));
     x.screenshot().save(path);
-    std::printf("The screen: %s\nThe program has printed:\n%s", qPrintable(path),
-                program ? program->output().constData() : "");
+    const auto end = [](const std::unique_ptr<Process>& process) {
+        return process ? process->output().right(500) : QByteArray();
+    };
+    std::printf("The screen: %s\nThe program has printed:\n%s\nThe owner of the clipboard:\n%s\n",
+                qPrintable(path), end(program).constData(), end(owner).constData());
 }
 
 void EndToEndTest::setSetting(const char* key, const QVariant& value) {

@@ -13,7 +13,9 @@ namespace {
 
 QList<quint32> values(const QByteArray& bytes) {
     QList<quint32> result(bytes.size() / qsizetype{sizeof(quint32)});
-    std::memcpy(result.data(), bytes.constData(), static_cast<size_t>(result.size()) * sizeof(quint32));
+    if (!result.isEmpty()) {
+        std::memcpy(result.data(), bytes.constData(), static_cast<size_t>(result.size()) * sizeof(quint32));
+    }
     return result;
 }
 

@@ -1,5 +1,7 @@
 #include "platform/x11/SelectionTransfer.h"
 
+#include <utility>
+
 namespace corvatto {
 namespace {
 
@@ -40,11 +42,18 @@ void SelectionTransfer::handleEvent(const xcb_generic_event_t& event) {
             // The time tells a refusal of this request from a late one of a request that was given up.
             finish(Outcome::refused);
         }
-    } else if (type == XCB_PROPERTY_NOTIFY && m_state == State::waitingForPiece) {
+    } else if (type == XCB_PROPERTY_NOTIFY) {
         const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-        if (notify.window == m_request.requestor && notify.atom == m_request.property &&
-            notify.state == XCB_PROPERTY_NEW_VALUE) {
+        if (notify.window != m_request.requestor || notify.atom != m_request.property ||
+            notify.state != XCB_PROPERTY_NEW_VALUE) {
+            return;
+        }
+        if (m_state == State::waitingForPiece) {
             readProperty();
+        } else if (m_state == State::reading) {
+            // The owner was told to go on when the server carried out our read, and may be faster than the
+            // reply to it gets here.
+            m_isNextPieceThere = true;
         }
     }
 }
@@ -87,7 +96,7 @@ void SelectionTransfer::handleProperty(const xcb_get_property_reply_t* reply) {
             *static_cast<const quint32*>(xcb_get_property_value(reply)) > m_request.byteLimit) {
             finish(Outcome::tooLarge);
         } else {
-            m_state = State::waitingForPiece;
+            waitForPiece();
         }
         return;
     }
@@ -102,7 +111,14 @@ void SelectionTransfer::handleProperty(const xcb_get_property_reply_t* reply) {
         finish(Outcome::complete);
     } else {
         m_offset = 0;
-        m_state = State::waitingForPiece;
+        waitForPiece();
+    }
+}
+
+void SelectionTransfer::waitForPiece() {
+    m_state = State::waitingForPiece;
+    if (std::exchange(m_isNextPieceThere, false)) {
+        readProperty();
     }
 }
 

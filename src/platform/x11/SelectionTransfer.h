@@ -44,6 +44,7 @@ private:
 
     void readProperty();
     void handleProperty(const xcb_get_property_reply_t* reply);
+    void waitForPiece();
     bool append(const xcb_get_property_reply_t& reply);
     void finish(Outcome outcome);
 
@@ -52,6 +53,7 @@ private:
     Done m_done;
     State m_state = State::asked;
     bool m_incremental = false;
+    bool m_isNextPieceThere = false;
     quint32 m_offset = 0; // words of the current property already read
     QByteArray m_bytes;
     QTimer m_silence;
