@@ -77,6 +77,10 @@ void HistoryShelf::resizeEvent(QResizeEvent* event) {
     m_delegate.setCellHeight(viewport()->height());
     scheduleDelayedItemsLayout();
     QListView::resizeEvent(event);
+    // Where the middle is has changed, at the latest when the panel gets its first size.
+    if (const QModelIndex current = currentIndex(); current.isValid()) {
+        centre(current, Scrolling::atOnce);
+    }
 }
 
 void HistoryShelf::showSelection() {
@@ -87,10 +91,10 @@ void HistoryShelf::showSelection() {
     }
     const QModelIndex index = m_model.index(row);
     setCurrentIndex(index);
-    centre(index);
+    centre(index, isVisible() ? Scrolling::smooth : Scrolling::atOnce);
 }
 
-void HistoryShelf::centre(const QModelIndex& index) {
+void HistoryShelf::centre(const QModelIndex& index, Scrolling scrolling) {
     executeDelayedItemsLayout(); // or the positions are those of the old list
     const QRect card = HistoryCardDelegate::cardRect(visualRect(index), index);
     QScrollBar* bar = horizontalScrollBar();
@@ -100,7 +104,7 @@ void HistoryShelf::centre(const QModelIndex& index) {
     if (target == bar->value()) {
         return;
     }
-    if (!isVisible()) {
+    if (scrolling == Scrolling::atOnce) {
         bar->setValue(target);
         return;
     }

@@ -41,7 +41,8 @@ protected:
 private:
     void buildScrollIndicator();
     void showSelection();
-    void centre(const QModelIndex& index);
+    enum class Scrolling { smooth, atOnce };
+    void centre(const QModelIndex& index, Scrolling scrolling);
 
     HistoryViewModel& m_viewModel;
     HistoryCardDelegate m_delegate;
