@@ -78,7 +78,8 @@ void HistoryShelf::resizeEvent(QResizeEvent* event) {
     scheduleDelayedItemsLayout();
     QListView::resizeEvent(event);
     // Where the middle is has changed, at the latest when the panel gets its first size.
-    if (const QModelIndex current = currentIndex(); current.isValid()) {
+    const QModelIndex current = currentIndex();
+    if (current.isValid() && event->size().width() != event->oldSize().width()) {
         centre(current, Scrolling::atOnce);
     }
 }
