@@ -16,8 +16,8 @@ public:
     // from task bar and pager. To be called before each time a hidden panel is shown: window managers forget.
     virtual void prepareToShow(QWidget& panel) = 0;
 
-    // Asks once more for the same, when the panel has been shown: a window manager that hears late of the hiding
-    // before takes away what was prepared.
+    // Asks once more for the same, when the panel has been shown: a window manager that hears late of the
+    // hiding before takes away what was prepared.
     virtual void confirmShown(QWidget& panel) = 0;
 
     // Gives the keyboard to the visible `panel`, also while another application is in front.
