@@ -30,27 +30,6 @@ TEST_F(LargeContentTest, ATextOfTwentyMegabytes) {
     EXPECT_TRUE(paste() == text); // no printing of all of it
 }
 
-TEST_F(LargeContentTest, ATransferToAProgramThatIsHeldUp) {
-    // On a busy machine pieces, announcements of pieces and answers pile up while the program does not run.
-    const QByteArray text(60'000'000, 'x');
-    launch();
-    copy({{"UTF8_STRING", text}}, {"--chunk=250000"});
-    const auto isSent = [this] {
-        return owner->hasPrinted("sent UTF8_STRING");
-    };
-    const auto holdUp = [this] {
-        for (int i = 0; i < 200; ++i) {
-            kill(static_cast<pid_t>(program->pid()), i % 2 == 0 ? SIGSTOP : SIGCONT);
-            QThread::usleep(static_cast<unsigned long>(i % 2 == 0 ? 300 : 20 + 7 * (i % 13)));
-        }
-    };
-    EXPECT_TRUE(soon([&] {
-        holdUp();
-        return isSent();
-    }));
-    EXPECT_TRUE(soonStored(text));
-}
-
 TEST_F(LargeContentTest, AScreenshotOfAnUltraHighDefinitionScreen) {
     const QImage image = testImage({3840, 2160});
     launch();
