@@ -5,6 +5,7 @@
 #include "platform/Diagnostics.h"
 #include "platform/FileSystem.h"
 
+#include "LikeFunction.h"
 #include "SqliteStatement.h"
 
 #include <QFile>
@@ -67,6 +68,7 @@ void ClipboardStore::openDatabase() {
                   lastSqliteError(m_db));
         return;
     }
+    installLikeFunction(m_db);
     executeSql(m_db, journalSql);
     createTable();
     migrateAddSourceApp();
