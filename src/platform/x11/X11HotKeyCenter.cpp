@@ -7,12 +7,15 @@
 #include <xcb/xkb.h>
 #undef explicit
 
+#include <algorithm>
 #include <limits>
 
 namespace corvatto {
 namespace {
 
 constexpr quint32 xKeycodeOffset = 8; // X keycodes are evdev codes plus eight
+
+constexpr quint32 longestRepeatPause = 2000; // milliseconds; desktops let users wait a second for the first
 
 // Key symbols of the modifiers, as X numbers them.
 enum KeySymbol : xcb_keysym_t {
@@ -45,7 +48,7 @@ X11HotKeyCenter::X11HotKeyCenter(XcbConnection& connection) : m_connection(conne
 
 X11HotKeyCenter::~X11HotKeyCenter() {
     for (const auto& [ref, hotKey] : m_hotKeys) {
-        ungrab(hotKey);
+        ungrab(hotKey.keycode, grabStates(hotKey));
     }
     m_connection.removeListener(*this);
     m_connection.flush();
@@ -82,7 +85,7 @@ HotKeyStatus X11HotKeyCenter::unregisterEventHotKey(EventHotKeyRef ref) {
     if (found == m_hotKeys.end()) {
         return eventHotKeyInvalidErr;
     }
-    ungrab(found->second);
+    ungrab(found->second.keycode, grabStates(found->second));
     m_hotKeys.erase(found);
     m_connection.flush();
     return noErr;
@@ -158,6 +161,15 @@ std::vector<quint16> X11HotKeyCenter::lockStates() const {
     return states;
 }
 
+// The states of a grabbed hot key, with each state of the locks.
+std::vector<quint16> X11HotKeyCenter::grabStates(const HotKey& hotKey) const {
+    std::vector<quint16> states = lockStates();
+    for (quint16& state : states) {
+        state |= hotKey.grabbedState;
+    }
+    return states;
+}
+
 HotKeyStatus X11HotKeyCenter::grab(HotKey& hotKey) {
     const bool mapped = ((hotKey.modifiers & commandKey) == 0 || m_super != 0) &&
                         ((hotKey.modifiers & optionKey) == 0 || m_alt != 0);
@@ -167,9 +179,9 @@ HotKeyStatus X11HotKeyCenter::grab(HotKey& hotKey) {
     hotKey.grabbedState = stateFor(hotKey.modifiers);
     xcb_connection_t* raw = m_connection.raw();
     std::vector<xcb_void_cookie_t> cookies;
-    for (const quint16 locks : lockStates()) {
-        cookies.push_back(xcb_grab_key_checked(raw, 1, m_connection.root(), hotKey.grabbedState | locks,
-                                               hotKey.keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+    for (const quint16 state : grabStates(hotKey)) {
+        cookies.push_back(xcb_grab_key_checked(raw, 1, m_connection.root(), state, hotKey.keycode,
+                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
     }
     HotKeyStatus status = noErr;
     for (const xcb_void_cookie_t cookie : cookies) {
@@ -179,26 +191,36 @@ HotKeyStatus X11HotKeyCenter::grab(HotKey& hotKey) {
         }
     }
     if (status != noErr) {
-        ungrab(hotKey); // some of the lock states may have been free
+        ungrab(hotKey.keycode, grabStates(hotKey)); // some of the lock states may have been free
     }
     m_connection.flush();
     return status;
 }
 
-void X11HotKeyCenter::ungrab(const HotKey& hotKey) {
-    for (const quint16 locks : lockStates()) {
-        xcb_ungrab_key(m_connection.raw(), hotKey.keycode, m_connection.root(), hotKey.grabbedState | locks);
+void X11HotKeyCenter::ungrab(xcb_keycode_t keycode, const std::vector<quint16>& states) {
+    for (const quint16 state : states) {
+        xcb_ungrab_key(m_connection.raw(), keycode, m_connection.root(), state);
     }
 }
 
-void X11HotKeyCenter::grabEverythingAgain() {
+void X11HotKeyCenter::followMapping() {
+    std::map<EventHotKeyRef, std::vector<quint16>> before;
     for (const auto& [ref, hotKey] : m_hotKeys) {
-        ungrab(hotKey);
+        before.emplace(ref, grabStates(hotKey));
     }
     readModifierMapping();
+    // Most changes, such as another layout, move no modifier. What stays grabbed is never let go, so that no
+    // press is lost meanwhile.
     for (auto& [ref, hotKey] : m_hotKeys) {
         grab(hotKey);
+        std::vector<quint16> superfluous = before[ref];
+        const std::vector<quint16> kept = grabStates(hotKey);
+        std::erase_if(superfluous, [&](quint16 state) {
+            return std::find(kept.begin(), kept.end(), state) != kept.end();
+        });
+        ungrab(hotKey.keycode, superfluous);
     }
+    m_connection.flush();
 }
 
 void X11HotKeyCenter::handleEvent(const xcb_generic_event_t& event) {
@@ -210,7 +232,7 @@ void X11HotKeyCenter::handleEvent(const xcb_generic_event_t& event) {
     } else if (type == XCB_MAPPING_NOTIFY) {
         // Sent to every client that has not asked XKB for something finer.
         if (reinterpret_cast<const xcb_mapping_notify_event_t&>(event).request != XCB_MAPPING_POINTER) {
-            grabEverythingAgain();
+            followMapping();
         }
     }
 }
@@ -222,7 +244,12 @@ void X11HotKeyCenter::pressed(const xcb_key_press_event_t& event) {
         if (hotKey.keycode != event.detail || hotKey.grabbedState != held) {
             continue;
         }
-        if (!std::exchange(hotKey.isDown, true)) {
+        // A key that repeats is pressed again without a release. A release that never comes, because the key
+        // was let go on another virtual terminal, must not leave the shortcut dead.
+        const bool isRepeat =
+            std::exchange(hotKey.isDown, true) && event.time - hotKey.lastPress < longestRepeatPause;
+        hotKey.lastPress = event.time;
+        if (!isRepeat) {
             // A handler may remove itself or others.
             const auto handlers = m_handlers;
             for (const auto& [handlerRef, handler] : handlers) {

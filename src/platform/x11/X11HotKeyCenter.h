@@ -2,7 +2,7 @@
 //
 // A grab names an exact set of modifiers, locks included, so each hot key is grabbed once for every state of
 // Caps Lock, Num Lock and Scroll Lock. Which modifier bits stand for Super, Alt and the locks is the keyboard
-// mapping's choice; when the mapping changes, everything is grabbed again.
+// mapping's choice; when the mapping changes, the grabs follow.
 #pragma once
 
 #include "platform/HotKeyCenter.h"
@@ -31,14 +31,16 @@ private:
         quint32 modifiers;
         quint16 grabbedState = 0; // the X modifier bits of the grab, without locks
         bool isDown = false;
+        xcb_timestamp_t lastPress = 0; // the server's milliseconds, which wrap
     };
 
     void readModifierMapping();
     quint16 stateFor(quint32 modifiers) const;
     std::vector<quint16> lockStates() const;
+    std::vector<quint16> grabStates(const HotKey& hotKey) const;
     HotKeyStatus grab(HotKey& hotKey);
-    void ungrab(const HotKey& hotKey);
-    void grabEverythingAgain();
+    void ungrab(xcb_keycode_t keycode, const std::vector<quint16>& states);
+    void followMapping();
     void pressed(const xcb_key_press_event_t& event);
     void released(const xcb_key_release_event_t& event);
 
