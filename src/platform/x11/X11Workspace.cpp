@@ -31,11 +31,10 @@ QString X11Workspace::frontmostApplicationName() {
     if (active.size() >= static_cast<qsizetype>(sizeof window)) {
         std::memcpy(&window, active.constData(), sizeof window);
     }
-    if (window == XCB_NONE) {
-        return {};
-    }
     // WM_CLASS holds two NUL-terminated names: the instance's and the class's.
-    const QList<QByteArray> names = property(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING).split('\0');
+    const QList<QByteArray> names = window != XCB_NONE
+                                        ? property(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING).split('\0')
+                                        : QList<QByteArray>();
     m_connection.flush(); // waiting may have read events
     const QString windowClass = names.size() >= 2 ? QString::fromUtf8(names[1]) : QString();
     return m_entries.nameForWindowClass(windowClass).value_or(windowClass);
