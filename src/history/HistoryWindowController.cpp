@@ -85,15 +85,15 @@ void HistoryWindowController::show() {
         createWindow();
     }
     m_window->setGeometry(panelFrame(screen->visibleFrame));
+    m_desktop.panelWindows.prepareToShow(*m_window);
+    m_window->orderFront();
     m_attemptsLeft = attemptsToShow;
-    placeInFront();
+    takeFront();
     m_viewModel.refresh();
     trackWindowOpen();
 }
 
-void HistoryWindowController::placeInFront() {
-    m_desktop.panelWindows.prepareToShow(*m_window);
-    m_window->orderFront();
+void HistoryWindowController::takeFront() {
     m_desktop.panelWindows.confirmShown(*m_window);
     m_desktop.panelWindows.activate(*m_window);
     m_lookAfterShowing.start();
@@ -101,12 +101,12 @@ void HistoryWindowController::placeInFront() {
 
 void HistoryWindowController::showAgainIfLost() {
     // At the start of a session the window manager may start at the same moment, and lose the request to
-    // show.
-    const bool isLost = m_window->isVisible() && !m_window->windowHandle()->isExposed();
-    if (isLost && m_attemptsLeft > 0) {
+    // show. Hiding and showing would be a mistake here: a desktop that is only busy would flicker, and who
+    // presses the shortcut in between would get the opposite of what is on screen.
+    const bool maybeLost = m_window->isVisible() && !m_window->windowHandle()->isExposed();
+    if (maybeLost && m_attemptsLeft > 0 && m_desktop.panelWindows.askAgainToShow(*m_window)) {
         --m_attemptsLeft;
-        m_window->orderOut();
-        placeInFront();
+        takeFront();
     }
 }
 

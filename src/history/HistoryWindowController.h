@@ -53,7 +53,7 @@ public:
 
 private:
     void createWindow();
-    void placeInFront();
+    void takeFront();
     void showAgainIfLost();
     std::optional<Screen> currentScreen() const;
     void trackWindowOpen();

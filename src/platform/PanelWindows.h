@@ -20,6 +20,11 @@ public:
     // hiding before takes away what was prepared.
     virtual void confirmShown(QWidget& panel) = 0;
 
+    // Asks again to show the visible `panel` if it has not come on screen, and answers whether that was so. A
+    // window manager that has just started may have missed the request. One that is only slow loses nothing
+    // by being asked twice.
+    virtual bool askAgainToShow(QWidget& panel) = 0;
+
     // Gives the keyboard to the visible `panel`, also while another application is in front.
     virtual void activate(QWidget& panel) = 0;
 };

@@ -13,6 +13,7 @@ public:
 
     void prepareToShow(QWidget& panel) override { preparedHidden += panel.isVisible() ? 0 : 1; }
     void confirmShown(QWidget& /*panel*/) override {}
+    bool askAgainToShow(QWidget& /*panel*/) override { return false; }
     void activate(QWidget& panel) override { panel.activateWindow(); }
 };
 

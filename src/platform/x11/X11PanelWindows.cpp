@@ -53,6 +53,22 @@ void X11PanelWindows::confirmShown(QWidget& panel) {
     askWindowManager(panel, "_NET_WM_DESKTOP", {everyDesktop, sourceUser, 0, 0, 0});
 }
 
+bool X11PanelWindows::askAgainToShow(QWidget& panel) {
+    xcb_connection_t* raw = qtConnection();
+    if (raw == nullptr) {
+        return false;
+    }
+    const auto window = static_cast<xcb_window_t>(panel.winId());
+    const XcbPointer<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(raw, xcb_get_window_attributes(raw, window), nullptr));
+    if (!attributes || attributes->map_state != XCB_MAP_STATE_UNMAPPED) {
+        return false;
+    }
+    xcb_map_window(raw, window);
+    xcb_flush(raw);
+    return true;
+}
+
 void X11PanelWindows::activate(QWidget& panel) {
     askWindowManager(panel, "_NET_ACTIVE_WINDOW", {sourceUser, XCB_CURRENT_TIME, 0, 0, 0});
 }

@@ -16,6 +16,7 @@ public:
 
     void prepareToShow(QWidget& panel) override;
     void confirmShown(QWidget& panel) override;
+    bool askAgainToShow(QWidget& panel) override;
     void activate(QWidget& panel) override;
 
 private:
