@@ -30,57 +30,78 @@ QPainterPath continuousRoundedRect(const QRectF& rect, double radius) {
     return path;
 }
 
-void strokeInside(QPainter& painter, const QRectF& rect, double radius, double width, const QColor& color) {
-    const double inset = width / 2;
-    painter.setPen(QPen(color, width));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawPath(continuousRoundedRect(rect.adjusted(inset, inset, -inset, -inset), radius - inset));
+namespace {
+
+// Draws what `draw` paints around `rect`, up to `margin` outside it, from a picture that all cards share.
+// Filling so large a shape anew for each card costs more than all of its text: the edges are smooth, so that
+// every line of it is blended, which Qt hands to threads of its own in small parts.
+template <typename Draw>
+void drawShared(QPainter& painter, const QRectF& rect, double margin, const QString& name, Draw draw) {
+    const double ratio = painter.device()->devicePixelRatioF();
+    const QString key =
+        QStringLiteral("card/%1/%2/%3/%4").arg(name).arg(rect.width()).arg(rect.height()).arg(ratio);
+    QPixmap picture;
+    if (!QPixmapCache::find(key, &picture)) {
+        picture = QPixmap(((rect.size() + 2 * QSizeF(margin, margin)) * ratio).toSize());
+        picture.setDevicePixelRatio(ratio);
+        picture.fill(Qt::transparent);
+        QPainter inside(&picture);
+        inside.setRenderHint(QPainter::Antialiasing);
+        draw(inside, QRectF(QPointF(margin, margin), rect.size()));
+        inside.end();
+        QPixmapCache::insert(key, picture);
+    }
+    const QPainter::RenderHints hints = painter.renderHints();
+    painter.setRenderHints(hints, false);
+    painter.drawPixmap(rect.topLeft() - QPointF(margin, margin), picture);
+    painter.setRenderHints(hints);
 }
 
+// A soft shadow of the rounded rectangle, blurred by `blur` and moved by `offset`.
 void drawShadow(QPainter& painter, const QRectF& rect, double radius, double blur, QPointF offset,
                 const QColor& color) {
     // A Gaussian edge, as a stack of shapes from wide to narrow of which each adds its share of the opacity.
-    // All cards share one drawing of it.
-    const double ratio = painter.device()->devicePixelRatioF();
-    const QString key = QStringLiteral("shadow/%1/%2/%3/%4/%5/%6")
-                            .arg(rect.width())
-                            .arg(rect.height())
-                            .arg(radius)
-                            .arg(blur)
-                            .arg(color.name(QColor::HexArgb))
-                            .arg(ratio);
-    const QPointF margin(blur, blur);
-    QPixmap shadow;
-    if (!QPixmapCache::find(key, &shadow)) {
-        const QSizeF size = rect.size() + QSizeF(2 * blur, 2 * blur);
-        shadow = QPixmap((size * ratio).toSize());
-        shadow.setDevicePixelRatio(ratio);
-        shadow.fill(Qt::transparent);
-        QPainter layers(&shadow);
-        layers.setRenderHint(QPainter::Antialiasing);
-        layers.setPen(Qt::NoPen);
-        const double sigma = blur / 2;
-        const auto covered = [&](double distance) {
-            return 0.5 * std::erfc(distance / (sigma * std::sqrt(2.0)));
-        };
-        constexpr int steps = 12;
-        double reached = 0; // opacity so far, as a share of the colour's
-        for (int step = 0; step < steps; ++step) {
-            const double spread = blur - 2 * blur * step / (steps - 1);
-            const double wanted = covered(spread);
-            QColor layer = color;
-            // Layers add up as coverage does: what is missing, out of what still shines through.
-            const double full = color.alphaF();
-            layer.setAlphaF(static_cast<float>((wanted - reached) * full / (1 - reached * full)));
-            layers.setBrush(layer);
-            const QRectF shape = QRectF(margin, rect.size()).adjusted(-spread, -spread, spread, spread);
-            layers.drawPath(continuousRoundedRect(shape, std::max(0.0, radius + spread)));
-            reached = wanted;
-        }
-        layers.end();
-        QPixmapCache::insert(key, shadow);
+    painter.setPen(Qt::NoPen);
+    const double sigma = blur / 2;
+    const auto covered = [&](double distance) {
+        return 0.5 * std::erfc(distance / (sigma * std::sqrt(2.0)));
+    };
+    constexpr int steps = 12;
+    double reached = 0; // opacity so far, as a share of the colour's
+    for (int step = 0; step < steps; ++step) {
+        const double spread = blur - 2 * blur * step / (steps - 1);
+        const double wanted = covered(spread);
+        QColor layer = color;
+        // Layers add up as coverage does: what is missing, out of what still shines through.
+        const double full = color.alphaF();
+        layer.setAlphaF(static_cast<float>((wanted - reached) * full / (1 - reached * full)));
+        painter.setBrush(layer);
+        const QRectF shape = rect.translated(offset).adjusted(-spread, -spread, spread, spread);
+        painter.drawPath(continuousRoundedRect(shape, std::max(0.0, radius + spread)));
+        reached = wanted;
     }
-    painter.drawPixmap(rect.topLeft() - margin + offset, shadow);
+}
+
+} // namespace
+
+void drawCardGround(QPainter& painter, const QRectF& rect, double radius) {
+    constexpr double blur = 3;
+    constexpr QPointF offset(0, 1);
+    drawShared(painter, rect, blur + offset.y(), QStringLiteral("ground/%1").arg(radius),
+               [&](QPainter& inside, const QRectF& card) {
+                   drawShadow(inside, card, radius, blur, offset, QColor(0, 0, 0, 18));
+                   inside.fillPath(continuousRoundedRect(card, radius), Qt::white);
+               });
+}
+
+void drawCardBorder(QPainter& painter, const QRectF& rect, double radius, double width, const QColor& color) {
+    const QString name =
+        QStringLiteral("border/%1/%2/%3").arg(radius).arg(width).arg(color.name(QColor::HexArgb));
+    drawShared(painter, rect, 0, name, [&](QPainter& inside, const QRectF& card) {
+        const double inset = width / 2;
+        inside.setPen(QPen(color, width));
+        inside.drawPath(continuousRoundedRect(card.adjusted(inset, inset, -inset, -inset), radius - inset));
+    });
 }
 
 } // namespace corvatto

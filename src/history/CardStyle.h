@@ -11,11 +11,10 @@ namespace corvatto {
 // from zero instead of jumping. All lengths in points.
 QPainterPath continuousRoundedRect(const QRectF& rect, double radius);
 
-// Strokes a border of `width` that lies inside the rounded rectangle.
-void strokeInside(QPainter& painter, const QRectF& rect, double radius, double width, const QColor& color);
+// The white ground of a card, with a soft shadow around it.
+void drawCardGround(QPainter& painter, const QRectF& rect, double radius);
 
-// A soft shadow of the rounded rectangle, blurred by `blur` and moved by `offset`.
-void drawShadow(QPainter& painter, const QRectF& rect, double radius, double blur, QPointF offset,
-                const QColor& color);
+// A border of `width` that lies inside the rounded rectangle.
+void drawCardBorder(QPainter& painter, const QRectF& rect, double radius, double width, const QColor& color);
 
 } // namespace corvatto

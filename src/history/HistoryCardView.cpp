@@ -166,8 +166,7 @@ void HistoryCardView::paint(QPainter& painter, const QRectF& rect, const CardCon
     painter.save();
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
                            QPainter::SmoothPixmapTransform);
-    drawShadow(painter, rect, cornerRadius, 3, {0, 1}, QColor(0, 0, 0, 18));
-    painter.fillPath(continuousRoundedRect(rect, cornerRadius), Qt::white);
+    drawCardGround(painter, rect, cornerRadius);
 
     const QRectF header(rect.left(), rect.top(), rect.width(), headerH);
     const QRectF footer(rect.left(), rect.bottom() - footerH, rect.width(), footerH);
@@ -182,9 +181,9 @@ void HistoryCardView::paint(QPainter& painter, const QRectF& rect, const CardCon
     drawFooter(painter, footer, context);
 
     if (m_isSelected) {
-        strokeInside(painter, rect, cornerRadius, 3, accentColor());
+        drawCardBorder(painter, rect, cornerRadius, 3, accentColor());
     } else {
-        strokeInside(painter, rect, cornerRadius, 1, faded(gray(), 0.2));
+        drawCardBorder(painter, rect, cornerRadius, 1, faded(gray(), 0.2));
     }
     painter.restore();
 }
