@@ -24,6 +24,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 #include <sys/stat.h>
 
@@ -74,6 +75,25 @@ std::optional<int> askRunningInstance(SingleInstance& instance, CommandLine::Act
     return EXIT_FAILURE;
 }
 
+// A variable of the environment for as long as this lives: for Qt, but not for the programs that are opened
+// later, which inherit the environment.
+class ScopedVariable {
+public:
+    ScopedVariable(const char* name, const char* value) : m_name(name) {
+        if (qEnvironmentVariableIsSet(name)) {
+            m_before = qgetenv(name);
+        }
+        qputenv(name, value);
+    }
+    ~ScopedVariable() { m_before ? qputenv(m_name, *m_before) : qunsetenv(m_name); }
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+private:
+    const char* m_name;
+    std::optional<QByteArray> m_before;
+};
+
 void obey(AppDelegate& delegate, const QString& request) {
     if (request == QLatin1String("show")) {
         delegate.showHistoryWindow();
@@ -108,7 +128,7 @@ int main(int argc, char** argv) {
     if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
         printLine(u"[CorvattoApp] Wayland session: running through XWayland.");
     }
-    qputenv("QT_QPA_PLATFORM", "xcb");
+    std::optional<ScopedVariable> platform(std::in_place, "QT_QPA_PLATFORM", "xcb");
     if (!XcbConnection::serverIsReachable()) {
         // Qt would abort here, with words for developers.
         printLine(u"[CorvattoApp] ERROR: Cannot connect to an X server, is DISPLAY set?");
@@ -116,6 +136,7 @@ int main(int argc, char** argv) {
     }
 
     QApplication application(argc, argv);
+    platform.reset();
     QApplication::setApplicationName(QStringLiteral("corvatto"));
     QApplication::setApplicationVersion(QStringLiteral(CORVATTO_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("corvatto"));
