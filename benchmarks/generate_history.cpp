@@ -4,12 +4,10 @@
 //
 //       --directory   where "Corvatto" is created: what XDG_DATA_HOME is to be for the program
 //       --entries     how many entries. 1000 unless given
-//       --text-bytes  the mean size of a text, in bytes of UTF-8; each has between half and one and a half
-//       times
-//                     as many. 300 unless given
-//       --images      how many entries are images, with files of 640x400 pixels: every tenth entry, beginning
-//       with
-//                     the newest, as long as there are any. 10 unless given
+//       --text-bytes  the mean size of a text, in bytes of UTF-8; each has between half and one and a
+//                     half times as many. 300 unless given
+//       --images      how many entries are images, with files of 640x400 pixels: every tenth entry,
+//                     beginning with the newest, as long as there are any. 10 unless given
 //       --seed        1 unless given
 //
 // Each twentieth of the other entries is a list of files. The newest entry is a minute old, and each other a

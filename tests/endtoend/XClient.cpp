@@ -117,10 +117,11 @@ void XClient::clearClipboard() {
     sync();
 }
 
-QImage XClient::screenshot() {
-    const auto width = screen().width_in_pixels, height = screen().height_in_pixels;
-    const auto reply = owned(xcb_get_image_reply(
-        raw(), xcb_get_image(raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, root(), 0, 0, width, height, ~0U), nullptr));
+QImage XClient::picture(QRect area) {
+    const auto width = static_cast<quint16>(area.width()), height = static_cast<quint16>(area.height());
+    const auto cookie = xcb_get_image(raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, root(), static_cast<qint16>(area.x()),
+                                      static_cast<qint16>(area.y()), width, height, ~0U);
+    const auto reply = owned(xcb_get_image_reply(raw(), cookie, nullptr));
     return reply ? QImage(xcb_get_image_data(reply.get()), width, height, QImage::Format_RGB32).copy()
                  : QImage();
 }

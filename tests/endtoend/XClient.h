@@ -11,7 +11,7 @@
 
 namespace corvatto::test {
 
-class XClient : private XConnection {
+class XClient : protected XConnection {
 public:
     using Window = xcb_window_t;
 
@@ -45,10 +45,11 @@ public:
     Window clipboardOwner(); // 0 when the clipboard is empty
     void clearClipboard();
 
-    QImage screenshot();
-    QColor pixel(QPoint position) { return screenshot().pixelColor(position); }
+    QImage screenshot() { return picture({0, 0, screen().width_in_pixels, screen().height_in_pixels}); }
+    QColor pixel(QPoint position) { return picture({position, QSize(1, 1)}).pixelColor(0, 0); }
 
 private:
+    QImage picture(QRect area);
     void xdotool(const QByteArrayList& arguments);
 
     QByteArray m_display;

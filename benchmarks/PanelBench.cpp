@@ -1,0 +1,78 @@
+// Painting: single cards, and the shelf while it scrolls over texts of any size.
+#include "Suites.h"
+
+#include "history/CardImages.h"
+#include "history/CharacterCounts.h"
+#include "history/HistoryCardView.h"
+#include "history/HistoryShelf.h"
+#include "support/FakePasteboard.h"
+#include "support/FakeRelativeTimes.h"
+#include "support/FakeUserDefaults.h"
+
+#include <QImage>
+#include <QScrollBar>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+namespace corvatto::bench {
+namespace {
+
+QString textOf(qsizetype characters) {
+    const QString line = QStringLiteral("The clipboard remembers 剪贴板 what was copied, line by line.\n");
+    return line.repeated(characters / line.size() + 1).left(characters);
+}
+
+void paintCard(benchmark::State& state, qsizetype characters) {
+    CardImages images;
+    CharacterCounts counts;
+    const test::FakeRelativeTimes relativeTimes;
+    ClipboardItem item;
+    item.contentType = QStringLiteral("text");
+    item.content = textOf(characters);
+    QImage canvas(340, 340, QImage::Format_RGB32);
+    QPainter painter(&canvas);
+    for (auto _ : state) {
+        HistoryCardView(item, false, 0)
+            .paint(painter, QRectF(10, 10, HistoryCardView::cardWidth, HistoryCardView::cardHeight),
+                   {images, counts, relativeTimes, item.lastCopiedAt});
+    }
+}
+
+void scroll(benchmark::State& state) {
+    const QTemporaryDir home;
+    test::FakeUserDefaults defaults;
+    const Preferences preferences(defaults);
+    ClipboardStore store(home.path(), preferences);
+    test::FakePasteboard pasteboard;
+    HistoryViewModel viewModel(store, pasteboard);
+    const test::FakeRelativeTimes relativeTimes;
+    HistoryShelf shelf(viewModel, relativeTimes);
+    for (int i = 0; i < 60; ++i) {
+        const bool isLong = i % 6 == 0; // ten of them
+        store.insertOrUpdate(QString::number(i) + textOf(isLong ? 5'000'000 : 300), {});
+    }
+    viewModel.refresh();
+    shelf.resize(1920, HistoryShelf::shelfHeight);
+    shelf.show();
+    shelf.grab();
+    QImage canvas(shelf.size(), QImage::Format_RGB32);
+    int position = 0;
+    for (auto _ : state) {
+        position = (position + 47) % shelf.horizontalScrollBar()->maximum();
+        shelf.horizontalScrollBar()->setValue(position);
+        shelf.render(&canvas);
+    }
+}
+
+} // namespace
+
+void addPanelFigures() {
+    benchmark::RegisterBenchmark("shelf repaint, ten texts of 5 MB", scroll);
+    benchmark::RegisterBenchmark("text card of 300 bytes",
+                                 [](benchmark::State& state) { paintCard(state, 300); });
+    benchmark::RegisterBenchmark("text card of 5 MB",
+                                 [](benchmark::State& state) { paintCard(state, 5'000'000); });
+}
+
+} // namespace corvatto::bench
