@@ -54,6 +54,8 @@ double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString&
     constexpr double lineHeightPerSize = 1.2;
     const double lineHeight = std::min(metrics.height(), font.pixelSize() * lineHeightPerSize);
     const double step = lineHeight + lineSpacing;
+    // Lines stand on evenly spaced baselines, whatever other fonts their characters are taken from.
+    const double firstBaseline = metrics.ascent() - (metrics.height() - lineHeight) / 2;
     const int fitting = static_cast<int>((area.height() + lineSpacing) / step);
     const int lineLimit = std::min(maximumLines, fitting);
     if (lineLimit <= 0 || text.isEmpty()) {
@@ -80,7 +82,7 @@ double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString&
             moreFollows = true;
             break;
         }
-        line.setPosition({0, lines * step - (metrics.height() - lineHeight) / 2});
+        line.setPosition({0, firstBaseline + lines * step - line.ascent()});
         ++lines;
     }
     layout.endLayout();

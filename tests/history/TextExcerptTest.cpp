@@ -38,6 +38,15 @@ TEST_F(Excerpt, WhatFollowsTheLastLineIsAnEllipsis) {
               excerpt.height(area, QStringLiteral("one\ntwo")));
 }
 
+TEST_F(Excerpt, LinesAreEvenlySpacedWhateverFontTheirCharactersNeed) {
+    const auto second = [this](const char* text) {
+        return drawn(text).copy(0, 26, 160, 40);
+    };
+    EXPECT_NE(second("a\nb\nc"), second("a\nx\nc"));
+    EXPECT_EQ(second("a\nb\nc"), second("汉\nb\nc"));
+    EXPECT_EQ(second("a\nb汉\nc").copy(0, 0, 17, 40), second("a\nb\nc").copy(0, 0, 17, 40));
+}
+
 TEST_F(Excerpt, NothingLeavesTheArea) {
     for (const QString& text : {QString(500, u'W'), QString(500, u'汉'), QStringLiteral("word ").repeated(99),
                                 QString(300, u'\t') + u'x', QString(QChar(0x202E)) + QString(99, u'W')}) {
