@@ -39,29 +39,48 @@ void paintCard(benchmark::State& state, qsizetype characters) {
     }
 }
 
-void scroll(benchmark::State& state) {
-    const QTemporaryDir home;
+// A shelf of sixty texts, of which ten are of 5 MB.
+struct LongTexts {
+    QTemporaryDir home;
     test::FakeUserDefaults defaults;
-    const Preferences preferences(defaults);
-    ClipboardStore store(home.path(), preferences);
+    Preferences preferences{defaults};
+    ClipboardStore store{home.path(), preferences};
     test::FakePasteboard pasteboard;
-    HistoryViewModel viewModel(store, pasteboard);
-    const test::FakeRelativeTimes relativeTimes;
-    HistoryShelf shelf(viewModel, relativeTimes);
-    for (int i = 0; i < 60; ++i) {
-        const bool isLong = i % 6 == 0; // ten of them
-        store.insertOrUpdate(QString::number(i) + textOf(isLong ? 5'000'000 : 300), {});
-    }
-    viewModel.refresh();
-    shelf.resize(1920, HistoryShelf::shelfHeight);
-    shelf.show();
-    shelf.grab();
-    QImage canvas(shelf.size(), QImage::Format_RGB32);
-    int position = 0;
-    for (auto _ : state) {
-        position = (position + 47) % shelf.horizontalScrollBar()->maximum();
-        shelf.horizontalScrollBar()->setValue(position);
+    HistoryViewModel viewModel{store, pasteboard};
+    test::FakeRelativeTimes relativeTimes;
+    HistoryShelf shelf{viewModel, relativeTimes};
+    QImage canvas{1920, HistoryShelf::shelfHeight, QImage::Format_RGB32};
+
+    LongTexts() {
+        for (int i = 0; i < 60; ++i) {
+            const bool isLong = i % 6 == 0;
+            store.insertOrUpdate(QString::number(i) + textOf(isLong ? 5'000'000 : 300), {});
+        }
+        viewModel.refresh();
+        shelf.resize(canvas.size());
+        shelf.show();
         shelf.render(&canvas);
+    }
+};
+
+void scroll(benchmark::State& state) {
+    LongTexts texts;
+    QScrollBar& position = *texts.shelf.horizontalScrollBar();
+    for (auto _ : state) {
+        position.setValue((position.value() + 47) % position.maximum());
+        texts.shelf.render(&texts.canvas);
+    }
+}
+
+void refresh(benchmark::State& state) {
+    LongTexts texts;
+    int copies = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        texts.store.insertOrUpdate(QStringLiteral("new %1").arg(++copies), {});
+        state.ResumeTiming();
+        texts.viewModel.refresh();
+        texts.shelf.render(&texts.canvas);
     }
 }
 
@@ -69,6 +88,7 @@ void scroll(benchmark::State& state) {
 
 void addPanelFigures() {
     benchmark::RegisterBenchmark("shelf repaint, ten texts of 5 MB", scroll);
+    benchmark::RegisterBenchmark("refresh and repaint, ten texts of 5 MB", refresh);
     benchmark::RegisterBenchmark("text card of 300 bytes",
                                  [](benchmark::State& state) { paintCard(state, 300); });
     benchmark::RegisterBenchmark("text card of 5 MB",
