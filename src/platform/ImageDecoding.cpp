@@ -1,6 +1,7 @@
 #include "platform/ImageDecoding.h"
 
 #include <QBuffer>
+#include <QFile>
 #include <QImageReader>
 #include <QtEndian>
 
@@ -10,34 +11,78 @@
 namespace corvatto {
 namespace {
 
-// Sixteen bytes hold a pixel of Qt's deepest format; most decoders produce four.
+struct Format {
+    const char* name; // Qt's
+    const char* mimeType;
+};
+
+// What programs copy, the best first. Decoders for anything else are not even asked: some know no limits,
+// some recognise almost any bytes as theirs, and one for drawings opens whatever files the drawing names.
+constexpr Format formats[] = {{"png", "image/png"},   {"tiff", "image/tiff"}, {"bmp", "image/bmp"},
+                              {"webp", "image/webp"}, {"jpeg", "image/jpeg"}, {"gif", "image/gif"}};
+
+// The format of bytes that begin with `header`, whatever their owner calls them. Empty when it is none of
+// ours.
+QByteArray formatOf(const QByteArray& header) {
+    const auto begins = [&header](auto&... signatures) {
+        return (header.startsWith(QByteArray(signatures, sizeof signatures - 1)) || ...);
+    };
+    if (begins("\x89PNG\r\n\x1A\n")) {
+        return "png";
+    }
+    if (begins("II*\0", "MM\0*", "II+\0", "MM\0+")) {
+        return "tiff";
+    }
+    if (begins("\xFF\xD8\xFF")) {
+        return "jpeg";
+    }
+    if (begins("GIF87a", "GIF89a")) {
+        return "gif";
+    }
+    if (begins("RIFF") && header.mid(8, 4) == "WEBP") {
+        return "webp";
+    }
+    return begins("BM") ? "bmp" : "";
+}
+
+constexpr qint64 signatureLength = 12; // bytes, of the longest
+
+// Sixteen bytes hold a pixel of Qt's deepest format; most decoders produce four. Qt's allocation limit bounds
+// those that produce more.
 constexpr qint64 assumedBytesPerPixel = 4;
 
 bool acceptableSize(const QSize& size) {
-    // Formats that do not tell their size before decoding are bounded by Qt's allocation limit instead.
-    return !size.isValid() ||
+    return !size.isEmpty() &&
            qint64{size.width()} * qint64{size.height()} <= maximumDecodedImageBytes / assumedBytesPerPixel;
 }
 
 // The decoders of these two formats fill what is missing with grey or black and call it a success; the others
 // refuse data that are cut short.
 
-// A JPEG ends with an end-of-image marker. One may also stand in a thumbnail in the headers, so that it
-// counts only behind the first scan.
-bool isCompleteJpeg(const QByteArray& bytes) {
+// A JPEG ends with an end-of-image marker behind a scan; one in the headers belongs to a thumbnail. Each scan
+// costs a pass over all pixels, however few bytes it has: programs write ten, and a thousand would take
+// minutes.
+bool isSoundJpeg(const QByteArray& bytes) {
+    constexpr int maximumScans = 32;
+    int scans = 0;
     qsizetype at = 2; // behind the start-of-image marker
-    while (at + 4 <= bytes.size() && bytes[at] == '\xFF') {
-        const char marker = bytes[at + 1];
-        if (marker == '\xFF') { // a fill byte
+    while ((at = bytes.indexOf('\xFF', at)) >= 0 && at + 1 < bytes.size()) {
+        const auto marker = static_cast<quint8>(bytes[at + 1]);
+        if (marker == 0xD9) { // end of image
+            return scans > 0;
+        }
+        if (marker == 0xDA && ++scans > maximumScans) {
+            return false;
+        }
+        if (marker == 0xFF) { // a fill byte
             ++at;
-            continue;
+        } else if (marker == 0x00 || (marker >= 0xD0 && marker <= 0xD8) || at + 4 > bytes.size()) {
+            at += 2; // stands alone
+        } else {
+            at += 2 + qFromBigEndian<quint16>(bytes.constData() + at + 2);
         }
-        if (marker == '\xDA') { // start of scan
-            break;
-        }
-        at += 2 + qFromBigEndian<quint16>(bytes.constData() + at + 2);
     }
-    return bytes.indexOf("\xFF\xD9", at) >= 0;
+    return false;
 }
 
 // An uncompressed BMP is as long as its header says: the offset of the pixels, then lines padded to four
@@ -63,29 +108,34 @@ bool isCompleteBmp(const QByteArray& bytes) {
     return lineLength > 0 && offset >= 0 && height <= (bytes.size() - offset) / lineLength;
 }
 
-bool isComplete(const QByteArray& bytes) {
+bool isSound(const QByteArray& bytes) {
     if (bytes.startsWith("\xFF\xD8")) {
-        return isCompleteJpeg(bytes);
+        return isSoundJpeg(bytes);
     }
     return !bytes.startsWith("BM") || isCompleteBmp(bytes);
 }
 
-void allowLargeImages() {
+// Prepares `reader` for what `device` holds. False when that is no image, or not of a size to be decoded.
+bool prepare(QImageReader& reader, QIODevice& device) {
+    const QByteArray format = formatOf(device.peek(signatureLength));
+    if (format.isEmpty()) {
+        return false;
+    }
     // Qt's own limit of 128 MB is one for the whole process; it would refuse a screenshot of an 8K display.
     QImageReader::setAllocationLimit(static_cast<int>(maximumDecodedImageBytes >> 20));
+    reader.setDevice(&device);
+    reader.setAutoDetectImageFormat(false);
+    reader.setFormat(format);
+    return reader.canRead() && acceptableSize(reader.size());
 }
 
-std::optional<QImage> decode(QImageReader& reader, QSize target) {
-    allowLargeImages();
-    reader.setDecideFormatFromContent(true);
-    reader.setAutoTransform(true);
-    if (!reader.canRead()) {
+std::optional<QImage> decode(QIODevice& device, QSize target) {
+    QImageReader reader;
+    if (!prepare(reader, device)) {
         return std::nullopt;
     }
     const QSize size = reader.size();
-    if (!acceptableSize(size)) {
-        return std::nullopt;
-    }
+    reader.setAutoTransform(true);
     if (target.isValid() && !target.isEmpty() && size.width() > target.width() &&
         size.height() > target.height()) {
         // Twice the target keeps enough for a smooth second scaling, also for an image that is turned on its
@@ -107,13 +157,14 @@ std::optional<QImage> decode(QImageReader& reader, QSize target) {
 
 const QList<QByteArray>& decodableImageTypes() {
     static const QList<QByteArray> types = [] {
-        QList<QByteArray> all = QImageReader::supportedMimeTypes();
-        const auto rank = [](const QByteArray& type) {
-            return type == "image/png" ? 0 : type == "image/tiff" ? 1 : type.startsWith("image/svg") ? 3 : 2;
-        };
-        std::stable_sort(all.begin(), all.end(),
-                         [&](const QByteArray& a, const QByteArray& b) { return rank(a) < rank(b); });
-        return all;
+        const QList<QByteArray> installed = QImageReader::supportedImageFormats();
+        QList<QByteArray> ours;
+        for (const Format& format : formats) {
+            if (installed.contains(format.name)) {
+                ours.append(format.mimeType);
+            }
+        }
+        return ours;
     }();
     return types;
 }
@@ -121,24 +172,24 @@ const QList<QByteArray>& decodableImageTypes() {
 bool looksDecodable(const QByteArray& bytes) {
     QBuffer buffer;
     buffer.setData(bytes);
-    QImageReader reader(&buffer);
-    reader.setDecideFormatFromContent(true);
-    return reader.canRead() && acceptableSize(reader.size());
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader;
+    return prepare(reader, buffer);
 }
 
 std::optional<QImage> decodeImage(const QByteArray& bytes) {
-    if (!isComplete(bytes)) {
+    if (!isSound(bytes)) {
         return std::nullopt;
     }
     QBuffer buffer;
     buffer.setData(bytes);
-    QImageReader reader(&buffer);
-    return decode(reader, {});
+    buffer.open(QIODevice::ReadOnly);
+    return decode(buffer, {});
 }
 
 std::optional<QImage> decodeImageFile(const QString& path, QSize target) {
-    QImageReader reader(path);
-    return decode(reader, target);
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? decode(file, target) : std::nullopt;
 }
 
 } // namespace corvatto

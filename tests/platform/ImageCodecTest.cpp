@@ -28,11 +28,13 @@ QImage sample(QSize size, QImage::Format format, bool transparent) {
     return image.convertToFormat(format);
 }
 
-QByteArray encode(const QImage& image, const char* format) {
+QByteArray encode(const QImage& image, const char* format, bool isProgressive = false) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    EXPECT_TRUE(QImageWriter(&buffer, format).write(image)) << format;
+    QImageWriter writer(&buffer, format);
+    writer.setProgressiveScanWrite(isProgressive);
+    EXPECT_TRUE(writer.write(image)) << format;
     return bytes;
 }
 
@@ -77,9 +79,8 @@ TEST(ImageCodec, RefusesWhatIsCutShort) {
     const QImage image = sample({300, 200}, QImage::Format_RGB32, false);
     QImage old(100, 50, QImage::Format_Mono);
     old.fill(1);
-    const QList<QByteArray> whole{encodePng(image),    encode(image, "jpeg"), encode(image, "bmp"),
-                                  encode(old, "bmp"),  encode(image, "webp"), Image(image).tiffData(),
-                                  encode(image, "ppm")};
+    const QList<QByteArray> whole{encodePng(image),   encode(image, "jpeg"), encode(image, "bmp"),
+                                  encode(old, "bmp"), encode(image, "webp"), Image(image).tiffData()};
     for (const QByteArray& bytes : whole) {
         EXPECT_TRUE(decodeImage(bytes)) << bytes.first(4).toHex().toStdString();
         for (const qsizetype length :
@@ -94,15 +95,35 @@ TEST(ImageCodec, RefusesWhatIsCutShort) {
     EXPECT_TRUE(decodeImage(jpeg));
     EXPECT_FALSE(decodeImage(jpeg.chopped(2)));
 
-    for (const QByteArray& noImage :
-         {QByteArray(), QByteArray("BM"), QByteArray("\xFF\xD8"), QByteArray(100, 'x')}) {
-        EXPECT_FALSE(decodeImage(noImage));
-    }
-    EXPECT_FALSE(looksDecodable(QByteArray(100, 'x')));
     EXPECT_TRUE(looksDecodable(jpeg.first(1000)));
 }
 
-TEST(ImageCodec, RefusesSmallDataThatClaimToBeHuge) {
+TEST(ImageCodec, RefusesWhatNobodyCopies) {
+    const QImage image = sample({8, 8}, QImage::Format_RGB32, false);
+    for (const QByteArray& bytes :
+         {QByteArray(), QByteArray("BM"), QByteArray("\xFF\xD8"), QByteArray(100, 'x'),
+          QByteArray("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>"),
+          encode(image, "xpm"), encode(image, "ppm"), encode(image, "ico")}) {
+        EXPECT_FALSE(looksDecodable(bytes)) << bytes.constData();
+        EXPECT_FALSE(decodeImage(bytes)) << bytes.constData();
+    }
+}
+
+TEST(ImageCodec, AcceptsAScreenshotOfTheLargestScreens) {
+    QImage image(7680, 4320, QImage::Format_RGB32);
+    image.fill(Qt::darkCyan);
+    const QByteArray png = encodePng(image);
+    EXPECT_TRUE(looksDecodable(png));
+    EXPECT_TRUE(decodeImage(png));
+}
+
+TEST(ImageCodec, RefusesSmallDataThatAreCostly) {
+    QByteArray jpeg = encode(sample({8, 8}, QImage::Format_RGB32, false), "jpeg", true);
+    jpeg.chop(2);
+    const QByteArray scan = jpeg.sliced(jpeg.lastIndexOf("\xFF\xDA"));
+    EXPECT_TRUE(decodeImage(jpeg + scan.repeated(10) + "\xFF\xD9"));
+    EXPECT_FALSE(decodeImage(jpeg + scan.repeated(100) + "\xFF\xD9"));
+
     // Of a PNG the width and height, and the checksum over the header that holds them.
     QByteArray png = encodePng(sample({4, 4}, QImage::Format_RGB32, false));
     png.replace(16, 17, QByteArray::fromHex("00009c4000009c400802000000de6e9952"));
