@@ -49,6 +49,17 @@ void addColumnIfMissing(sqlite3* db, const char* probeSql, const char* alterSql,
     }
 }
 
+// What we create is private by the process's umask; this is for what was there before, from a backup or a
+// copied home directory. Images need no more than their directories, which nobody else can pass.
+void makeHistoryPrivate(const QStringList& paths) {
+    for (const QString& path : paths) {
+        if (const auto error = makePrivate(path)) {
+            printLine(QStringLiteral("[ClipboardStore] ERROR: Others may read %1: %2")
+                          .arg(path, error->description()));
+        }
+    }
+}
+
 } // namespace
 
 void ClipboardStore::openDatabase() {
@@ -62,8 +73,10 @@ void ClipboardStore::openDatabase() {
                   error->localizedDescription);
         return;
     }
-    const QByteArray file = QFile::encodeName(directory + QStringLiteral("/corvatto.sqlite3"));
-    if (sqlite3_open(file.constData(), &m_db) != SQLITE_OK) {
+    const QString database = directory + QStringLiteral("/corvatto.sqlite3");
+    makeHistoryPrivate({directory, database, database + QStringLiteral("-wal"),
+                        database + QStringLiteral("-shm"), imagesDir(), thumbnailsDir()});
+    if (sqlite3_open(QFile::encodeName(database).constData(), &m_db) != SQLITE_OK) {
         printLine(QStringLiteral("[ClipboardStore] ERROR: Failed to open database: ") +
                   lastSqliteError(m_db));
         return;

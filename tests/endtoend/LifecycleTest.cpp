@@ -33,6 +33,19 @@ TEST_F(LifecycleTest, FilesAreTheUsersOwn) {
     launch();
     copy({{"image/png", encoded(testImage({10, 10}), "png")}});
     ASSERT_TRUE(soon([this] { return database.rows().size() == 1; }));
+    // What was open to all, the images' directories among it, is closed by the next start.
+    EXPECT_EQ(program->stop(), 0);
+    desktop.writeFile("data/Corvatto/corvatto.sqlite3-wal", "");
+    desktop.writeFile("data/Corvatto/corvatto.sqlite3-shm", "");
+    const auto instance = std::filesystem::path((desktop.home() + "/runtime/corvatto").constData());
+    for (const auto& root : {data, settings, instance}) {
+        std::filesystem::permissions(root, perms::all);
+        for (const auto& entry : std::filesystem::directory_iterator(root)) {
+            std::filesystem::permissions(entry, entry.is_directory() ? perms::all : perms(0666));
+        }
+    }
+    launch();
+    EXPECT_EQ(std::filesystem::status(instance).permissions(), perms::owner_all);
 
     int files = 0;
     for (const auto& root : {data, settings}) {

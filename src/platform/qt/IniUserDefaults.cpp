@@ -18,6 +18,9 @@ IniUserDefaults::IniUserDefaults(const QString& path) : m_path(path) {
         printLine(QStringLiteral("[UserDefaults] ERROR: Cannot create %1: %2")
                       .arg(error->path, error->description()));
     }
+    for (const QString& mine : {QFileInfo(m_path).path(), m_path}) {
+        makePrivate(mine); // at best; settings are no secrets
+    }
     m_settings.emplace(m_path, QSettings::IniFormat);
     m_settings->allKeys(); // parses all of the file; until then its form is not known
     if (m_settings->status() == QSettings::FormatError) {
