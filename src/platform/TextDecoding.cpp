@@ -2,6 +2,8 @@
 
 #include <QStringDecoder>
 
+#include <algorithm>
+
 namespace corvatto {
 namespace {
 
@@ -17,7 +19,11 @@ std::optional<QByteArray> charsetOf(const QByteArray& target) {
     if (name.size() >= 2 && name.startsWith('"') && name.endsWith('"')) {
         name = name.mid(1, name.size() - 2);
     }
-    return name;
+    // The converters take names with anything in between for the same, and some things for options.
+    const bool isPlain = std::all_of(name.cbegin(), name.cend(), [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || QByteArrayView("-_.:+").contains(c);
+    });
+    return isPlain ? std::optional(name) : std::nullopt;
 }
 
 bool isUtf8Name(const QByteArray& charset) {

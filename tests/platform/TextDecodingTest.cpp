@@ -15,8 +15,8 @@ TEST(TextDecoding, PrefersUtf8AndRefusesWhatItCannotDecode) {
             << fromBestToWorst[index].toStdString();
     }
     EXPECT_EQ(textFlavourRank("text/plain; Charset=\"UTF-8\""), textFlavourRank("text/plain;charset=utf-8"));
-    for (const char* other :
-         {"text/html", "TARGETS", "text/plain;charset=", "text/plain;charset=nonsense", ""}) {
+    for (const char* other : {"text/html", "TARGETS", "text/plain;charset=", "text/plain;charset=nonsense",
+                              "", "text/plain;charset=gb\n18030", "text/plain;charset=gb18030,swaplfnl"}) {
         EXPECT_EQ(textFlavourRank(other), std::nullopt) << other;
     }
 }
