@@ -89,6 +89,16 @@ void SelectionTransfer::handleProperty(const xcb_get_property_reply_t* reply) {
     }
     m_silence.start();
 
+    if (reply->type == XCB_ATOM_NONE) {
+        // There is no such property. Of an owner that replaced a piece before we had read it, two were
+        // announced and one was there; anything else is not the end that an empty property tells.
+        if (m_incremental && m_offset == 0) {
+            waitForPiece();
+        } else {
+            finish(Outcome::refused);
+        }
+        return;
+    }
     if (!m_incremental && reply->type == m_connection.atom("INCR")) {
         m_incremental = true;
         // The owner announces a lower bound of the size; a liar is caught while the pieces come in.

@@ -1,0 +1,219 @@
+// Reading a selection from owners that keep to no rules, on a server of its own. The owner is a connection of
+// the test's, so that the test decides what has happened on the server before the reader hears of any of it.
+#include "platform/x11/SelectionReader.h"
+
+#include "endtoend/Process.h"
+#include "endtoend/XConnection.h"
+#include "platform/ImageDecoding.h"
+#include "support/CapturedOutput.h"
+
+#include <QElapsedTimer>
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace std::chrono_literals;
+
+namespace corvatto::test {
+namespace {
+
+using Outcome = SelectionTransfer::Outcome;
+
+class SelectionTransferTest : public ::testing::Test, public XcbEventListener {
+protected:
+    SelectionTransferTest()
+        : server("Xvfb", {"-displayfd", "1", "-screen", "0", "100x100x24", "-nolisten", "tcp"},
+                 QProcessEnvironment::systemEnvironment(), true) {
+        EXPECT_TRUE(soon([this] { return server.output().endsWith('\n'); }));
+        const QByteArray display = ':' + server.output().trimmed();
+        qputenv("DISPLAY", display);
+        owner = std::make_unique<XConnection>(display);
+        connection = XcbConnection::open();
+        connection->addListener(*this);
+        requestor = connection->createMessageWindow(XCB_EVENT_MASK_PROPERTY_CHANGE);
+        const xcb_window_t window = xcb_generate_id(owner->raw());
+        xcb_create_window(owner->raw(), XCB_COPY_FROM_PARENT, window, owner->root(), 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+        xcb_set_selection_owner(owner->raw(), window, owner->atom("CLIPBOARD"), XCB_CURRENT_TIME);
+        owner->sync();
+    }
+    ~SelectionTransferTest() override { connection->removeListener(*this); }
+
+    void handleEvent(const xcb_generic_event_t& event) override {
+        if ((event.response_type & 0x7F) == XCB_PROPERTY_NOTIFY &&
+            reinterpret_cast<const xcb_property_notify_event_t&>(event).state == XCB_PROPERTY_NEW_VALUE) {
+            ++announcements;
+        }
+    }
+
+    void startTransfer() {
+        transfer = std::make_unique<SelectionTransfer>(
+            *connection,
+            SelectionTransfer::Request{requestor, owner->atom("CLIPBOARD"), owner->atom("UTF8_STRING"),
+                                       owner->atom("ANSWER"), XCB_CURRENT_TIME, 1 << 20, 1s},
+            [this](Outcome how, const QByteArray& what) {
+                outcome = how;
+                bytes = what;
+            });
+    }
+
+    // These return when the server has carried them out, and let the reader do nothing meanwhile.
+    void write(const char* type, const QByteArray& value) {
+        xcb_change_property(owner->raw(), XCB_PROP_MODE_REPLACE, requestor, owner->atom("ANSWER"),
+                            owner->atom(type), 8, static_cast<quint32>(value.size()), value.constData());
+        owner->sync();
+        owner->sync(); // before it takes this request, the server has sent all that came of the one before
+    }
+    bool isRead() {
+        const auto cookie = xcb_get_property(owner->raw(), 0, requestor, owner->atom("ANSWER"),
+                                             XCB_GET_PROPERTY_TYPE_ANY, 0, 1);
+        return owned(xcb_get_property_reply(owner->raw(), cookie, nullptr))->type == XCB_ATOM_NONE;
+    }
+    void notify() {
+        xcb_generic_event_t event{};
+        auto& answer = reinterpret_cast<xcb_selection_notify_event_t&>(event);
+        answer.response_type = XCB_SELECTION_NOTIFY;
+        answer.requestor = requestor;
+        answer.selection = owner->atom("CLIPBOARD");
+        answer.target = owner->atom("UTF8_STRING");
+        answer.property = owner->atom("ANSWER");
+        transfer->handleEvent(event);
+    }
+    // Announces pieces. The reader has asked for the announcement, and the server has told the owner to go
+    // on, but the reader has not handled the reply.
+    void startPieces() {
+        startTransfer();
+        write("INCR", QByteArray("\4\0\0\0", 4));
+        EXPECT_TRUE(soon([this] { return announcements == 1; }));
+        // Events and replies take turns, and so another reply has to stand before that one for it to be
+        // handled after the event that follows it.
+        const auto other = xcb_get_input_focus(connection->raw());
+        connection->whenReplied(other.sequence, [](const void*) {});
+        notify();
+        const QDeadlineTimer deadline(5s);
+        while (!isRead() && !deadline.hasExpired()) {
+        }
+    }
+    void writeAndLetRead(const QByteArray& value) {
+        write("UTF8_STRING", value);
+        EXPECT_TRUE(soon([this] { return isRead(); }));
+    }
+    bool soonComplete() {
+        return soon([this] { return outcome.has_value(); }) && outcome == Outcome::complete;
+    }
+
+    Process server;
+    std::unique_ptr<XConnection> owner;
+    std::unique_ptr<XcbConnection> connection;
+    xcb_window_t requestor;
+    std::unique_ptr<SelectionTransfer> transfer;
+    int announcements = 0;
+    std::optional<Outcome> outcome;
+    QByteArray bytes;
+};
+
+} // namespace
+
+TEST_F(SelectionTransferTest, APieceMayBeAnnouncedBeforeTheReplyToTheReadBeforeItIsHandled) {
+    startPieces();
+    writeAndLetRead("quick");
+    write("UTF8_STRING", "");
+    EXPECT_TRUE(soonComplete());
+    EXPECT_EQ(bytes, "quick");
+}
+
+TEST_F(SelectionTransferTest, WhatIsNotThereIsNoEmptyAnswer) {
+    startPieces();
+    write("UTF8_STRING", "hasty");
+    writeAndLetRead("first ");
+    writeAndLetRead("second");
+    write("UTF8_STRING", "");
+    EXPECT_TRUE(soonComplete());
+    EXPECT_EQ(bytes, "first second");
+
+    outcome.reset();
+    startTransfer();
+    notify();
+    EXPECT_TRUE(soon([this] { return outcome == Outcome::refused; }));
+}
+
+// Whatever owners answer, reading ends, in time, with something that can be looked at.
+TEST_F(SelectionTransferTest, OwnersWithoutRules) {
+    CapturedOutput complaints;
+    std::mt19937 random(1); // the same owners at every run
+    const auto below = [&random](quint32 limit) -> quint32 {
+        return static_cast<quint32>(random()) % limit;
+    };
+    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(owner->raw(), requestor, XCB_CW_EVENT_MASK, &events);
+    QList<xcb_atom_t> atoms{0, 1, XCB_ATOM_ATOM, XCB_ATOM_STRING, 0x1FFFFFFF};
+    for (const char* name : {"TARGETS", "INCR", "UTF8_STRING", "text/plain;charset=gb18030", "text/uri-list",
+                             "x-special/gnome-copied-files", "image/png", "image/jpeg", "text/plain"}) {
+        atoms.append(owner->atom(name));
+    }
+    const auto anyAtom = [&] {
+        return atoms[below(static_cast<quint32>(atoms.size()))];
+    };
+    const auto put = [&](xcb_atom_t property) {
+        QList<quint32> words(below(4) == 0 ? below(3000) : below(20));
+        std::generate(words.begin(), words.end(), [&] { return below(2) == 0 ? anyAtom() : below(~0U); });
+        const auto format = static_cast<quint8>(8 << below(3));
+        xcb_change_property(owner->raw(), static_cast<quint8>(below(3)), requestor, property, anyAtom(),
+                            format, static_cast<quint32>(words.size()) * 32 / format, words.constData());
+    };
+    const auto answer = [&](const xcb_selection_request_event_t& request) {
+        xcb_selection_notify_event_t notify{};
+        notify.response_type = XCB_SELECTION_NOTIFY;
+        notify.time = request.time;
+        notify.requestor = request.requestor;
+        notify.selection = below(20) == 0 ? anyAtom() : request.selection;
+        notify.target = below(20) == 0 ? anyAtom() : request.target;
+        notify.property = below(8) == 0 ? anyAtom() : request.property;
+        for (quint32 times = below(12) == 0 ? below(3) : 1; times > 0; --times) {
+            if (request.target == owner->atom("TARGETS") && below(8) != 0) {
+                xcb_change_property(owner->raw(), XCB_PROP_MODE_REPLACE, requestor, request.property,
+                                    XCB_ATOM_ATOM, 32, static_cast<quint32>(atoms.size()), atoms.constData());
+            } else if (below(8) != 0) {
+                put(request.property);
+            }
+            xcb_send_event(owner->raw(), 0, request.requestor, 0, reinterpret_cast<const char*>(&notify));
+        }
+    };
+    const auto serve = [&] {
+        while (const auto event = owned(xcb_poll_for_event(owner->raw()))) {
+            const int type = event->response_type & 0x7F;
+            if (type == XCB_SELECTION_REQUEST) {
+                answer(reinterpret_cast<const xcb_selection_request_event_t&>(*event));
+            } else if (type == XCB_PROPERTY_NOTIFY && below(3) != 0) {
+                const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
+                if (notify.state == XCB_PROPERTY_DELETE) {
+                    put(notify.atom);
+                }
+            }
+        }
+        xcb_flush(owner->raw());
+    };
+    int withContent = 0;
+    for (int round = 0; round < 150; ++round) {
+        const SelectionLimits limits{
+            .silence = 10ms, .altogether = 30ms, .textBytes = 4000, .imageBytes = 4000};
+        std::optional<ClipboardContent> content;
+        QElapsedTimer time;
+        time.start();
+        SelectionReader reader(*connection, requestor, owner->atom("CLIPBOARD"), XCB_CURRENT_TIME, limits,
+                               [&content](ClipboardContent read) { content = std::move(read); });
+        ASSERT_TRUE(eventually([&] {
+            serve();
+            return content.has_value();
+        })) << round;
+        EXPECT_LT(time.elapsed(), 1000) << round;
+        withContent += content->isEmpty() ? 0 : 1;
+        EXPECT_LE(content->textBytes.size(), 4000);
+        EXPECT_EQ(content->textTarget.isEmpty(), content->textBytes.isNull());
+        EXPECT_TRUE(content->imageBytes.isNull() || looksDecodable(content->imageBytes));
+    }
+    EXPECT_GT(withContent, 30); // not all of them were refused at the door
+}
+
+} // namespace corvatto::test
