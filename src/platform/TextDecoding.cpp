@@ -33,10 +33,27 @@ bool isUtf8Name(const QByteArray& charset) {
 // Nothing follows the bytes, so that a sequence which is cut off at their end is invalid, not pending.
 constexpr QStringDecoder::Flag wholeText = QStringDecoder::Flag::Stateless;
 
+// Some charsets can express half of a surrogate pair.
+void replaceHalfCharacters(DecodedText& decoded) {
+    if (decoded.text.isValidUtf16()) {
+        return;
+    }
+    QString& text = decoded.text;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+            ++i;
+        } else if (text[i].isSurrogate()) {
+            text[i] = QChar::ReplacementCharacter;
+        }
+    }
+    decoded.hadInvalidBytes = true;
+}
+
 DecodedText decodeWith(QStringDecoder decoder, const QByteArray& bytes) {
     DecodedText result;
     result.text = decoder.decode(bytes);
     result.hadInvalidBytes = decoder.hasError();
+    replaceHalfCharacters(result);
     return result;
 }
 

@@ -2,19 +2,23 @@
 
 #include <QSysInfo>
 
+#include <algorithm>
 #include <optional>
 
 namespace corvatto {
 namespace {
 
-std::optional<QUrl> fileURL(QByteArray line) {
+// Bytes. No path that a file can have takes more, even with all of it escaped.
+constexpr qsizetype longestLine = 16'384;
+
+std::optional<QUrl> fileURL(QByteArrayView line) {
     line = line.trimmed();
-    if (line.isEmpty() || line.startsWith('#')) {
+    if (line.isEmpty() || line.startsWith('#') || line.size() > longestLine) {
         return std::nullopt;
     }
     // Percent signs that escape nothing and bytes beyond ASCII occur in the wild; the tolerant mode reads
     // both.
-    QUrl url = QUrl::fromEncoded(line, QUrl::TolerantMode);
+    QUrl url = QUrl::fromEncoded(line.toByteArray(), QUrl::TolerantMode);
     if (!url.isValid() || url.scheme() != QLatin1String("file") || url.path().isEmpty()) {
         return std::nullopt;
     }
@@ -27,7 +31,10 @@ std::optional<QUrl> fileURL(QByteArray line) {
         }
         url.setHost({});
     }
-    const QString path = url.path(QUrl::FullyDecoded);
+    QString path = url.path(QUrl::FullyDecoded);
+    // What follows two slashes Qt takes for the name of a machine.
+    const auto slashes = std::find_if(path.cbegin(), path.cend(), [](QChar c) { return c != u'/'; });
+    path.remove(0, std::max<qsizetype>(0, slashes - path.cbegin() - 1));
     // A NUL cannot be part of a path, and a line feed would be taken for the end of one when the paths are
     // joined.
     if (!path.startsWith(QLatin1Char('/')) || path.contains(QChar(QChar::Null)) ||
@@ -37,10 +44,18 @@ std::optional<QUrl> fileURL(QByteArray line) {
     return QUrl::fromLocalFile(path);
 }
 
-QList<QUrl> fileURLsFromLines(const QList<QByteArray>& lines) {
+// Takes the first line off `lines`, with its end.
+QByteArrayView takeLine(QByteArrayView& lines) {
+    const qsizetype end = lines.indexOf('\n');
+    const QByteArrayView line = lines.first(end < 0 ? lines.size() : end);
+    lines = lines.sliced(end < 0 ? lines.size() : end + 1);
+    return line;
+}
+
+QList<QUrl> fileURLsFromLines(QByteArrayView lines, qsizetype atMost) {
     QList<QUrl> urls;
-    for (const QByteArray& line : lines) {
-        if (const auto url = fileURL(line)) {
+    while (!lines.isEmpty() && urls.size() < atMost) {
+        if (const auto url = fileURL(takeLine(lines))) {
             urls.append(*url);
         }
     }
@@ -49,18 +64,14 @@ QList<QUrl> fileURLsFromLines(const QList<QByteArray>& lines) {
 
 } // namespace
 
-QList<QUrl> fileURLsFromUriList(const QByteArray& bytes) {
-    return fileURLsFromLines(bytes.split('\n'));
+QList<QUrl> fileURLsFromUriList(const QByteArray& bytes, qsizetype atMost) {
+    return fileURLsFromLines(bytes, atMost);
 }
 
-QList<QUrl> fileURLsFromGnomeCopiedFiles(const QByteArray& bytes) {
-    QList<QByteArray> lines = bytes.split('\n');
-    const QByteArray action = lines.first().trimmed();
-    if (action != "copy" && action != "cut") {
-        return {};
-    }
-    lines.removeFirst();
-    return fileURLsFromLines(lines);
+QList<QUrl> fileURLsFromGnomeCopiedFiles(const QByteArray& bytes, qsizetype atMost) {
+    QByteArrayView lines(bytes);
+    const QByteArrayView action = takeLine(lines).trimmed();
+    return action == "copy" || action == "cut" ? fileURLsFromLines(lines, atMost) : QList<QUrl>();
 }
 
 QByteArray uriListFromFileURLs(const QList<QUrl>& urls) {

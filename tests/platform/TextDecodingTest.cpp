@@ -59,6 +59,8 @@ TEST(TextDecoding, DecodesStatedCharsets) {
               QStringLiteral("ab"));
     EXPECT_TRUE(decodeText("text/plain;charset=gb18030", "\xC4\xE3\xBA").hadInvalidBytes) << "cut off";
     EXPECT_TRUE(decodeText("text/plain;charset=us-ascii", "caf\xE9").hadInvalidBytes);
+    EXPECT_EQ(decodeText("text/plain;charset=utf-7", "a+2AA-z").text, QStringLiteral("a\uFFFDz"))
+        << "half a pair";
 }
 
 } // namespace

@@ -23,7 +23,7 @@ QStringList inUriList(const QByteArray& bytes) {
 TEST(UriList, ReadsEveryWayOfWritingALocalFile) {
     EXPECT_EQ(inUriList("# comment\r\nfile:///a%20b\r\nfile://localhost/c\r\n\r\nfile:/d\r\n"),
               QStringList({QStringLiteral("/a b"), QStringLiteral("/c"), QStringLiteral("/d")}));
-    EXPECT_EQ(inUriList("file:///one\nfile:///two"),
+    EXPECT_EQ(inUriList("file:///one\nfile:////two"),
               QStringList({QStringLiteral("/one"), QStringLiteral("/two")}));
     EXPECT_EQ(inUriList("file:///%E6%96%87%E4%BB%B6%25.txt"), QStringList(QStringLiteral("/文件%.txt")));
     EXPECT_EQ(inUriList("file:///文件 100%.txt"), QStringList(QStringLiteral("/文件 100%.txt")))
