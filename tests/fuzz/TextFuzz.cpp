@@ -1,0 +1,67 @@
+// The name of a text flavour and the bytes under it, parted by a NUL; and what a card makes of the text.
+#include "Fuzz.h"
+#include "history/TextExcerpt.h"
+#include "platform/Graphemes.h"
+#include "platform/TextDecoding.h"
+
+#include <QImage>
+
+using namespace corvatto;
+
+QList<QByteArray> fuzz::seeds() {
+    QList<QByteArray> all;
+    const auto add = [&all](const QByteArray& target, const QByteArray& text) {
+        all.append(target + '\0' + text);
+    };
+    add("UTF8_STRING", "plain\r\n\t文字 👨‍👩‍👧 e\xCC\x81 \xF0\x9F\x87\xA8\xF0\x9F\x87\xB3");
+    add("STRING", "caf\xE9");
+    add("text/plain", "\xFF\xFE"
+                      "a");
+    add("UTF8_STRING",
+        "\xD7\x90\xE2\x80\xAE abc \xE2\x81\xA6\xD8\xA7\xE2\x81\xA9 \xE0\xA4\x95\xE0\xA5\x8D\xE0\xA4\xB7");
+    for (const char* charset : {"utf-8", "\"UTF-16\"", "utf-32", "utf-7", "gb18030", "big5", "shift_jis",
+                                "euc-kr", "iso-2022-jp", "iso-2022-kr", "hz", "scsu", "bocu-1", "iso-8859-8",
+                                "us-ascii", "lmbcs-1", "imap-mailbox-name", "x11-compound-text", "cp1047"}) {
+        add(QByteArray("text/plain;charset=") + charset,
+            QByteArray("~{<:Ky2;~}\x1B$)C\x0E!~\0\xC4\xE3+AGE-z", 25));
+    }
+    return all;
+}
+
+namespace {
+
+void expectWhole(const QString& text) {
+    const qsizetype count = graphemeCount(text);
+    for (const qsizetype wanted : {qsizetype{0}, qsizetype{1}, qsizetype{40}, count, count + 1}) {
+        const QStringView prefix = graphemePrefix(text, wanted);
+        fuzz::require(text.startsWith(prefix) && graphemeCount(prefix) == std::min(wanted, count));
+    }
+    static QImage card(200, 100, QImage::Format_RGB32);
+    QPainter painter(&card);
+    QFont font;
+    font.setPixelSize(13);
+    for (const auto alignment : {Qt::AlignLeft, Qt::AlignHCenter}) {
+        const TextExcerpt excerpt{font, Qt::black, 4, 2, alignment};
+        fuzz::require(excerpt.draw(painter, card.rect(), text) <= card.height());
+    }
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const QByteArray input = fuzz::bytesOf(data, size);
+    const qsizetype end = input.indexOf('\0');
+    const QByteArray target = input.left(end);
+    if (end < 0 || !textFlavourRank(target)) {
+        return 0;
+    }
+    const QByteArray bytes = input.sliced(end + 1);
+    const DecodedText decoded = decodeText(target, bytes);
+    if (target == "UTF8_STRING" && !decoded.hadInvalidBytes) {
+        fuzz::require(decoded.text.toUtf8() == bytes);
+    }
+    // What was wrong has become replacement characters, and no longer grows or breaks.
+    fuzz::require(QString::fromUtf8(decoded.text.toUtf8()) == decoded.text);
+    expectWhole(decoded.text);
+    return 0;
+}
