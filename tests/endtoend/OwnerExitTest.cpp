@@ -74,7 +74,12 @@ TEST_F(OwnerExitTest, SecretsAreNeitherAskedForNorStoredNorKept) {
     EXPECT_TRUE(isGone());
     EXPECT_TRUE(rowsAfterNextCopy().isEmpty());
     EXPECT_FALSE(program->output().contains("hunter2"));
-    // The hint alone is no secret, only its value.
+    // A mark that cannot be read is one. The mark alone is none, only its value.
+    copy({{"UTF8_STRING", "hunter3"}, {"x-kde-passwordManagerHint", "secret"}}, {"--lie=5"});
+    ASSERT_TRUE(soon([this] { return owner->hasPrinted("sent x-kde-passwordManagerHint"); }));
+    const auto unreadable = std::move(owner);
+    EXPECT_EQ(rowsAfterNextCopy().size(), 1); // the good copy of before
+    EXPECT_FALSE(unreadable->hasPrinted("request UTF8_STRING"));
     copy({{"UTF8_STRING", "hunted"}, {"x-kde-passwordManagerHint", "public"}});
     EXPECT_TRUE(soonStored("hunted"));
 }

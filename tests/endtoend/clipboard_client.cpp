@@ -12,6 +12,10 @@
 //       --die-after   exits when it has sent that many chunks
 //       --again       announces itself again every so many milliseconds
 //       --renew       1: with a new timestamp each time
+//       --targets     lists that many other targets before its own
+//       --lie         1: answers with another type and format; 2: into another property; 3: everything twice;
+//                     4: announces chunks, then sends all at once and no end; 5: says that there is what is
+//                     not
 //       --stay        1: goes on when somebody else has taken over, with what it has begun to send
 //
 // Prints "owner" when it has taken CLIPBOARD, "request TARGET", "chunk TARGET" and "sent TARGET" as it serves
@@ -40,6 +44,10 @@ public:
           m_notifier(xcb_get_file_descriptor(x.raw()), QSocketNotifier::Read) {
         for (auto each = content.begin(); each != content.end(); ++each) {
             m_content.insert(x.atom(each.key()), each.value());
+        }
+        for (qint64 i = m_options.value("targets"); i > 0; --i) {
+            const QByteArray name = "application/x-other-" + QByteArray::number(i);
+            m_otherTargets.append(x.atom(name));
         }
         const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_create_window(x.raw(), XCB_COPY_FROM_PARENT, m_window, x.root(), 0, 0, 1, 1, 0,
@@ -130,8 +138,11 @@ private:
     template <typename Value>
     void set(const xcb_selection_request_event_t& request, xcb_atom_t type, const Value* values,
              qsizetype count) {
-        xcb_change_property(x.raw(), XCB_PROP_MODE_REPLACE, request.requestor, request.property, type,
-                            8 * sizeof(Value), static_cast<quint32>(count), values);
+        const bool isOther = m_options.value("lie") == 1 && sizeof(Value) == 1;
+        const auto property = m_options.value("lie") == 2 ? x.atom("ELSEWHERE") : request.property;
+        xcb_change_property(x.raw(), XCB_PROP_MODE_REPLACE, request.requestor, property,
+                            isOther ? xcb_atom_t{XCB_ATOM_INTEGER} : type, isOther ? 32 : 8 * sizeof(Value),
+                            static_cast<quint32>(isOther ? count / 4 : count), values);
     }
 
     void serve(const xcb_selection_request_event_t& request) {
@@ -144,12 +155,20 @@ private:
         answer.property = request.property;
         const auto found = m_content.constFind(request.target);
         if (request.target == x.atom("TARGETS")) {
-            const auto targets = m_content.keys() << request.target << x.atom("TIMESTAMP");
+            const auto targets = m_otherTargets + m_content.keys() << request.target << x.atom("TIMESTAMP");
             set(request, XCB_ATOM_ATOM, targets.constData(), targets.size());
         } else if (request.target == x.atom("TIMESTAMP")) {
             set(request, XCB_ATOM_INTEGER, &m_timestamp, 1);
         } else if (found == m_content.constEnd()) {
             answer.property = XCB_NONE;
+        } else if (m_options.value("lie") == 5) {
+            say("sent " + x.name(request.target)); // it says
+        } else if (m_options.value("lie") == 4) {
+            const auto size = static_cast<quint32>(found->size());
+            set(request, x.atom("INCR"), &size, 1);
+            later(50, [this, request, found] {
+                set(request, request.target, found->constData(), found->size());
+            });
         } else if (m_options.contains("incr") || found->size() > chunkSize()) {
             const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
             xcb_change_window_attributes(x.raw(), request.requestor, XCB_CW_EVENT_MASK, &events);
@@ -160,7 +179,12 @@ private:
             set(request, request.target, found->constData(), found->size());
             say("sent " + x.name(request.target));
         }
+        answer.property = m_options.value("lie") == 2 ? x.atom("ELSEWHERE") : answer.property;
         xcb_send_event(x.raw(), 0, request.requestor, 0, reinterpret_cast<const char*>(&answer));
+        if (m_options.value("lie") == 3 && !std::exchange(m_isRepeating, true)) {
+            serve(request);
+            m_isRepeating = false;
+        }
     }
 
     // The requestor has taken the last chunk, or the announcement.
@@ -195,6 +219,8 @@ private:
     QSocketNotifier m_notifier;
     xcb_timestamp_t m_timestamp = XCB_CURRENT_TIME;
     QMap<xcb_atom_t, QByteArray> m_content;
+    QList<xcb_atom_t> m_otherTargets;
+    bool m_isRepeating = false;
     std::list<Transfer> m_transfers;
 };
 

@@ -16,7 +16,7 @@ using Outcome = SelectionTransfer::Outcome;
 constexpr std::size_t maximumTargets = 1024;
 // How many formats of one flavour are tried before it counts as absent.
 constexpr std::size_t maximumAttempts = 3;
-constexpr qint64 fileListBytes = qint64{16} << 20;
+constexpr qint64 fileListBytes = qint64{4} << 20; // some 50,000 files
 constexpr qint64 hintBytes = 64;
 
 const char secretHint[] = "x-kde-passwordManagerHint";
@@ -83,8 +83,7 @@ void SelectionReader::transfer(const Target& target, qint64 byteLimit, Arrived a
         m_time,      byteLimit,   m_limits.silence};
     m_transfer = std::make_unique<SelectionTransfer>(
         m_connection, request,
-        [this, name = target.name, byteLimit, arrived = std::move(arrived)](Outcome outcome,
-                                                                            QByteArray bytes) {
+        [name = target.name, byteLimit, arrived = std::move(arrived)](Outcome outcome, QByteArray bytes) {
             report(outcome, name, byteLimit);
             // The transfer is replaced or destroyed further down, while this callback, which it has let go
             // of, runs.
@@ -114,9 +113,14 @@ void SelectionReader::readTargets() {
 }
 
 void SelectionReader::handleTargets(const QByteArray& bytes) {
-    std::vector<xcb_atom_t> atoms(
-        std::min(static_cast<std::size_t>(bytes.size()) / sizeof(xcb_atom_t), maximumTargets));
+    std::vector<xcb_atom_t> atoms(static_cast<std::size_t>(bytes.size()) / sizeof(xcb_atom_t));
     std::copy_n(bytes.constData(), atoms.size() * sizeof(xcb_atom_t), reinterpret_cast<char*>(atoms.data()));
+    // The mark of secrecy counts wherever it stands in the list.
+    const auto hint = std::find(atoms.begin(), atoms.end(), m_connection.atom(secretHint));
+    if (hint != atoms.end()) {
+        std::iter_swap(atoms.begin(), hint);
+    }
+    atoms.resize(std::min(atoms.size(), maximumTargets));
     nameTargets(std::move(atoms));
 }
 
@@ -196,8 +200,8 @@ void SelectionReader::readGnomeFiles() {
 }
 
 void SelectionReader::planImage() {
-    const bool haveFiles = !fileURLsFromUriList(m_content.uriList).isEmpty() ||
-                           !fileURLsFromGnomeCopiedFiles(m_content.gnomeCopiedFiles).isEmpty();
+    const bool haveFiles = !fileURLsFromUriList(m_content.uriList, 1).isEmpty() ||
+                           !fileURLsFromGnomeCopiedFiles(m_content.gnomeCopiedFiles, 1).isEmpty();
     m_candidates.clear();
     if (!haveFiles) { // an image beside files is their icon
         for (const QByteArray& type : decodableImageTypes()) {

@@ -32,6 +32,9 @@ protected:
         connection = XcbConnection::open();
         connection->addListener(*this);
         requestor = connection->createMessageWindow(XCB_EVENT_MASK_PROPERTY_CHANGE);
+        waitForServer();
+        const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(owner->raw(), requestor, XCB_CW_EVENT_MASK, &events);
         const xcb_window_t window = xcb_generate_id(owner->raw());
         xcb_create_window(owner->raw(), XCB_COPY_FROM_PARENT, window, owner->root(), 0, 0, 1, 1, 0,
                           XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
@@ -47,6 +50,11 @@ protected:
         }
     }
 
+    // Until it has taken what the reader has asked for.
+    void waitForServer() {
+        xcb_connection_t* raw = connection->raw();
+        owned(xcb_get_input_focus_reply(raw, xcb_get_input_focus(raw), nullptr));
+    }
     void startTransfer() {
         transfer = std::make_unique<SelectionTransfer>(
             *connection,
@@ -56,6 +64,7 @@ protected:
                 outcome = how;
                 bytes = what;
             });
+        waitForServer();
     }
 
     // These return when the server has carried them out, and let the reader do nothing meanwhile.
@@ -99,6 +108,17 @@ protected:
         write("UTF8_STRING", value);
         EXPECT_TRUE(soon([this] { return isRead(); }));
     }
+    void answer(const xcb_selection_request_event_t& request, xcb_atom_t property) {
+        xcb_generic_event_t event{};
+        auto& notify = reinterpret_cast<xcb_selection_notify_event_t&>(event);
+        notify.response_type = XCB_SELECTION_NOTIFY;
+        notify.time = request.time;
+        notify.requestor = request.requestor;
+        notify.selection = request.selection;
+        notify.target = request.target;
+        notify.property = property;
+        xcb_send_event(owner->raw(), 0, requestor, 0, reinterpret_cast<const char*>(&event));
+    }
     bool soonComplete() {
         return soon([this] { return outcome.has_value(); }) && outcome == Outcome::complete;
     }
@@ -138,6 +158,43 @@ TEST_F(SelectionTransferTest, WhatIsNotThereIsNoEmptyAnswer) {
     EXPECT_TRUE(soon([this] { return outcome == Outcome::refused; }));
 }
 
+TEST_F(SelectionTransferTest, AnOwnerThatTricklesRunsOutOfTime) {
+    CapturedOutput complaints;
+    std::optional<ClipboardContent> content;
+    const SelectionLimits limits{.silence = 5s, .altogether = 300ms};
+    SelectionReader reader(*connection, requestor, owner->atom("CLIPBOARD"), XCB_CURRENT_TIME, limits,
+                           [&content](ClipboardContent read) { content = std::move(read); });
+    const auto put = [this](xcb_atom_t property, const char* type, quint32 value, quint8 format) {
+        xcb_change_property(owner->raw(), XCB_PROP_MODE_REPLACE, requestor, property, owner->atom(type),
+                            format, 1, &value);
+    };
+    int pieces = 0;
+    const auto serve = [&](const xcb_generic_event_t& event) {
+        const int type = event.response_type & 0x7F;
+        const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(event);
+        const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        if (type == XCB_SELECTION_REQUEST && request.target == owner->atom("TARGETS")) {
+            put(request.property, "ATOM", owner->atom("UTF8_STRING"), 32);
+            answer(request, request.property);
+        } else if (type == XCB_SELECTION_REQUEST) {
+            put(request.property, "INCR", 1, 32);
+            answer(request, request.property);
+        } else if (type == XCB_PROPERTY_NOTIFY && property.state == XCB_PROPERTY_DELETE) {
+            ++pieces;
+            put(property.atom, "UTF8_STRING", 'x', 8);
+        }
+    };
+    EXPECT_TRUE(eventually([&] {
+        while (const auto event = owned(xcb_poll_for_event(owner->raw()))) {
+            serve(*event);
+        }
+        xcb_flush(owner->raw());
+        return content.has_value();
+    }));
+    EXPECT_GT(pieces, 5);
+    EXPECT_TRUE(content && content->isEmpty());
+}
+
 // Whatever owners answer, reading ends, in time, with something that can be looked at.
 TEST_F(SelectionTransferTest, OwnersWithoutRules) {
     CapturedOutput complaints;
@@ -145,8 +202,6 @@ TEST_F(SelectionTransferTest, OwnersWithoutRules) {
     const auto below = [&random](quint32 limit) -> quint32 {
         return static_cast<quint32>(random()) % limit;
     };
-    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_change_window_attributes(owner->raw(), requestor, XCB_CW_EVENT_MASK, &events);
     QList<xcb_atom_t> atoms{0, 1, XCB_ATOM_ATOM, XCB_ATOM_STRING, 0x1FFFFFFF};
     for (const char* name : {"TARGETS", "INCR", "UTF8_STRING", "text/plain;charset=gb18030", "text/uri-list",
                              "x-special/gnome-copied-files", "image/png", "image/jpeg", "text/plain"}) {
@@ -162,29 +217,25 @@ TEST_F(SelectionTransferTest, OwnersWithoutRules) {
         xcb_change_property(owner->raw(), static_cast<quint8>(below(3)), requestor, property, anyAtom(),
                             format, static_cast<quint32>(words.size()) * 32 / format, words.constData());
     };
-    const auto answer = [&](const xcb_selection_request_event_t& request) {
-        xcb_selection_notify_event_t notify{};
-        notify.response_type = XCB_SELECTION_NOTIFY;
-        notify.time = request.time;
-        notify.requestor = request.requestor;
-        notify.selection = below(20) == 0 ? anyAtom() : request.selection;
-        notify.target = below(20) == 0 ? anyAtom() : request.target;
-        notify.property = below(8) == 0 ? anyAtom() : request.property;
+    const auto answerSomehow = [&](xcb_selection_request_event_t request) {
+        const xcb_atom_t target = request.target, property = request.property;
+        request.selection = below(20) == 0 ? anyAtom() : request.selection;
+        request.target = below(20) == 0 ? anyAtom() : target;
         for (quint32 times = below(12) == 0 ? below(3) : 1; times > 0; --times) {
-            if (request.target == owner->atom("TARGETS") && below(8) != 0) {
-                xcb_change_property(owner->raw(), XCB_PROP_MODE_REPLACE, requestor, request.property,
-                                    XCB_ATOM_ATOM, 32, static_cast<quint32>(atoms.size()), atoms.constData());
+            if (target == owner->atom("TARGETS") && below(8) != 0) {
+                xcb_change_property(owner->raw(), XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_ATOM,
+                                    32, static_cast<quint32>(atoms.size()), atoms.constData());
             } else if (below(8) != 0) {
-                put(request.property);
+                put(property);
             }
-            xcb_send_event(owner->raw(), 0, request.requestor, 0, reinterpret_cast<const char*>(&notify));
+            answer(request, below(8) == 0 ? anyAtom() : property);
         }
     };
     const auto serve = [&] {
         while (const auto event = owned(xcb_poll_for_event(owner->raw()))) {
             const int type = event->response_type & 0x7F;
             if (type == XCB_SELECTION_REQUEST) {
-                answer(reinterpret_cast<const xcb_selection_request_event_t&>(*event));
+                answerSomehow(reinterpret_cast<const xcb_selection_request_event_t&>(*event));
             } else if (type == XCB_PROPERTY_NOTIFY && below(3) != 0) {
                 const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
                 if (notify.state == XCB_PROPERTY_DELETE) {
