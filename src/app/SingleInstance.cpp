@@ -61,10 +61,11 @@ bool SingleInstance::becomePrimary() {
                       .arg(m_directory, error->description()));
         return true; // better two than none
     }
-    if (QFileInfo(m_directory).ownerId() != getuid()) {
+    const QFileInfo directory(m_directory);
+    if (directory.ownerId() != getuid() || directory.isSymLink()) {
         // Somebody has put it there for us; what we would say there is not for them.
-        printLine(
-            QStringLiteral("[CorvattoApp] ERROR: %1 belongs to another user, not used.").arg(m_directory));
+        printLine(QStringLiteral("[CorvattoApp] ERROR: %1 is another user's, or a link; not used.")
+                      .arg(m_directory));
         return true;
     }
     QFile::setPermissions(m_directory, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QLocale>
+#include <QLoggingCategory>
 #include <QThread>
 
 #include <csignal>
@@ -134,6 +135,9 @@ int main(int argc, char** argv) {
         printLine(u"[CorvattoApp] ERROR: Cannot connect to an X server, is DISPLAY set?");
         return EXIT_FAILURE;
     }
+
+    // What Qt says about images that it cannot read may quote them.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false"));
 
     QApplication application(argc, argv);
     platform.reset();

@@ -10,6 +10,7 @@
 
 #include <csignal>
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -74,6 +75,37 @@ TEST(SingleInstanceTest, ANonsenseRequestEndsThatConnectionOnly) {
         inChild([&] { return SingleInstance(home.path()).send(QString(100'000, QLatin1Char('x'))); }));
     EXPECT_TRUE(inChild([&] { return SingleInstance(home.path()).send(QStringLiteral("show")); }));
     EXPECT_EQ(requests, 1);
+}
+
+// Even one to whom the way to the socket stands open.
+TEST(SingleInstanceTest, AnotherUserIsNotHeard) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "no right to become another user";
+    }
+    const QTemporaryDir home;
+    SingleInstance first(home.path());
+    ASSERT_TRUE(first.becomePrimary());
+    int requests = 0;
+    first.listen([&](const QString&) { ++requests; });
+    ASSERT_EQ(chmod(qPrintable(home.path()), 0777), 0);
+    ASSERT_EQ(chmod(qPrintable(home.filePath(QStringLiteral("instance"))), 0777), 0);
+    const auto sendAs = [&](uid_t user) {
+        return inChild(
+            [&] { return setuid(user) == 0 && SingleInstance(home.path()).send(QStringLiteral("show")); });
+    };
+    EXPECT_FALSE(sendAs(65'534));
+    EXPECT_EQ(requests, 0);
+    EXPECT_TRUE(sendAs(0));
+}
+
+// Nor is anything put where somebody else's link leads.
+TEST(SingleInstanceTest, ALinkIsNotFollowed) {
+    const QTemporaryDir home;
+    const QString link = home.filePath(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::link(home.filePath(QStringLiteral(".")), link));
+    SingleInstance first(link);
+    EXPECT_TRUE(first.becomePrimary());
+    EXPECT_FALSE(QFileInfo::exists(home.filePath(QStringLiteral("lock"))));
 }
 
 } // namespace
