@@ -5,7 +5,6 @@
 #include "preferences/PreferencesView.h"
 #include "settings/LaunchDefaults.h"
 #include "settings/SettingsKeys.h"
-#include "update/UpdateChecker.h"
 
 #include <QGuiApplication>
 #include <QPointer>
@@ -92,9 +91,6 @@ void AppDelegate::applicationDidFinishLaunching() {
     observeHotkeyChanges();
     setupAppShortcuts();
 
-    windowController().checkForUpdates = [] {
-        UpdateChecker::shared().checkForUpdates(false);
-    };
     windowController().show();
 }
 
@@ -132,8 +128,7 @@ void AppDelegate::setupMenuBar() {
 
 void AppDelegate::openPreferences() {
     if (!m_preferencesWindow) {
-        m_preferencesWindow = std::make_unique<PreferencesWindow>(
-            new PreferencesView(m_desktop.defaults, [] { UpdateChecker::shared().checkForUpdates(true); }));
+        m_preferencesWindow = std::make_unique<PreferencesWindow>(new PreferencesView(m_desktop.defaults));
         m_preferencesWindow->setWindowIcon(QIcon::fromTheme(QStringLiteral("corvatto"), paperclipIcon()));
     }
     m_preferencesWindow->show();

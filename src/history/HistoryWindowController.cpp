@@ -118,8 +118,8 @@ void HistoryWindowController::trackWindowOpen() {
         return;
     }
     const double lastCheck = m_desktop.defaults.number(UpdateChecker::lastCheckKey);
-    if (secondsSince1970() - lastCheck >= UpdateChecker::checkInterval && checkForUpdates) {
-        checkForUpdates();
+    if (secondsSince1970() - lastCheck >= UpdateChecker::checkInterval) {
+        UpdateChecker::shared().checkForUpdates(false);
     }
 }
 

@@ -12,7 +12,6 @@
 
 #include <QTimer>
 
-#include <functional>
 #include <memory>
 
 namespace corvatto {
@@ -38,14 +37,11 @@ public:
     HistoryWindowController(HistoryViewModel& viewModel, const Desktop& desktop);
     ~HistoryWindowController() override;
 
-    // Starts an automatic check for a newer version without waiting for it. May be unset.
-    std::function<void()> checkForUpdates;
-
     // The panel; null until the first show(), then kept.
     FloatingPanel* window() const { return m_window.get(); }
 
     // Places the panel, gives it the keyboard and loads the list afresh, whether it is visible already or
-    // not.
+    // not. Some openings let the shared UpdateChecker look for a newer version.
     void show();
 
     // The panel's frame on a screen with this visible frame.

@@ -5,6 +5,7 @@
 #include "preferences/LimitField.h"
 #include "settings/SettingsKeys.h"
 #include "settings/UserDefault.h"
+#include "update/UpdateChecker.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -52,7 +53,7 @@ QWidget* centred(QWidget* control) {
 
 } // namespace
 
-PreferencesView::PreferencesView(UserDefaults& defaults, std::function<void()> checkForUpdates)
+PreferencesView::PreferencesView(UserDefaults& defaults)
     : m_defaults(defaults), m_sections(new QVBoxLayout(this)), m_lastShortcut(shortcut()) {
     setPalette(lightPalette());
     setAutoFillBackground(true);
@@ -62,7 +63,7 @@ PreferencesView::PreferencesView(UserDefaults& defaults, std::function<void()> c
     buildHistorySection();
     buildMonitorSection();
     buildHotkeySection();
-    buildUpdateSection(std::move(checkForUpdates));
+    buildUpdateSection();
     m_sections->addStretch();
 
     connect(&m_defaults, &UserDefaults::didChange, this, &PreferencesView::showStored);
@@ -159,13 +160,13 @@ void PreferencesView::buildHotkeySection() {
            centred(new ShortcutRecorder(m_defaults)));
 }
 
-void PreferencesView::buildUpdateSection(std::function<void()> checkForUpdates) {
+void PreferencesView::buildUpdateSection() {
     QVBoxLayout* section = addSection(QStringLiteral("更新"), 10);
     auto* button = new QPushButton(QStringLiteral("检查更新"));
     button->setFont(systemFont(13));
     button->setAutoDefault(false);
     button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    connect(button, &QPushButton::clicked, this, std::move(checkForUpdates));
+    connect(button, &QPushButton::clicked, this, [] { UpdateChecker::shared().checkForUpdates(true); });
     addRow(*section, QStringLiteral("软件更新"),
            QStringLiteral("检查是否有新版本。自动检查会在历史窗口打开一定次数后触发。"), button);
 }

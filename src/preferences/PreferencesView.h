@@ -22,8 +22,8 @@ class PreferencesView : public QWidget {
 public:
     static constexpr int controlWidth = 498; // points
 
-    // `checkForUpdates` starts a check that the user asked for. The settings outlive the view.
-    PreferencesView(UserDefaults& defaults, std::function<void()> checkForUpdates);
+    // The settings outlive the view. Its button needs the shared UpdateChecker.
+    explicit PreferencesView(UserDefaults& defaults);
 
     // Called after the stored shortcut has changed. May be unset.
     std::function<void()> onHotkeyChanged;
@@ -43,7 +43,7 @@ private:
     void buildHistorySection();
     void buildMonitorSection();
     void buildHotkeySection();
-    void buildUpdateSection(std::function<void()> checkForUpdates);
+    void buildUpdateSection();
     QWidget* buildIntervalControl();
 
     void showStored();
