@@ -128,7 +128,8 @@ void AppDelegate::setupMenuBar() {
 
 void AppDelegate::openPreferences() {
     if (!m_preferencesWindow) {
-        m_preferencesWindow = std::make_unique<PreferencesWindow>(new PreferencesView(m_desktop.defaults));
+        m_preferencesWindow = std::make_unique<PreferencesWindow>(
+            new PreferencesView(m_desktop.defaults, m_desktop.pasteboard));
         m_preferencesWindow->setWindowIcon(QIcon::fromTheme(QStringLiteral("corvatto"), paperclipIcon()));
     }
     m_preferencesWindow->show();

@@ -2,83 +2,17 @@
 
 #include "platform/Appearance.h"
 
-#include <QContextMenuEvent>
-#include <QKeyEvent>
-#include <QMenu>
+#include <QInputMethodEvent>
 
 namespace corvatto {
-namespace {
 
-// What a search can sensibly be; a pasted book would only slow the field down.
-constexpr qsizetype longestPaste = 4096;
-
-} // namespace
-
-SearchField::SearchField(Pasteboard& pasteboard) : m_pasteboard(pasteboard) {
+SearchField::SearchField(const Pasteboard& pasteboard) : TextField(pasteboard) {
     setFrame(false);
-    setAcceptDrops(false); // taking a drop waits for the program that it comes from
     setFont(appearance::systemFont(appearance::bodySize));
     setAttribute(Qt::WA_MacShowFocusRect, false);
     QPalette plain = appearance::lightPalette();
     plain.setColor(QPalette::Base, Qt::transparent);
     setPalette(plain);
-}
-
-void SearchField::pasteSnapshot() {
-    if (const auto text = m_pasteboard.string()) {
-        insert(text->left(longestPaste));
-    }
-}
-
-void SearchField::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Paste)) {
-        pasteSnapshot();
-    } else if (event->modifiers().testFlag(Qt::MetaModifier)) {
-        commandKeyPress(*event);
-    } else {
-        QLineEdit::keyPressEvent(event);
-        return;
-    }
-    event->accept();
-}
-
-void SearchField::commandKeyPress(const QKeyEvent& event) {
-    // Super is command here; a line edit would take Super and a letter for the letter.
-    switch (event.key()) {
-    case Qt::Key_V:
-        pasteSnapshot();
-        break;
-    case Qt::Key_X:
-        cut();
-        break;
-    case Qt::Key_A:
-        selectAll();
-        break;
-    case Qt::Key_Z:
-        event.modifiers().testFlag(Qt::ShiftModifier) ? redo() : undo();
-        break;
-    default:
-        break;
-    }
-}
-
-void SearchField::mouseReleaseEvent(QMouseEvent* event) {
-    // The middle button would paste the primary selection, whose owner may hang.
-    if (event->button() != Qt::MiddleButton) {
-        QLineEdit::mouseReleaseEvent(event);
-    }
-}
-
-void SearchField::contextMenuEvent(QContextMenuEvent* event) {
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->setPalette(appearance::lightPalette());
-    menu->addAction(QStringLiteral("剪切"), this, &QLineEdit::cut)->setEnabled(hasSelectedText());
-    menu->addAction(QStringLiteral("复制"), this, &QLineEdit::copy)->setEnabled(hasSelectedText());
-    menu->addAction(QStringLiteral("粘贴"), this, &SearchField::pasteSnapshot);
-    menu->addSeparator();
-    menu->addAction(QStringLiteral("全选"), this, &QLineEdit::selectAll)->setEnabled(!text().isEmpty());
-    menu->popup(event->globalPos());
 }
 
 void SearchField::inputMethodEvent(QInputMethodEvent* event) {

@@ -8,8 +8,9 @@
 
 namespace corvatto {
 
-LimitField::LimitField(UserDefaults& defaults, QString key, const QString& placeholder)
-    : m_defaults(defaults), m_key(std::move(key)) {
+LimitField::LimitField(UserDefaults& defaults, const Pasteboard& pasteboard, QString key,
+                       const QString& placeholder)
+    : TextField(pasteboard), m_defaults(defaults), m_key(std::move(key)) {
     setPlaceholderText(placeholder);
     connect(this, &QLineEdit::textChanged, this,
             [this](const QString& text) { m_defaults.setInteger(m_key, limitFrom(text)); });

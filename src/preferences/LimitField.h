@@ -2,18 +2,17 @@
 // typed.
 #pragma once
 
+#include "platform/TextField.h"
 #include "platform/UserDefaults.h"
-
-#include <QLineEdit>
 
 namespace corvatto {
 
-class LimitField : public QLineEdit {
+class LimitField : public TextField {
     Q_OBJECT
 
 public:
-    // The settings outlive the field.
-    LimitField(UserDefaults& defaults, QString key, const QString& placeholder);
+    // The settings and the pasteboard outlive the field.
+    LimitField(UserDefaults& defaults, const Pasteboard& pasteboard, QString key, const QString& placeholder);
 
     // Shows the stored limit; nothing for 0, which is no limit.
     void load();

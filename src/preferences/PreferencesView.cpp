@@ -53,14 +53,14 @@ QWidget* centred(QWidget* control) {
 
 } // namespace
 
-PreferencesView::PreferencesView(UserDefaults& defaults)
+PreferencesView::PreferencesView(UserDefaults& defaults, const Pasteboard& pasteboard)
     : m_defaults(defaults), m_sections(new QVBoxLayout(this)), m_lastShortcut(shortcut()) {
     setPalette(lightPalette());
     setAutoFillBackground(true);
     setFixedWidth(viewWidth);
     m_sections->setContentsMargins(36, 26, 36, 26);
     m_sections->setSpacing(20);
-    buildHistorySection();
+    buildHistorySection(pasteboard);
     buildMonitorSection();
     buildHotkeySection();
     buildUpdateSection();
@@ -103,10 +103,11 @@ void PreferencesView::addRow(QVBoxLayout& section, const QString& label, const Q
     section.addLayout(row);
 }
 
-void PreferencesView::buildHistorySection() {
+void PreferencesView::buildHistorySection(const Pasteboard& pasteboard) {
     QVBoxLayout* section = addSection(QStringLiteral("历史记录"), 14);
-    m_itemCount = new LimitField(m_defaults, SettingsKeys::maxItemCount, QStringLiteral("1000"));
-    m_retentionDays = new LimitField(m_defaults, SettingsKeys::maxRetentionDays, QStringLiteral("30"));
+    m_itemCount = new LimitField(m_defaults, pasteboard, SettingsKeys::maxItemCount, QStringLiteral("1000"));
+    m_retentionDays =
+        new LimitField(m_defaults, pasteboard, SettingsKeys::maxRetentionDays, QStringLiteral("30"));
     for (LimitField* field : {m_itemCount, m_retentionDays}) {
         field->setFont(systemFont(13));
         field->setFixedWidth(controlWidth);

@@ -2,6 +2,7 @@
 // control stores its setting the moment it is changed; whoever depends on a setting follows it from there.
 #pragma once
 
+#include "platform/Pasteboard.h"
 #include "platform/UserDefaults.h"
 
 #include <QWidget>
@@ -22,8 +23,8 @@ class PreferencesView : public QWidget {
 public:
     static constexpr int controlWidth = 498; // points
 
-    // The settings outlive the view. Its button needs the shared UpdateChecker.
-    explicit PreferencesView(UserDefaults& defaults);
+    // The settings and the pasteboard outlive the view. Its button needs the shared UpdateChecker.
+    PreferencesView(UserDefaults& defaults, const Pasteboard& pasteboard);
 
     // Called after the stored shortcut has changed. May be unset.
     std::function<void()> onHotkeyChanged;
@@ -40,7 +41,7 @@ private:
 
     QVBoxLayout* addSection(const QString& title, int spacing);
     void addRow(QVBoxLayout& section, const QString& label, const QString& help, QWidget* control);
-    void buildHistorySection();
+    void buildHistorySection(const Pasteboard& pasteboard);
     void buildMonitorSection();
     void buildHotkeySection();
     void buildUpdateSection();

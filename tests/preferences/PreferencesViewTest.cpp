@@ -4,6 +4,7 @@
 #include "settings/SettingsKeys.h"
 #include "support/Eventually.h"
 #include "support/FakeAlerts.h"
+#include "support/FakePasteboard.h"
 #include "support/FakeUserDefaults.h"
 #include "support/FakeWorkspace.h"
 #include "update/UpdateChecker.h"
@@ -33,7 +34,8 @@ protected:
     }
 
     FakeUserDefaults defaults;
-    PreferencesView view{defaults};
+    FakePasteboard pasteboard;
+    PreferencesView view{defaults, pasteboard};
 };
 
 TEST_F(PreferencesViewTest, EveryKeystrokeIsStored) {

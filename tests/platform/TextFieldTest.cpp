@@ -1,4 +1,4 @@
-#include "history/SearchField.h"
+#include "platform/TextField.h"
 
 #include "support/FakePasteboard.h"
 #include "support/Printing.h"
@@ -34,10 +34,10 @@ private:
     int& m_questions;
 };
 
-TEST(SearchFieldTest, PastesTheSnapshotAndAsksNoOtherProgram) {
+TEST(TextFieldTest, PastesTheSnapshotAndAsksNoOtherProgram) {
     test::FakePasteboard pasteboard;
     pasteboard.copyText(QStringLiteral("历史 "));
-    SearchField field(pasteboard);
+    TextField field(pasteboard);
     field.show();
     int questions = 0;
     QGuiApplication::clipboard()->setMimeData(new Untouchable(questions));
