@@ -41,6 +41,18 @@ QLabel* newLabel(const QString& text, const QFont& font, const QColor& color) {
     return label;
 }
 
+// Plain text, however many lines it takes, with a point between them.
+QLabel* newHelp(const QString& text) {
+    QLabel* label =
+        newLabel(QStringLiteral("<p style='line-height:1px; -qt-line-height-type:line-distance'>%1</p>")
+                     .arg(text.toHtmlEscaped()),
+                 systemFont(11), secondaryLabelColor());
+    label->setTextFormat(Qt::RichText); // the only kind with a line spacing
+    label->setFixedWidth(PreferencesView::controlWidth);
+    label->setWordWrap(true);
+    return label;
+}
+
 // A control in a frame as wide as the column, in its middle.
 QWidget* centred(QWidget* control) {
     auto* frame = new QWidget;
@@ -87,14 +99,10 @@ void PreferencesView::addRow(QVBoxLayout& section, const QString& label, const Q
     name->setBuddy(control);
     control->setAccessibleDescription(help);
 
-    QLabel* text = newLabel(help, systemFont(11), secondaryLabelColor());
-    text->setFixedWidth(controlWidth);
-    text->setWordWrap(true);
-
     auto* column = new QVBoxLayout;
     column->setSpacing(5);
     column->addWidget(control);
-    column->addWidget(text);
+    column->addWidget(newHelp(help));
     auto* row = new QHBoxLayout;
     row->setSpacing(14);
     row->addWidget(name, 0, Qt::AlignTop);
