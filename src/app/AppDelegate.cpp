@@ -55,8 +55,9 @@ HistoryWindowController& AppDelegate::windowController() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    // The program is there without a window to its name.
+    // The program is there without a window to its name, and with one takes no room in the task bar.
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    m_desktop.panelWindows.becomeAccessory();
     registerLaunchDefaults(m_desktop.defaults);
 
     HistoryViewModel& model = viewModel();

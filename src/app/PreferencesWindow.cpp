@@ -17,8 +17,8 @@ constexpr int contentHeight = 460;
 } // namespace
 
 PreferencesWindow::PreferencesWindow(QWidget* content)
-    : QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                           Qt::WindowCloseButtonHint |
+    : QWidget(nullptr, Qt::Dialog | // without buttons to minimise and maximise
+                           Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                            Qt::WindowStaysOnTopHint), // or it would open behind the panel it is opened from
       m_content(content) {
     setWindowTitle(QStringLiteral("Corvatto Preferences"));

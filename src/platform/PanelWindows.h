@@ -1,4 +1,5 @@
-// What a floating panel needs of the window manager beyond what Qt asks for.
+// What the program's windows, and its floating panel above all, need of the window manager beyond what Qt
+// asks for.
 #pragma once
 
 class QWidget;
@@ -12,8 +13,11 @@ public:
     PanelWindows(const PanelWindows&) = delete;
     PanelWindows& operator=(const PanelWindows&) = delete;
 
-    // Makes the top-level `panel` float above other windows, also full-screen ones, on every desktop, absent
-    // from task bar and pager. To be called before each time a hidden panel is shown: window managers forget.
+    // Makes the program an accessory: no window that it shows from now on has a place in task bar and pager.
+    virtual void becomeAccessory() = 0;
+
+    // Makes the top-level `panel` float above other windows, also full-screen ones, on every desktop. To be
+    // called before each time a hidden panel is shown: window managers forget.
     virtual void prepareToShow(QWidget& panel) = 0;
 
     // Asks once more for the same, when the panel has been shown: a window manager that hears late of the

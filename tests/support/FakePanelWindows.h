@@ -11,6 +11,7 @@ class FakePanelWindows : public PanelWindows {
 public:
     int preparedHidden = 0; // how often a panel was prepared while it was hidden
 
+    void becomeAccessory() override {}
     void prepareToShow(QWidget& panel) override { preparedHidden += panel.isVisible() ? 0 : 1; }
     void confirmShown(QWidget& /*panel*/) override {}
     bool askAgainToShow(QWidget& /*panel*/) override { return false; }

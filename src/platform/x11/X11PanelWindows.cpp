@@ -1,7 +1,7 @@
 #include "platform/x11/X11PanelWindows.h"
 
-#include <QGuiApplication>
-#include <QWidget>
+#include <QApplication>
+#include <QEvent>
 #include <QWindow>
 
 #include <algorithm>
@@ -25,17 +25,38 @@ constexpr quint32 sourceUser = 2;
 
 X11PanelWindows::X11PanelWindows(XcbConnection& connection) : m_connection(connection) {}
 
+void X11PanelWindows::becomeAccessory() {
+    qApp->installEventFilter(this);
+}
+
+bool X11PanelWindows::eventFilter(QObject* watched, QEvent* event) {
+    // A widget hears that it is shown before its window is.
+    if (event->type() != QEvent::Show || event->spontaneous() || !watched->isWidgetType()) {
+        return false;
+    }
+    const auto& widget = static_cast<const QWidget&>(*watched);
+    const bool isMainOrDialog = widget.windowType() == Qt::Window || widget.windowType() == Qt::Dialog;
+    if (widget.isWindow() && isMainOrDialog && watched != m_panel) {
+        prepareStates(widget, states().data() + 2, 2);
+    }
+    return false;
+}
+
+void X11PanelWindows::prepareStates(const QWidget& window, const xcb_atom_t* states, quint32 count) const {
+    // Window managers drop the states of a hidden window. Qt adds its own to those it finds.
+    xcb_change_property(qtConnection(), XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()),
+                        m_connection.atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, count, states);
+}
+
 void X11PanelWindows::prepareToShow(QWidget& panel) {
     xcb_connection_t* raw = qtConnection();
     if (raw == nullptr || panel.isVisible()) {
         return; // of a mapped window the states belong to the window manager
     }
     const auto window = static_cast<xcb_window_t>(panel.winId());
-
-    // Window managers drop the states of a hidden window. Qt adds its own to those it finds.
     const auto wanted = states();
-    xcb_change_property(raw, XCB_PROP_MODE_REPLACE, window, m_connection.atom("_NET_WM_STATE"), XCB_ATOM_ATOM,
-                        32, wanted.size(), wanted.data());
+    prepareStates(panel, wanted.data(), wanted.size());
+    m_panel = &panel;
     xcb_change_property(raw, XCB_PROP_MODE_REPLACE, window, m_connection.atom("_NET_WM_DESKTOP"),
                         XCB_ATOM_CARDINAL, 32, 1, &everyDesktop);
     // The panel is opened by the user's own key, so no focus-stealing prevention is to hold it back. Without
