@@ -118,13 +118,13 @@ void AppDelegate::terminate() {
 }
 
 void AppDelegate::setupMenuBar() {
-    m_statusItem = std::make_unique<StatusItem>(StatusItem::Actions{
-        [this] { showHistoryWindow(); },
-        [this] { viewModel().clearAll(); },
-        [this] { openPreferences(); },
-        [this] { showAboutPanel(); },
-        [this] { terminate(); },
-    });
+    m_statusItem = std::make_unique<StatusItem>(m_desktop.tray, StatusItem::Actions{
+                                                                    [this] { showHistoryWindow(); },
+                                                                    [this] { viewModel().clearAll(); },
+                                                                    [this] { openPreferences(); },
+                                                                    [this] { showAboutPanel(); },
+                                                                    [this] { terminate(); },
+                                                                });
 }
 
 void AppDelegate::openPreferences() {

@@ -15,6 +15,7 @@
 #include "platform/Pasteboard.h"
 #include "platform/RelativeDateTimeFormatter.h"
 #include "platform/Screens.h"
+#include "platform/Tray.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
 #include "settings/Preferences.h"
@@ -32,6 +33,7 @@ struct Desktop {
     Workspace& workspace;
     HotKeyCenter& hotKeyCenter;
     Screens& screens;
+    Tray& tray;
     PanelWindows& panelWindows;
     Alerts& alerts;
     const RelativeDateTimeFormatter& relativeTimes;

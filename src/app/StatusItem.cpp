@@ -41,7 +41,7 @@ QIcon paperclipIcon() {
     return icon;
 }
 
-StatusItem::StatusItem(Actions actions) : m_actions(std::move(actions)), m_icon(paperclipIcon()) {
+StatusItem::StatusItem(Tray& tray, Actions actions) : m_actions(std::move(actions)) {
     m_menu.addAction(QStringLiteral("显示历史"), m_actions.showHistory);
     m_menu.addSeparator();
     m_menu.addAction(QStringLiteral("清空所有历史"), m_actions.clearAll);
@@ -51,16 +51,22 @@ StatusItem::StatusItem(Actions actions) : m_actions(std::move(actions)), m_icon(
     m_menu.addAction(QStringLiteral("关于"), m_actions.showAbout);
     m_menu.addSeparator();
     m_menu.addAction(QStringLiteral("退出"), m_actions.quit)->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
-    m_icon.setContextMenu(&m_menu);
-    m_icon.setToolTip(QStringLiteral("Corvatto"));
+    QObject::connect(&tray, &Tray::found, &m_menu, [this] { show(); });
+    tray.find();
+}
+
+void StatusItem::show() {
+    m_icon.emplace(paperclipIcon());
+    m_icon->setContextMenu(&m_menu);
+    m_icon->setToolTip(QStringLiteral("Corvatto"));
     // A plain click does what a click on a status item does: it opens the menu.
-    QObject::connect(&m_icon, &QSystemTrayIcon::activated, &m_menu,
+    QObject::connect(&*m_icon, &QSystemTrayIcon::activated, &m_menu,
                      [this](QSystemTrayIcon::ActivationReason reason) {
                          if (reason == QSystemTrayIcon::Trigger) {
                              m_menu.popup(QCursor::pos());
                          }
                      });
-    m_icon.show();
+    m_icon->show();
 }
 
 } // namespace corvatto

@@ -1,11 +1,14 @@
 // The program's permanent handle: a paper clip in the desktop's tray, with a menu.
 #pragma once
 
+#include "platform/Tray.h"
+
 #include <QIcon>
 #include <QMenu>
 #include <QSystemTrayIcon>
 
 #include <functional>
+#include <optional>
 
 namespace corvatto {
 
@@ -21,12 +24,15 @@ public:
         std::function<void()> quit;
     };
 
-    explicit StatusItem(Actions actions);
+    // The tray outlives the item.
+    StatusItem(Tray& tray, Actions actions);
 
 private:
+    void show();
+
     Actions m_actions;
     QMenu m_menu;
-    QSystemTrayIcon m_icon;
+    std::optional<QSystemTrayIcon> m_icon; // absent while there has been no tray
 };
 
 // The paper clip, dark with a light edge, so that it can be read on light and on dark panels.

@@ -12,6 +12,7 @@
 #include "platform/x11/X11HotKeyCenter.h"
 #include "platform/x11/X11PanelWindows.h"
 #include "platform/x11/X11Pasteboard.h"
+#include "platform/x11/X11Tray.h"
 #include "platform/x11/X11Workspace.h"
 #include "settings/ProductAddresses.h"
 #include "update/UpdateChecker.h"
@@ -155,6 +156,7 @@ int main(int argc, char** argv) {
     X11Workspace workspace(*connection);
     X11HotKeyCenter hotKeyCenter(*connection);
     X11PanelWindows panelWindows(*connection);
+    X11Tray tray(*connection);
     QtScreens screens;
     QtAlerts alerts;
     const IcuRelativeDateTimeFormatter relativeTimes(QLocale::system().bcp47Name());
@@ -164,7 +166,8 @@ int main(int argc, char** argv) {
     UpdateChecker::install(updateChecker);
 
     AppDelegate delegate({applicationSupportDirectory(), defaults, pasteboard, workspace, hotKeyCenter,
-                          screens, panelWindows, alerts, relativeTimes, QStringLiteral(CORVATTO_VERSION)});
+                          screens, tray, panelWindows, alerts, relativeTimes,
+                          QStringLiteral(CORVATTO_VERSION)});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
     QObject::connect(connection.get(), &XcbConnection::disconnected, &application, [] {

@@ -1,4 +1,4 @@
-// What is around the history: preferences, tray, command line, a second start.
+// What is around the history: preferences, command line, a second start.
 #include "EndToEndTest.h"
 
 namespace corvatto::test {
@@ -88,39 +88,6 @@ TEST_F(ApplicationTest, ASecondStartAndTheCommandLineReachTheRunningProgram) {
     EXPECT_EQ(corvatto({"--quit"}), 0);
     EXPECT_EQ(program->exitStatus(), 0);
     EXPECT_EQ(corvatto({"--quit"}), 1);
-    launch(); // and it starts again
-}
-
-TEST_F(ApplicationTest, TheTrayMenuOpensFromATrayThatStartsLater) {
-    launch();
-    hidePanel();
-    const QByteArray configuration = desktop.writeFile(
-        "tint2rc", "panel_items = S\npanel_size = 120 32\npanel_position = top right horizontal\n"
-                   "systray_padding = 4 4 4\nsystray_icon_size = 22\n");
-    Process tray("tint2", {"-c", configuration}, desktop.environment(), true);
-    // The icon, a window of the program's own, is the only one, at the left end of the tray.
-    const auto menu = [this] {
-        for (const XClient::Window window : x.visibleWindows(program->pid())) {
-            if (x.geometry(window).width() > 32 && window != panel()) {
-                return x.geometry(window);
-            }
-        }
-        return QRect();
-    };
-    const auto openMenu = [&] {
-        return soon([&] {
-            x.click({1280 - 120 + 15, 16}, 1, 3);
-            return soon([&] { return !menu().isEmpty(); }, std::chrono::seconds(1));
-        });
-    };
-    ASSERT_TRUE(openMenu());
-    keepPicture(QStringLiteral("menu"));
-    x.click(menu().topLeft() + QPoint(40, 14)); // 显示历史
-    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
-    hidePanel();
-    ASSERT_TRUE(openMenu());
-    x.click(menu().bottomLeft() + QPoint(40, -12)); // 退出
-    EXPECT_EQ(program->exitStatus(), 0);
     launch(); // and it starts again
 }
 

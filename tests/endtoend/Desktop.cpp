@@ -11,6 +11,12 @@ namespace corvatto::test {
 
 namespace {
 
+// Nothing but what the test itself puts on it: no service is started.
+constexpr auto busSettings = R"(<busconfig><type>session</type><listen>unix:path=SOCKET</listen>
+  <policy context="default"><allow send_destination="*"/><allow receive_sender="*"/><allow own="*"/></policy>
+</busconfig>
+)";
+
 constexpr auto windowManagerSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
@@ -53,6 +59,9 @@ Desktop::Desktop(const Options& options) {
     m_display = ':' + m_server->output().trimmed();
     m_environment.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(m_display));
 
+    if (options.hasSessionBus) {
+        startSessionBus();
+    }
     const auto settings = writeFile(
         "openbox.xml",
         QByteArray(windowManagerSettings).replace("BOTTOM", QByteArray::number(options.bottomMargin)));
@@ -62,6 +71,19 @@ Desktop::Desktop(const Options& options) {
     if (!soon([&] { return client.hasWindowManager(); })) {
         throw std::runtime_error("no window manager");
     }
+}
+
+void Desktop::startSessionBus() {
+    const QByteArray socket = home() + "/runtime/test-bus";
+    const auto settings = writeFile("bus.conf", QByteArray(busSettings).replace("SOCKET", socket));
+    m_bus = std::make_unique<Process>("dbus-daemon",
+                                      QByteArrayList{"--nofork", "--nopidfile", "--config-file", settings},
+                                      m_environment, true);
+    if (!soon([&] { return QFile::exists(QString::fromUtf8(socket)); })) {
+        throw std::runtime_error("no session bus");
+    }
+    m_sessionBus = "unix:path=" + socket;
+    m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(m_sessionBus));
 }
 
 QByteArray Desktop::writeFile(const QByteArray& name, const QByteArray& bytes) const {

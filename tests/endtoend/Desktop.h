@@ -17,12 +17,14 @@ public:
     struct Options {
         QSize screen = {1280, 1100}; // pixels
         int bottomMargin = 0;        // pixels kept free at the bottom, as for a task bar
+        bool hasSessionBus = false;
     };
 
     // Returns when the window manager is in charge. Throws std::runtime_error when that does not come about.
     explicit Desktop(const Options& options);
 
     const QByteArray& display() const { return m_display; }
+    const QByteArray& sessionBus() const { return m_sessionBus; }            // its address
     const QProcessEnvironment& environment() const { return m_environment; } // for programs on this desktop
 
     // Absolute paths, below the private home.
@@ -39,8 +41,10 @@ public:
 private:
     QTemporaryDir m_home;
     QProcessEnvironment m_environment;
-    QByteArray m_display;
-    std::unique_ptr<Process> m_server, m_windowManager;
+    QByteArray m_display, m_sessionBus;
+    std::unique_ptr<Process> m_server, m_windowManager, m_bus;
+
+    void startSessionBus();
 };
 
 } // namespace corvatto::test

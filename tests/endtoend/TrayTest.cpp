@@ -1,0 +1,115 @@
+// The status item in trays of both kinds, which come late, and go.
+#include "EndToEndTest.h"
+#include "TrayHost.h"
+
+namespace corvatto::test {
+
+namespace {
+
+class TrayTest : public EndToEndTest {
+protected:
+    TrayTest() : EndToEndTest({.hasSessionBus = true}) {}
+
+    // The visible window of this size and title; alerts and preferences, as opposed to the panel and menus.
+    bool isOpen(const QByteArray& title) {
+        const auto windows = x.visibleWindows(program->pid());
+        return std::any_of(windows.begin(), windows.end(), [&](XClient::Window window) {
+            return window != panel() && x.title(window) == title && x.activeWindow() == window;
+        });
+    }
+    bool soonOpen(const QByteArray& title) {
+        return soon([&] { return isOpen(title); });
+    }
+    bool soonClosed(const QByteArray& title) {
+        return soon([&] { return !isOpen(title); });
+    }
+};
+
+} // namespace
+
+TEST_F(TrayTest, TheMenuOnTheBusDoesAllThatItSays) {
+    database.fill(numberedEntries());
+    launch();
+    // First the watcher, then the host; later both anew, as when a desktop's shell restarts.
+    auto tray = std::make_unique<TrayHost>(desktop.sessionBus());
+    EXPECT_FALSE(soon([&] { return tray->hasItem(); }, std::chrono::milliseconds(300)));
+    tray->come();
+    ASSERT_TRUE(soon([&] { return tray->hasItem(); }));
+    tray.reset();
+    tray = std::make_unique<TrayHost>(desktop.sessionBus());
+    tray->come();
+    ASSERT_TRUE(soon([&] { return tray->hasItem(); }));
+
+    EXPECT_EQ(tray->itemProperty("Id"), QStringLiteral("corvatto"));
+    EXPECT_THAT(tray->iconSizes(), ::testing::IsSupersetOf({QSize(16, 16), QSize(22, 22), QSize(48, 48)}));
+    EXPECT_EQ(tray->menu(),
+              QStringList({QStringLiteral("显示历史"), QStringLiteral("-"), QStringLiteral("清空所有历史"),
+                           QStringLiteral("-"), QStringLiteral("偏好设置... (Control+,)"),
+                           QStringLiteral("关于"), QStringLiteral("-"), QStringLiteral("退出 (Control+Q)")}));
+    tray->choose(QStringLiteral("显示历史")); // visible already
+    EXPECT_TRUE(soon([this] { return setting("corvattoHistoryWindowOpenCount") == 2; }));
+    hidePanel();
+    tray->choose(QStringLiteral("显示历史"));
+    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
+
+    tray->choose(QStringLiteral("偏好设置..."));
+    EXPECT_TRUE(soonOpen("Corvatto Preferences"));
+    for (const auto& [answer, left] : {std::pair("Escape", 17), {"Return", 0}}) {
+        tray->choose(QStringLiteral("清空所有历史"));
+        ASSERT_TRUE(soonOpen("Corvatto"));
+        keepPicture(QStringLiteral("confirmation"));
+        x.key(answer);
+        EXPECT_TRUE(soonClosed("Corvatto"));
+        EXPECT_TRUE(soon([&] { return database.rows().size() == left; }));
+    }
+    const auto windowCount = [this] {
+        return x.visibleWindows(program->pid()).size();
+    };
+    const qsizetype before = windowCount();
+    tray->click();
+    EXPECT_TRUE(soon([&] { return windowCount() == before + 1; }));
+    keepPicture(QStringLiteral("menu"));
+    x.key("Escape");
+    EXPECT_TRUE(soon([&] { return windowCount() == before; }));
+    tray->choose(QStringLiteral("关于"));
+    EXPECT_TRUE(soonOpen("Corvatto"));
+    keepPicture(QStringLiteral("about"));
+    tray->choose(QStringLiteral("退出")); // under the alert
+    EXPECT_EQ(program->exitStatus(), 0);
+    launch(); // and it starts again
+}
+
+TEST_F(TrayTest, ATrayOfWindowsMayStartLater) {
+    launch();
+    hidePanel();
+    const QByteArray configuration = desktop.writeFile(
+        "tint2rc", "panel_items = S\npanel_size = 120 32\npanel_position = top right horizontal\n"
+                   "systray_padding = 4 4 4\nsystray_icon_size = 22\n");
+    Process tray("tint2", {"-c", configuration}, desktop.environment(), true);
+    // The icon, a window of the program's own, is the only one, at the left end of the tray.
+    const auto menu = [this] {
+        for (const XClient::Window window : x.visibleWindows(program->pid())) {
+            if (x.geometry(window).width() > 32 && window != panel()) {
+                return x.geometry(window);
+            }
+        }
+        return QRect();
+    };
+    const auto openMenu = [&] {
+        return soon([&] {
+            x.click({1280 - 120 + 15, 16}, 1, 3);
+            return soon([&] { return !menu().isEmpty(); }, std::chrono::seconds(1));
+        });
+    };
+    ASSERT_TRUE(openMenu());
+    keepPicture(QStringLiteral("menu"));
+    x.click(menu().topLeft() + QPoint(40, 14)); // 显示历史
+    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    hidePanel();
+    ASSERT_TRUE(openMenu());
+    x.click(menu().bottomLeft() + QPoint(40, -12)); // 退出
+    EXPECT_EQ(program->exitStatus(), 0);
+    launch(); // and it starts again
+}
+
+} // namespace corvatto::test
