@@ -114,7 +114,8 @@ void AppDelegate::showHistoryWindow() {
 }
 
 void AppDelegate::terminate() {
-    m_desktop.pasteboard.handOver([] { QCoreApplication::quit(); });
+    // Not quit(), which asks every window first: the panel does not let itself be closed.
+    m_desktop.pasteboard.handOver([] { QCoreApplication::exit(); });
 }
 
 void AppDelegate::setupMenuBar() {
