@@ -1,6 +1,8 @@
 // Content that outlives the program that copied it, and content that must not.
 #include "EndToEndTest.h"
 
+#include <QElapsedTimer>
+
 namespace corvatto::test {
 
 namespace {
@@ -51,6 +53,36 @@ TEST_F(OwnerExitTest, TextImagesAndFilesRemain) {
     for (const auto& row : rows) {
         EXPECT_EQ(row.copyCount, 1) << row.content.constData(); // offering again is no copy
     }
+}
+
+TEST_F(OwnerExitTest, AManagerGetsWhatTheProgramOffersAtItsEnd) {
+    database.fill({{"newest"}, {"chosen\r\n文"}});
+    launch();
+    Process manager(CLIPBOARD_MANAGER, {}, desktop.environment());
+    ASSERT_TRUE(soon([&] { return manager.hasPrinted("ready"); }));
+    x.key("Return");
+    ASSERT_TRUE(soonHidden());
+    EXPECT_EQ(Process(CORVATTO_PROGRAM, {"--quit"}, desktop.environment()).exitStatus(), 0);
+    EXPECT_EQ(program->exitStatus(), 0);
+    EXPECT_TRUE(manager.hasPrinted("saved"));
+    EXPECT_EQ(paste(), "chosen\r\n文");
+
+    // One that hangs is waited for, but not long, however often the program is told to end.
+    launch();
+    x.key("Return");
+    ASSERT_TRUE(soonHidden());
+    const auto signalManager = [&](int signal) {
+        kill(static_cast<pid_t>(manager.pid()), signal);
+    };
+    signalManager(SIGSTOP);
+    QElapsedTimer time;
+    time.start();
+    EXPECT_TRUE(soon(
+        [this] { return !program->isRunning() || kill(static_cast<pid_t>(program->pid()), SIGTERM) != 0; }));
+    EXPECT_GE(time.elapsed(), 1'500);
+    EXPECT_LE(time.elapsed(), 5'000);
+    signalManager(SIGCONT);
+    launch(); // and it starts again
 }
 
 TEST_F(OwnerExitTest, AClearedClipboardStaysEmpty) {

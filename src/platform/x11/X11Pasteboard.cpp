@@ -154,6 +154,9 @@ void X11Pasteboard::writeImage(const Image& image) {
 }
 
 void X11Pasteboard::handOver(std::function<void()> done) {
+    if (m_handOver) {
+        return; // whoever asks again and again must not put off the end
+    }
     const bool isOurs = m_ownership.owner == m_owner.window() && !m_content.isEmpty();
     if (isOurs) {
         m_handOver = std::make_unique<ClipboardHandOver>(m_connection, m_owner.window(), std::move(done));
