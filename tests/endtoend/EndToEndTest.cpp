@@ -110,6 +110,12 @@ bool EndToEndTest::soonHidden() {
     return soon([this] { return panel() == XCB_NONE; });
 }
 
+bool EndToEndTest::isInFront(const QByteArray& title) {
+    const auto window = x.activeWindow();
+    return window != panel() && x.title(window) == title &&
+           x.cardinal(window, "_NET_WM_PID") == program->pid();
+}
+
 QPoint EndToEndTest::card(int index) {
     const QRect rect = x.geometry(panel());
     return {rect.x() + 28 + index * (320 + 18) + 160, rect.y() + rect.height() - 28 - 1 - 18 - 160};

@@ -38,7 +38,8 @@ protected:
     XClient::Window panel(); // 0 while it is hidden
     bool panelHasKeyboard();
     bool soonHidden();
-    QPoint card(int index); // the centre of a card of the shelf while it is not scrolled
+    bool isInFront(const QByteArray& title); // a window of the program's that is not the panel
+    QPoint card(int index);                  // the centre of a card of the shelf while it is not scrolled
 
     // Another program takes the clipboard and keeps it until the next copy() or `owner.reset()`. The options
     // are those of clipboard_client.

@@ -10,18 +10,11 @@ class TrayTest : public EndToEndTest {
 protected:
     TrayTest() : EndToEndTest({.hasSessionBus = true}) {}
 
-    // The visible window of this size and title; alerts and preferences, as opposed to the panel and menus.
-    bool isOpen(const QByteArray& title) {
-        const auto windows = x.visibleWindows(program->pid());
-        return std::any_of(windows.begin(), windows.end(), [&](XClient::Window window) {
-            return window != panel() && x.title(window) == title && x.activeWindow() == window;
-        });
-    }
     bool soonOpen(const QByteArray& title) {
-        return soon([&] { return isOpen(title); });
+        return soon([&] { return isInFront(title); });
     }
     bool soonClosed(const QByteArray& title) {
-        return soon([&] { return !isOpen(title); });
+        return soon([&] { return !isInFront(title); });
     }
 };
 

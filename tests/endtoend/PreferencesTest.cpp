@@ -1,0 +1,144 @@
+// The preferences window, and each setting's effect on the program that runs.
+#include "EndToEndTest.h"
+
+namespace corvatto::test {
+
+namespace {
+
+class PreferencesTest : public EndToEndTest {
+protected:
+    void openPreferences() {
+        x.key("ctrl+comma");
+        ASSERT_TRUE(soon([this] { return isInFront("Corvatto Preferences"); }));
+        window = x.geometry(x.activeWindow());
+    }
+
+    bool soonSet(const char* key, const QVariant& value) {
+        return soon([&] { return setting(key) == value; });
+    }
+
+    // Its left part, beside the text. The recorder is the only white thing in the middle of its column that
+    // does not end where the column does.
+    QPoint recorder() {
+        const QImage screen = x.screenshot();
+        const auto isWhite = [&](int left, int y) {
+            return screen.pixelColor(window.left() + left, y) == QColor(Qt::white);
+        };
+        int y = window.top();
+        while (y < window.bottom() && (!isWhite(345, y) || isWhite(640, y))) {
+            ++y;
+        }
+        return {window.left() + 345, y + 8};
+    }
+
+    bool isRecording() { return x.pixel(m_recorder) != QColor(Qt::white); }
+
+    // Records, and leaves the recorder idle.
+    void record(const QByteArray& keys) {
+        x.click(m_recorder);
+        ASSERT_TRUE(soon([this] { return isRecording(); }));
+        x.key(keys);
+        ASSERT_TRUE(soon([this] { return !isRecording(); }));
+    }
+
+    bool soonToggled(const QByteArray& keys) {
+        const bool wasVisible = panel() != XCB_NONE;
+        x.key(keys);
+        return soon([&] { return (panel() != XCB_NONE) != wasVisible; });
+    }
+
+    QRect window;
+    QPoint m_recorder;
+};
+
+} // namespace
+
+TEST_F(PreferencesTest, LimitsAndIntervalTakeEffectInTheRunningProgram) {
+    launch();
+    openPreferences();
+    EXPECT_EQ(window.width(), 680);
+    EXPECT_GE(window.height(), 460);
+    EXPECT_NEAR(window.center().x(), 640, 2);
+    EXPECT_TRUE(x.states(x.activeWindow()).contains("_NET_WM_STATE_SKIP_TASKBAR"));
+    keepPicture(QStringLiteral("preferences"));
+
+    // The first field has the keyboard. Each stored value is the proof that the key before arrived.
+    x.type("2");
+    EXPECT_TRUE(soonSet("maxItemCount", 2));
+    for (const char* text : {"one", "two", "three"}) {
+        copyText(text);
+        ASSERT_TRUE(soonStored(text));
+    }
+    EXPECT_TRUE(soon([this] { return database.rows().size() == 2; })); // trimmed right after storing
+    x.key("Tab");
+    x.type("-5");
+    EXPECT_TRUE(soonSet("maxRetentionDays", 0));
+    x.key("ctrl+a");
+    x.type("7");
+    EXPECT_TRUE(soonSet("maxRetentionDays", 7));
+    database.execute("UPDATE clipboard_items SET last_copied_at = last_copied_at - 8 * 86400");
+    copyText("four");
+    EXPECT_TRUE(soonStored("four"));
+    EXPECT_TRUE(soon([this] { return database.rows().size() == 1; }));
+
+    x.key("Tab End");
+    EXPECT_TRUE(soonSet("clipboardPollingInterval", 5));
+    copyText("five");
+    EXPECT_FALSE(soon([this] { return database.find("five").has_value(); }, std::chrono::milliseconds(1500)));
+    x.key("Home Right Right");
+    EXPECT_TRUE(soonSet("clipboardPollingInterval", 0.3));
+    EXPECT_TRUE(soon([this] { return database.find("five").has_value(); }, std::chrono::milliseconds(2500)));
+}
+
+TEST_F(PreferencesTest, EveryKindOfCombinationIsRecordedAndRegisteredAtOnce) {
+    launch();
+    openPreferences();
+    ASSERT_TRUE(soonToggled("super+shift+v")); // hidden, it does not cover the recorder
+    m_recorder = recorder();
+    const struct {
+        QByteArray keys;
+        int keyCode, modifiers;
+        QByteArray toggles; // zeros stand for the default
+    } cases[] = {
+        {"super+shift+k", 40, 768, "super+shift+k"},
+        {"ctrl+alt+super+shift+F1", 122, 6912, "ctrl+alt+super+shift+F1"},
+        {"k", 40, 0, "super+shift+k"},
+        {"super+a", 0, 256, "super+v"},
+        {"Escape", 53, 0, "super+shift+Escape"},
+        {"BackSpace", 51, 0, "super+shift+BackSpace"},
+        {"Tab", 48, 0, "super+shift+Tab"},
+        {"ctrl+alt+Right", 124, 6144, "ctrl+alt+Right"},
+    };
+    for (const auto& [keys, keyCode, modifiers, toggles] : cases) {
+        SCOPED_TRACE(keys.toStdString());
+        record(keys);
+        ASSERT_TRUE(soonSet("hotkeyKeyCode", keyCode));
+        ASSERT_TRUE(soonSet("hotkeyModifiers", modifiers));
+        ASSERT_TRUE(soonToggled(toggles));
+        ASSERT_TRUE(soonToggled(toggles));
+        ASSERT_TRUE(soon([this] { return isInFront("Corvatto Preferences"); }));
+    }
+
+    // Modifiers alone are nothing, until time is up; and two clicks are one too many.
+    x.click(m_recorder);
+    ASSERT_TRUE(soon([this] { return isRecording(); }));
+    x.key("shift super+alt");
+    keepPicture(QStringLiteral("recording"));
+    EXPECT_FALSE(soon([this] { return !isRecording(); }, std::chrono::milliseconds(1500)));
+    EXPECT_TRUE(soon([this] { return !isRecording(); }));
+    x.click(m_recorder, 2);
+    x.key("k");
+    EXPECT_TRUE(soonToggled("ctrl+alt+Right"));
+    EXPECT_TRUE(soonToggled("ctrl+alt+Right"));
+    EXPECT_EQ(setting("hotkeyKeyCode"), 124);
+
+    // What a lone N stands for is somebody else's: said in print, and the next one is as good as ever.
+    ASSERT_TRUE(x.grabKey(57, XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_4));
+    record("n");
+    EXPECT_TRUE(soonPrinted("[HotKeyManager] ERROR: RegisterEventHotKey failed with status -9878"));
+    EXPECT_EQ(setting("hotkeyKeyCode"), 45);
+    record("super+alt+n");
+    EXPECT_TRUE(soonToggled("super+alt+n"));
+}
+
+} // namespace corvatto::test
