@@ -132,7 +132,6 @@ void AppDelegate::openPreferences() {
     if (!m_preferencesWindow) {
         m_preferencesWindow = std::make_unique<PreferencesWindow>(
             new PreferencesView(m_desktop.defaults, m_desktop.pasteboard));
-        m_preferencesWindow->setWindowIcon(QIcon::fromTheme(QStringLiteral("corvatto"), paperclipIcon()));
     }
     m_preferencesWindow->show();
     m_preferencesWindow->raise();

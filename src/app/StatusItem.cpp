@@ -2,6 +2,7 @@
 
 #include "platform/Symbols.h"
 
+#include <QIcon>
 #include <QPainter>
 
 #include <algorithm>
@@ -31,8 +32,7 @@ QPixmap paperclipPixmap(int side) {
     return pixmap;
 }
 
-} // namespace
-
+// Dark with a light edge, so that it can be read on light and on dark panels.
 QIcon paperclipIcon() {
     QIcon icon;
     for (const int side : {16, 22, 24, 32, 48, 64}) {
@@ -40,6 +40,8 @@ QIcon paperclipIcon() {
     }
     return icon;
 }
+
+} // namespace
 
 StatusItem::StatusItem(Tray& tray, Actions actions) : m_actions(std::move(actions)) {
     m_menu.addAction(QStringLiteral("显示历史"), m_actions.showHistory);

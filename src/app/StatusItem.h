@@ -3,7 +3,6 @@
 
 #include "platform/Tray.h"
 
-#include <QIcon>
 #include <QMenu>
 #include <QSystemTrayIcon>
 
@@ -34,8 +33,5 @@ private:
     QMenu m_menu;
     std::optional<QSystemTrayIcon> m_icon; // absent while there has been no tray
 };
-
-// The paper clip, dark with a light edge, so that it can be read on light and on dark panels.
-QIcon paperclipIcon();
 
 } // namespace corvatto

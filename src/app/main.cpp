@@ -145,6 +145,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("corvatto"));
     QApplication::setApplicationVersion(QStringLiteral(CORVATTO_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("corvatto"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/corvatto.svg")));
 
     const auto connection = XcbConnection::open();
     if (!connection) {

@@ -18,6 +18,7 @@ TEST(Symbols, EveryNameThatTheProgramUsesIsADrawingOfItsOwn) {
                                          {"doc", 30},
                                          {"photo", 30},
                                          {"magnifyingglass", 13},
+                                         {"exclamationmark.triangle.fill", 48},
                                          {"xmark.circle.fill", 13},
                                          {"doc.on.clipboard", 34}}) {
             const QString name = QString::fromUtf8(utf8);
@@ -38,7 +39,7 @@ TEST(Symbols, EveryNameThatTheProgramUsesIsADrawingOfItsOwn) {
             drawings.insert(
                 QByteArray(reinterpret_cast<const char*>(drawn.constBits()), drawn.sizeInBytes()));
         }
-        EXPECT_EQ(drawings.size(), 8) << ratio;
+        EXPECT_EQ(drawings.size(), 9) << ratio;
     }
     EXPECT_TRUE(symbols::pixmap(QStringLiteral("none"), 11, color, 1).isNull());
     EXPECT_TRUE(symbols::size(QStringLiteral("none"), 11).isEmpty());

@@ -1,4 +1,4 @@
-// Modal alerts as message boxes.
+// Modal alerts in windows of their own.
 #pragma once
 
 #include "platform/Alerts.h"
