@@ -40,15 +40,11 @@ std::optional<FileError> createDirectories(const QString& path) {
     return std::nullopt;
 }
 
-std::optional<FileError> makePrivate(const QString& path) {
+void makePrivate(const QString& path) {
     using std::filesystem::perms;
     std::error_code error;
     std::filesystem::permissions(nativePath(path), perms::group_all | perms::others_all,
                                  std::filesystem::perm_options::remove, error);
-    if (error && error != std::errc::no_such_file_or_directory) {
-        return errorFrom(error, path);
-    }
-    return std::nullopt;
 }
 
 std::optional<FileError> writeFileAtomically(const QString& path, const QByteArray& bytes) {

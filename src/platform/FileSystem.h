@@ -24,8 +24,8 @@ struct FileError {
 // Creates the directory with its parents. An existing directory is success.
 std::optional<FileError> createDirectories(const QString& path);
 
-// Takes all rights of other users to a file or directory away. One that is not there is success.
-std::optional<FileError> makePrivate(const QString& path);
+// Takes all rights of other users to a file or directory away, if it is there and ours.
+void makePrivate(const QString& path);
 
 // Writes to a temporary file beside `path`, syncs it and moves it into place, so that `path` holds either its
 // old content or all of `bytes`, also after a loss of power.

@@ -49,17 +49,6 @@ void addColumnIfMissing(sqlite3* db, const char* probeSql, const char* alterSql,
     }
 }
 
-// What we create is private by the process's umask; this is for what was there before, from a backup or a
-// copied home directory. Images need no more than their directories, which nobody else can pass.
-void makeHistoryPrivate(const QStringList& paths) {
-    for (const QString& path : paths) {
-        if (const auto error = makePrivate(path)) {
-            printLine(QStringLiteral("[ClipboardStore] ERROR: Others may read %1: %2")
-                          .arg(path, error->description()));
-        }
-    }
-}
-
 } // namespace
 
 void ClipboardStore::openDatabase() {
@@ -74,8 +63,12 @@ void ClipboardStore::openDatabase() {
         return;
     }
     const QString database = directory + QStringLiteral("/corvatto.sqlite3");
-    makeHistoryPrivate({directory, database, database + QStringLiteral("-wal"),
-                        database + QStringLiteral("-shm"), imagesDir(), thumbnailsDir()});
+    // What we create is private by the process's umask; this is for what was there before, from a backup or a
+    // copied home directory. Images need no more than their directories, which nobody else can pass.
+    for (const QString& path : {directory, database, database + QStringLiteral("-wal"),
+                                database + QStringLiteral("-shm"), imagesDir(), thumbnailsDir()}) {
+        makePrivate(path);
+    }
     if (sqlite3_open(QFile::encodeName(database).constData(), &m_db) != SQLITE_OK) {
         printLine(QStringLiteral("[ClipboardStore] ERROR: Failed to open database: ") +
                   lastSqliteError(m_db));

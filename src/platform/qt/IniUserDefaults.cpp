@@ -19,7 +19,7 @@ IniUserDefaults::IniUserDefaults(const QString& path) : m_path(path) {
                       .arg(error->path, error->description()));
     }
     for (const QString& mine : {QFileInfo(m_path).path(), m_path}) {
-        makePrivate(mine); // at best; settings are no secrets
+        makePrivate(mine);
     }
     m_settings.emplace(m_path, QSettings::IniFormat);
     m_settings->allKeys(); // parses all of the file; until then its form is not known
