@@ -181,7 +181,7 @@ int main(int argc, char** argv) {
 
     NoSettings defaults;
     const Preferences preferences(defaults);
-    const ClipboardStore store(options.directory, preferences); // makes the tables and the directories
+    ClipboardStore store(options.directory, preferences); // makes the tables and the directories
     if (!store.fetchRecent(std::nullopt, 1).isEmpty()) {
         fail("there is a history already");
     }

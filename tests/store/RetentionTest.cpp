@@ -1,9 +1,6 @@
 #include "StoreTest.h"
 
-#include "settings/SettingsKeys.h"
-
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 namespace corvatto {
@@ -17,26 +14,10 @@ class Retention : public test::StoreTest {
 protected:
     void SetUp() override { open(); }
 
-    static void touch(const QString& path) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
-    }
-    QString imageFile(const char* name) const { return store->imagesDir() + u'/' + QString::fromUtf8(name); }
-    QString thumbnailFile(const char* name) const {
-        return store->thumbnailsDir() + u'/' + QString::fromUtf8(name);
-    }
     bool hasFiles(const char* name) const {
         EXPECT_EQ(QFileInfo::exists(imageFile(name)), QFileInfo::exists(thumbnailFile(name)));
         return QFileInfo::exists(imageFile(name));
     }
-    void recordImage(const char* name) {
-        wait(1s);
-        touch(imageFile(name));
-        touch(thumbnailFile(name));
-        store->insertOrUpdateImage(imageFile(name), thumbnailFile(name), QString::fromUtf8(name), {}, {});
-    }
-    void limitCount(qint64 limit) { defaults.setInteger(SettingsKeys::maxItemCount, limit); }
-    void limitDays(qint64 limit) { defaults.setInteger(SettingsKeys::maxRetentionDays, limit); }
     void refuseDeletion() {
         sql("CREATE TRIGGER no_delete BEFORE DELETE ON clipboard_items BEGIN SELECT RAISE(ABORT, 'refused'); "
             "END");

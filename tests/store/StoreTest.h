@@ -2,10 +2,12 @@
 // to look at the file with.
 #pragma once
 
+#include "settings/SettingsKeys.h"
 #include "store/ClipboardStore.h"
 #include "support/CapturedOutput.h"
 #include "support/FakeUserDefaults.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -37,11 +39,12 @@ protected:
     void wait(std::chrono::milliseconds duration) { time += duration; }
 
     // Runs SQL on a connection of its own. A row's columns are joined with "|", NULL is "NULL".
-    QStringList sql(const char* statement) const {
+    QStringList sql(const char* statement) const { return sql(statement, databasePath()); }
+    static QStringList sql(const char* statement, const QString& path) {
         QStringList rows;
         sqlite3* db = nullptr;
         char* error = nullptr;
-        sqlite3_open(databasePath().toUtf8().constData(), &db);
+        sqlite3_open(path.toUtf8().constData(), &db);
         const auto append = [](void* result, int count, char** values, char**) {
             QStringList columns;
             for (int column = 0; column < count; ++column) {
@@ -65,11 +68,29 @@ protected:
         return result;
     }
 
-    // Records a text a second after the last recording.
+    // Record a second after the last recording.
     void record(const QString& text) {
         wait(std::chrono::seconds(1));
         store->insertOrUpdate(text, QStringLiteral("Editor"));
     }
+    void recordImage(const char* name) {
+        wait(std::chrono::seconds(1));
+        touch(imageFile(name));
+        touch(thumbnailFile(name));
+        store->insertOrUpdateImage(imageFile(name), thumbnailFile(name), QString::fromUtf8(name), {}, {});
+    }
+
+    static void touch(const QString& path) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    }
+    QString imageFile(const char* name) const { return store->imagesDir() + u'/' + QString::fromUtf8(name); }
+    QString thumbnailFile(const char* name) const {
+        return store->thumbnailsDir() + u'/' + QString::fromUtf8(name);
+    }
+
+    void limitCount(qint64 limit) { defaults.setInteger(SettingsKeys::maxItemCount, limit); }
+    void limitDays(qint64 limit) { defaults.setInteger(SettingsKeys::maxRetentionDays, limit); }
 };
 
 inline QStringList texts(std::initializer_list<const char*> values) {

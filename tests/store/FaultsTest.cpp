@@ -1,0 +1,301 @@
+// Each operation of the store with each of its calls to the disk failing in turn, once and for good. Whatever
+// fails: the database is whole, each entry is whole or absent, an image has its files, what was acknowledged
+// stays through the end of the process and of the power, and the store works again when the fault has gone
+// (after a failed opening: at the next start).
+#include "StoreTest.h"
+
+#include "FaultyVfs.h"
+#include "store/ContentHash.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSet>
+
+#include <filesystem>
+
+namespace corvatto {
+namespace {
+
+using namespace std::chrono_literals;
+
+class Faults;
+
+using Entries = QList<ClipboardItem>;
+
+struct Operation {
+    const char* name;
+    void (*prepare)(Faults&); // without faults, on a history of an image and a text
+    void (*run)(Faults&);
+    bool (*happened)(const Entries&);
+    const char* line;                        // says that it has not happened; null when nothing does
+    bool (*mayRemove)(const ClipboardItem&); // all such entries or none
+    int step = 1;                            // 1 to let each call fail
+    bool isOpening = false;
+};
+
+bool nothing(const ClipboardItem&) {
+    return false;
+}
+bool isImage(const ClipboardItem& item) {
+    return item.contentType == QLatin1String("image");
+}
+bool everything(const ClipboardItem&) {
+    return true;
+}
+
+class Faults : public test::StoreTest, public ::testing::WithParamInterface<Operation> {
+public:
+    using StoreTest::limitCount;
+    using StoreTest::limitDays;
+    using StoreTest::open;
+    using StoreTest::record;
+    using StoreTest::recordImage;
+    using StoreTest::sql;
+    using StoreTest::store;
+    using StoreTest::wait;
+
+    void recordFile() {
+        wait(1s);
+        store->insertOrUpdateFile({QStringLiteral("/s3cret/file")}, {});
+    }
+    // Leaves the files as they are when the process is killed.
+    void crash() {
+        const QString copy = copyOfDatabase(QStringLiteral("killed"));
+        store.reset();
+        for (const char* file : {"corvatto.sqlite3", "corvatto.sqlite3-wal"}) {
+            QFile::remove(path("Corvatto/") + QString::fromUtf8(file));
+            QFile::rename(copy + QStringLiteral("/Corvatto/") + QString::fromUtf8(file),
+                          path("Corvatto/") + QString::fromUtf8(file));
+        }
+    }
+    void removeEverything() {
+        store.reset();
+        QDir(path("Corvatto")).removeRecursively();
+        vfs.disk().clear();
+    }
+    void createOldSchema() {
+        removeEverything();
+        QDir().mkpath(path("Corvatto"));
+        sql("CREATE TABLE clipboard_items (id INTEGER PRIMARY KEY AUTOINCREMENT, content TEXT NOT NULL,"
+            " content_hash TEXT NOT NULL UNIQUE, preview TEXT NOT NULL,"
+            " copy_count INTEGER NOT NULL DEFAULT 1, first_copied_at INTEGER NOT NULL,"
+            " last_copied_at INTEGER NOT NULL)");
+        const QString text = QStringLiteral("s3cret old");
+        sql(qPrintable(QStringLiteral("INSERT INTO clipboard_items VALUES (7, '%1', '%2', 'old', 1, 9, 9)")
+                           .arg(text, sha256(text))));
+    }
+    // With those, a text of some hundred kilobytes fills the log so that it is written back at once.
+    void createSmallPages() {
+        removeEverything();
+        QDir().mkpath(path("Corvatto"));
+        sql("PRAGMA page_size = 512; PRAGMA user_version = 1");
+        open();
+        record(QStringLiteral("s3cret text"));
+    }
+
+protected:
+    test::FaultyVfs vfs;
+    Entries before; // those of the prepared history, the same each time
+
+    void TearDown() override { store.reset(); } // its files need the VFS
+
+    void prepare() {
+        removeEverything();
+        defaults.stored.clear();
+        open();
+        recordImage("s3cret image");
+        record(QStringLiteral("s3cret text"));
+        GetParam().prepare(*this);
+    }
+
+    QString copyOfDatabase(const QString& name) const {
+        const QString directory = home.path() + u'/' + name;
+        QDir(directory).removeRecursively();
+        QDir().mkpath(directory + QStringLiteral("/Corvatto"));
+        for (const char* file : {"corvatto.sqlite3", "corvatto.sqlite3-wal", "corvatto.sqlite3-journal"}) {
+            const QString relative = QStringLiteral("/Corvatto/") + QString::fromUtf8(file);
+            std::error_code missing;
+            std::filesystem::copy_file((home.path() + relative).toStdString(),
+                                       (directory + relative).toStdString(), missing);
+        }
+        return directory;
+    }
+    QString copyOf(const test::FaultyVfs::Disk& disk) const {
+        const QString directory = path("unpowered");
+        QDir(directory).removeRecursively();
+        QDir().mkpath(directory + QStringLiteral("/Corvatto"));
+        for (auto file = disk.begin(); file != disk.end(); ++file) {
+            if (file.key().startsWith(path("Corvatto/"))) { // the others are copies such as this one
+                QFile copy(directory + file.key().mid(home.path().size()));
+                EXPECT_TRUE(copy.open(QIODevice::WriteOnly) && copy.write(*file) == file->size());
+            }
+        }
+        return directory;
+    }
+    // The entries that the next run would find there.
+    Entries entriesIn(const QString& directory) {
+        const QString file = directory + QStringLiteral("/Corvatto/corvatto.sqlite3");
+        EXPECT_EQ(sql("PRAGMA integrity_check", file), QStringList(QStringLiteral("ok")));
+        test::CapturedOutput output;
+        ClipboardStore next(directory, preferences);
+        Entries entries = next.fetchRecent(std::nullopt, 1000);
+        EXPECT_EQ(output.text(), "");
+        return entries;
+    }
+
+    static bool isWhole(const ClipboardItem& item) {
+        if (isImage(item)) {
+            return QFileInfo::exists(item.content) && QFileInfo::exists(*item.thumbnailPath);
+        }
+        const auto prefix = QLatin1String(item.contentType == QLatin1String("file") ? "file|" : "");
+        return item.contentHash == sha256(prefix + item.content) && !item.preview.isEmpty();
+    }
+
+    // What was there before is there, but for what may be removed, all or none; and what is there is whole.
+    void expectHistory(const char* when, const Entries& entries, bool mustHaveHappened) {
+        SCOPED_TRACE(when);
+        QSet<QString> hashes;
+        for (const ClipboardItem& entry : entries) {
+            hashes << entry.contentHash;
+            EXPECT_TRUE(isWhole(entry)) << entry.contentType.toStdString();
+        }
+        QSet<bool> removed;
+        for (const ClipboardItem& entry : before) {
+            const bool isThere = hashes.contains(entry.contentHash);
+            EXPECT_TRUE(isThere || GetParam().mayRemove(entry))
+                << "lost: " << entry.contentType.toStdString();
+            if (GetParam().mayRemove(entry)) {
+                removed << !isThere;
+            }
+        }
+        EXPECT_LE(removed.size(), 1) << "half removed";
+        EXPECT_TRUE(!mustHaveHappened || GetParam().happened(entries)) << "not done, and nothing said";
+    }
+
+    // Lets the n-th call fail. False when there was no such call.
+    bool runWithFault(test::FaultyVfs::Fault fault, int n, bool persistently) {
+        prepare();
+        if (n == 1) {
+            before = entriesIn(copyOfDatabase(QStringLiteral("before")));
+        }
+        test::CapturedOutput output;
+        vfs.arm(fault, n, persistently);
+        GetParam().run(*this);
+        const bool failed = vfs.disarm();
+
+        const QByteArray said = output.text();
+        EXPECT_FALSE(said.contains("s3cret")) << said.toStdString();
+        EXPECT_EQ(said.count('\n'), said.count("[ClipboardStore] ")) << said.toStdString();
+        const bool mustHaveHappened =
+            !failed || (GetParam().line != nullptr && !said.contains(GetParam().line));
+        expectHistory("after a kill", entriesIn(copyOfDatabase(QStringLiteral("killed"))), mustHaveHappened);
+        expectHistory("after a loss of power", entriesIn(copyOf(vfs.disk())), mustHaveHappened);
+        if (!store || GetParam().isOpening) {
+            open(); // a history that could not be opened is there again at the next start
+        }
+        expectHistory("in this process", store->fetchRecent(std::nullopt, 1000), mustHaveHappened);
+        defaults.stored.clear();
+        record(QStringLiteral("s3cret later"));
+        EXPECT_EQ(store->fetchRecent(std::nullopt, 1).value(0).content, u"s3cret later");
+        EXPECT_EQ(output.text(), said) << "the fault has gone, and the store does not work";
+        return failed;
+    }
+};
+
+TEST_P(Faults, LoseNothing) {
+    using Fault = test::FaultyVfs::Fault;
+    for (const Fault fault : {Fault::ioError, Fault::diskFull}) {
+        for (const bool persistently : {false, true}) {
+            for (int n = 1;; n += GetParam().step) {
+                SCOPED_TRACE(::testing::Message() << (fault == Fault::ioError ? "I/O error" : "disk full")
+                                                  << (persistently ? " from call " : " at call ") << n);
+                if (!runWithFault(fault, n, persistently)) {
+                    EXPECT_TRUE(n > 1 || fault == Fault::diskFull) << "no call fails";
+                    break;
+                }
+                if (HasFailure()) {
+                    return; // one is enough to read
+                }
+            }
+        }
+    }
+}
+
+bool isRecorded(const Entries& entries, const char* content, qint64 copies = 1) {
+    return std::any_of(entries.begin(), entries.end(), [&](const ClipboardItem& entry) {
+        return entry.content.endsWith(QLatin1String(content)) && entry.copyCount == copies;
+    });
+}
+bool newTextIsRecorded(const Entries& entries) {
+    return isRecorded(entries, "s3cret new");
+}
+bool newTextIsTheOnlyOne(const Entries& entries) {
+    return newTextIsRecorded(entries) && entries.size() == 1;
+}
+bool textIsCountedTwice(const Entries& entries) {
+    return isRecorded(entries, "s3cret text", 2);
+}
+bool historyIsThere(const Entries& entries) {
+    return entries.size() == 2;
+}
+void asItIs(Faults&) {}
+void close(Faults& t) {
+    t.store.reset();
+}
+void open(Faults& t) {
+    t.open();
+}
+void recordNewText(Faults& t) {
+    t.record(QStringLiteral("s3cret new"));
+}
+
+constexpr auto noInsertion = "nsert failed: ";
+
+const Operation operations[] = {
+    Operation{"OpeningNew", [](Faults& t) { t.removeEverything(); }, open,
+              [](const Entries&) { return true; }, nullptr, nothing, 1, true},
+    Operation{"OpeningAgain", close, open, historyIsThere, nullptr, nothing, 1, true},
+    Operation{"OpeningAfterAKill", [](Faults& t) { t.crash(); }, open, historyIsThere, nullptr, nothing, 1,
+              true},
+    Operation{"OpeningOldSchema", [](Faults& t) { t.createOldSchema(); }, open,
+              [](const Entries& entries) { return isRecorded(entries, "s3cret old"); }, nullptr, nothing, 1,
+              true},
+    Operation{"Closing", asItIs, close, historyIsThere, nullptr, nothing},
+    Operation{"RecordingText", asItIs, recordNewText, newTextIsRecorded, noInsertion, nothing},
+    Operation{"RecordingImage", asItIs, [](Faults& t) { t.recordImage("s3cret second image"); },
+              [](const Entries& entries) { return isRecorded(entries, "s3cret second image"); }, noInsertion,
+              nothing},
+    Operation{"RecordingFile", asItIs, [](Faults& t) { t.recordFile(); },
+              [](const Entries& entries) { return isRecorded(entries, "s3cret/file"); }, noInsertion,
+              nothing},
+    Operation{"RecordingLargeText", [](Faults& t) { t.createSmallPages(); },
+              [](Faults& t) { t.record(QString(600'000, u'x') + QStringLiteral("s3cret large")); },
+              [](const Entries& entries) { return isRecorded(entries, "s3cret large"); }, noInsertion,
+              nothing, 101},
+    Operation{"RecordingRepeat", asItIs, [](Faults& t) { t.record(QStringLiteral("s3cret text")); },
+              textIsCountedTwice, noInsertion, nothing},
+    Operation{"CopyingBack", asItIs, [](Faults& t) { t.store->incrementCopyCount(2); }, textIsCountedTwice,
+              nullptr, nothing},
+    Operation{"Listing", open, [](Faults& t) { t.store->fetchRecent(std::nullopt, 100); }, historyIsThere,
+              nullptr, nothing},
+    Operation{"Searching", open, [](Faults& t) { t.store->fetchRecent(QStringLiteral("s3cret"), 100); },
+              historyIsThere, nullptr, nothing},
+    Operation{"Clearing", open, [](Faults& t) { t.store->deleteAll(); },
+              [](const Entries& entries) { return entries.isEmpty(); }, "deleteAll failed: ", everything},
+    Operation{"RemovingByDays",
+              [](Faults& t) {
+                  t.open(); // nothing is in memory, so reads count as well
+                  t.limitDays(1);
+                  t.wait(48h);
+              },
+              recordNewText, newTextIsTheOnlyOne, nullptr, everything},
+    Operation{"RemovingByCount", [](Faults& t) { t.limitCount(2); }, recordNewText,
+              [](const Entries& entries) { return newTextIsRecorded(entries) && entries.size() == 2; },
+              nullptr, isImage},
+};
+
+INSTANTIATE_TEST_SUITE_P(Store, Faults, ::testing::ValuesIn(operations),
+                         [](const auto& test) { return test.param.name; });
+
+} // namespace
+} // namespace corvatto
