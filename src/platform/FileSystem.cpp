@@ -7,6 +7,9 @@
 #include <cstring>
 #include <filesystem>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace corvatto {
 namespace {
 
@@ -25,6 +28,22 @@ FileError errorFrom(const QSaveFile& file, int systemError, const QString& path)
     return {0, path, file.errorString()};
 }
 
+// A file system that has no such operation counts as one that has done it.
+bool sync(int descriptor) {
+    return fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
+// A new name is on the disk only when its directory is.
+bool syncDirectory(const std::filesystem::path& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return errno == EACCES; // it may be written and not read
+    }
+    const bool succeeded = sync(descriptor);
+    close(descriptor);
+    return succeeded;
+}
+
 } // namespace
 
 QString FileError::description() const {
@@ -33,9 +52,13 @@ QString FileError::description() const {
 
 std::optional<FileError> createDirectories(const QString& path) {
     std::error_code error;
-    std::filesystem::create_directories(nativePath(path), error);
+    const std::filesystem::path directory = nativePath(path);
+    const bool isNew = std::filesystem::create_directories(directory, error);
     if (error) {
         return errorFrom(error, path);
+    }
+    if (isNew) {
+        syncDirectory(directory.parent_path()); // it can be used whether that succeeds or not
     }
     return std::nullopt;
 }
@@ -53,7 +76,10 @@ std::optional<FileError> writeFileAtomically(const QString& path, const QByteArr
     // Without this, QSaveFile writes in place when the directory refuses new files, and a crash would leave
     // half.
     file.setDirectWriteFallback(false);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    // commit() syncs too, but takes no notice of a failure, which is how some file systems tell of a full
+    // disk.
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
+        !sync(file.handle()) || !file.commit() || !syncDirectory(nativePath(path).parent_path())) {
         return errorFrom(file, errno, path);
     }
     return std::nullopt;

@@ -27,8 +27,9 @@ std::optional<FileError> createDirectories(const QString& path);
 // Takes all rights of other users to a file or directory away, if it is there and ours.
 void makePrivate(const QString& path);
 
-// Writes to a temporary file beside `path`, syncs it and moves it into place, so that `path` holds either its
-// old content or all of `bytes`, also after a loss of power.
+// Writes to a temporary file beside `path`, syncs it, moves it into place and syncs the directory, so that
+// `path` holds either its old content or all of `bytes`, also after a loss of power. After success it is
+// `bytes`.
 std::optional<FileError> writeFileAtomically(const QString& path, const QByteArray& bytes);
 
 std::optional<FileError> removeFile(const QString& path);

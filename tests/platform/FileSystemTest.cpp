@@ -10,6 +10,27 @@
 
 #include <cerrno>
 
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+QStringList synced;
+QString failingSync;
+
+} // namespace
+
+// Takes the place of the C library's: takes note, and fails for a path that contains `failingSync`.
+int fsync(int descriptor) {
+    const QString path = QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
+    if (!failingSync.isEmpty() && path.contains(failingSync)) {
+        errno = EIO;
+        return -1;
+    }
+    synced << path;
+    return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
+
 namespace corvatto {
 namespace {
 
@@ -52,6 +73,21 @@ TEST_F(Files, WritesReplaceTheWholeFileOrNothing) {
     EXPECT_EQ(writeFileAtomically(path("missing/file"), "x").value_or(FileError()).code, ENOENT);
     EXPECT_FALSE(createDirectories(path("directory")));
     EXPECT_TRUE(writeFileAtomically(path("directory"), "x"));
+}
+
+TEST_F(Files, WritesAreOnDiskWithTheirNames) {
+    ASSERT_FALSE(createDirectories(path("images")));
+    EXPECT_TRUE(synced.contains(home.path())) << "the directory's name";
+    ASSERT_FALSE(writeFileAtomically(path("images/a.png"), "old"));
+    ASSERT_GE(synced.size(), 3);
+    EXPECT_TRUE(synced.last(2).first().startsWith(path("images/"))) << "the file, before it is moved";
+    EXPECT_EQ(synced.last(), path("images")) << "the file's name";
+
+    failingSync = path("images/");
+    EXPECT_EQ(writeFileAtomically(path("images/a.png"), "new").value_or(FileError()).code, EIO);
+    EXPECT_EQ(contentOf(path("images/a.png")), "old");
+    EXPECT_EQ(QDir(path("images")).entryList(QDir::Files).size(), 1) << "left-overs";
+    failingSync.clear();
 }
 
 TEST_F(Files, ARefusedWriteKeepsTheOldContent) {
