@@ -69,6 +69,17 @@ std::optional<Database::Row> Database::find(const QByteArray& content) const {
     return found == all.end() ? std::nullopt : std::optional(*found);
 }
 
+QByteArray Database::check() const {
+    const Connection connection = open(m_path, SQLITE_OPEN_READONLY);
+    QByteArray lines;
+    const auto append = [](void* all, int, char** values, char**) {
+        *static_cast<QByteArray*>(all) += values[0];
+        return 0;
+    };
+    sqlite3_exec(connection.get(), "PRAGMA integrity_check", append, &lines, nullptr);
+    return lines;
+}
+
 void Database::fill(const QList<Entry>& entries) const {
     QByteArray sql = "CREATE TABLE IF NOT EXISTS clipboard_items (id INTEGER PRIMARY KEY AUTOINCREMENT, "
                      "content TEXT NOT NULL, content_hash TEXT NOT NULL UNIQUE, preview TEXT NOT NULL, "

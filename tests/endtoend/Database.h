@@ -33,6 +33,8 @@ public:
     QList<Row> rows() const;
     std::optional<Row> find(const QByteArray& content) const;
 
+    QByteArray check() const; // what SQLite finds wrong with the file, or "ok"
+
     // Replaces the history, the first entry being the newest and each a minute older than the one before. For
     // times when the program does not run or has nothing to do.
     void fill(const QList<Entry>& entries) const;

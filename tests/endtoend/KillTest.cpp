@@ -1,0 +1,106 @@
+// The program is killed at random moments while others copy, again and again, and nothing that was seen in
+// the history is ever missing from it.
+#include "EndToEndTest.h"
+
+#include <QSet>
+
+#include <csignal>
+#include <cstdio>
+#include <random>
+#include <sys/time.h>
+
+namespace corvatto::test {
+
+namespace {
+
+pid_t victim = 0;
+
+class KillTest : public EndToEndTest {
+protected:
+    // Asynchronously, so that the moment has nothing to do with what this process does.
+    void killAfter(std::chrono::milliseconds time) {
+        victim = static_cast<pid_t>(program->pid());
+        std::signal(SIGALRM, [](int) { kill(victim, SIGKILL); });
+        const itimerval timer{{}, {time.count() / 1000, time.count() % 1000 * 1000}};
+        ASSERT_EQ(setitimer(ITIMER_REAL, &timer, nullptr), 0);
+    }
+
+    // Copies something new, sometimes an image, and returns what its entry will be known by.
+    QByteArray copySomething() {
+        const QByteArray number = QByteArray::number(++m_number);
+        if (m_number % 3 != 0) {
+            const QByteArray text = "text " + number + QByteArray(m_number % 5 == 0 ? 300'000 : 0, 'x');
+            copyText(text);
+            return text;
+        }
+        const QSize size(600 + m_number, 400);
+        copy({{"image/png", encoded(testImage(size), "png")}});
+        return QStringLiteral("Image %1×%2").arg(size.width()).arg(size.height()).toUtf8();
+    }
+    static QByteArray nameOf(const Database::Row& row) {
+        return row.type == "image" ? row.preview : row.content;
+    }
+
+    void expectWholeFiles(const QList<Database::Row>& rows) {
+        for (const auto& row : rows) {
+            if (row.type == "image") {
+                const QImage image = decoded(bytesOf(row.content));
+                EXPECT_TRUE(image == testImage(image.size()) && image.width() > 600) << row.preview.data();
+                EXPECT_FALSE(decoded(bytesOf(*row.thumbnail)).isNull()) << row.preview.data();
+            }
+        }
+    }
+
+    int m_number = 0;
+};
+
+} // namespace
+
+TEST_F(KillTest, NothingThatWasStoredIsLost) {
+    const unsigned seed = std::random_device()();
+    std::printf("seed %u\n", seed);
+    std::minstd_rand random(seed);
+    constexpr int rounds = 14, limitedFrom = 9, limit = 20;
+    QList<QByteArray> stored; // as seen from here
+    for (int round = 0; round < rounds; ++round) {
+        if (round == limitedFrom) { // from now on, entries and their files are removed as well
+            ASSERT_GE(stored.size(), limit);
+            setSetting("maxItemCount", limit);
+        }
+        launch();
+        killAfter(std::chrono::milliseconds(500 + random() % 2500));
+        while (program->isRunning()) {
+            const QByteArray name = copySomething();
+            const auto isStored = [&] {
+                const auto rows = database.rows();
+                return std::any_of(rows.begin(), rows.end(),
+                                   [&](const auto& row) { return nameOf(row) == name; });
+            };
+            bool seen = false;
+            ASSERT_TRUE(soon([&] { return (seen = isStored()) || !program->isRunning(); }));
+            if (seen) {
+                stored << name;
+            }
+        }
+        EXPECT_EQ(database.check(), "ok");
+        const auto rows = database.rows();
+        expectWholeFiles(rows);
+        QSet<QByteArray> names;
+        for (const auto& row : rows) {
+            names << nameOf(row);
+        }
+        if (round < limitedFrom) {
+            EXPECT_TRUE(names.contains(QSet<QByteArray>(stored.begin(), stored.end())));
+        } else {
+            EXPECT_GE(rows.size(), limit);
+            EXPECT_TRUE(names.contains(stored.last()));
+        }
+    }
+    std::printf("%lld of %d copies were seen\n", static_cast<long long>(stored.size()), m_number);
+    launch();
+    copyText("after all");
+    EXPECT_TRUE(soonStored("after all"));
+    EXPECT_EQ(database.rows().size(), limit);
+}
+
+} // namespace corvatto::test
