@@ -12,6 +12,7 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <limits>
 
 namespace corvatto {
 namespace {
@@ -112,7 +113,8 @@ void HistoryWindowController::showAgainIfLost() {
 
 void HistoryWindowController::trackWindowOpen() {
     const QString& openCountKey = SettingsKeys::corvattoHistoryWindowOpenCount;
-    const qint64 count = m_desktop.defaults.integer(openCountKey) + 1;
+    const qint64 stored = m_desktop.defaults.integer(openCountKey);
+    const qint64 count = stored < std::numeric_limits<qint64>::max() ? stored + 1 : 1;
     m_desktop.defaults.setInteger(openCountKey, count);
     if (count % openingsBetweenChecks != 0) {
         return;

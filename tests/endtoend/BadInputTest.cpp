@@ -135,4 +135,26 @@ TEST_F(BadInputTest, ADatabaseOfAnOlderSchema) {
     EXPECT_FALSE(program->output().contains("ERROR"));
 }
 
+TEST_F(BadInputTest, SettingsThatMakeNoSense) {
+    database.fill(numberedEntries());
+    desktop.writeFile("config/corvatto/corvatto.ini", "[General]\nclipboardPollingInterval=nan\n"
+                                                      "maxItemCount=-9223372036854775808\n"
+                                                      "maxRetentionDays=99999999999999999999\n"
+                                                      "hotkeyKeyCode=4294967305\nhotkeyModifiers=-1\n"
+                                                      "corvattoHistoryWindowOpenCount=9223372036854775807\n"
+                                                      "corvattoLastUpdateCheckAt=-1e308\n"
+                                                      "corvattoIgnoredUpdateVersion=@Size(1 2)\n\xff\0]]\n");
+    launch();
+    EXPECT_EQ(setting("corvattoHistoryWindowOpenCount"), 1);
+    EXPECT_EQ(rowsAfterNextCopy().size(), 17);
+    expectToBeUp(); // by the default shortcut
+    EXPECT_EQ(program->stop(), 0);
+
+    std::filesystem::permissions(desktop.settingsFile().constData(), std::filesystem::perms::none);
+    launch();
+    EXPECT_TRUE(
+        soonPrinted("[UserDefaults] ERROR: Cannot read " + desktop.settingsFile() + ", the defaults hold."));
+    expectToBeUp();
+}
+
 } // namespace corvatto::test

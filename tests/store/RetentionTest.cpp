@@ -76,6 +76,25 @@ TEST_F(Retention, RemovesWhatIsStrictlyOlderThanTheDays) {
     EXPECT_EQ(contents().size(), 3);
 }
 
+TEST_F(Retention, AClockThatIsSetTakesNothingByItself) {
+    limitDays(1);
+    record(QStringLiteral("right"));
+    wait(24h * 3650);
+    store->incrementCopyCount(1); // neither a copy-back
+    open();                       // nor a start removes anything
+    EXPECT_EQ(contents(), texts({"right"}));
+    wait(-24h * 7300); // before everything
+    record(QStringLiteral("early"));
+    EXPECT_EQ(contents(), texts({"right", "early"})) << "entries of the future are not old";
+    wait(24h * 3650);
+    record(QStringLiteral("late"));
+    EXPECT_EQ(contents(), texts({"right", "late"})) << "entries expire by the time they were given";
+    time = std::chrono::milliseconds(-1500); // before 1970, where truncation goes the other way
+    record(QStringLiteral("first"));
+    EXPECT_EQ(sql("SELECT last_copied_at FROM clipboard_items WHERE content = 'first'"), texts({"0"}));
+    EXPECT_EQ(contents(), texts({"right", "late", "first"}));
+}
+
 TEST_F(Retention, FilesOutliveRowsThatCannotBeDeleted) {
     recordImage("image");
     refuseDeletion();

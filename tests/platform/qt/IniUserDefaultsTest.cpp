@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace corvatto {
 namespace {
 
@@ -115,6 +117,52 @@ TEST_F(IniDefaults, AFileThatIsPartlyNonsenseGivesWhatItCan) {
     defaults->setInteger(days, 8);
     EXPECT_EQ(output.text(), line) << "it could be written";
     EXPECT_TRUE(onDisk().contains("maxItemCount=7\nmaxRetentionDays=8\n")) << onDisk().toStdString();
+}
+
+TEST_F(IniDefaults, ValuesOfAnyKindReadAsNumbersOrDefaults) {
+    struct Case {
+        QByteArray content;
+        qint64 integer;
+        double number;
+    };
+    constexpr qint64 most = std::numeric_limits<qint64>::max();
+    QByteArray noise;
+    for (unsigned byte = 0; byte < 5000; ++byte) {
+        noise += static_cast<char>(byte * byte * 31 / 7);
+    }
+    const test::CapturedOutput output;
+    open();
+    for (const Case& each : std::initializer_list<Case>{
+             {"", 9, 9}, // what is absent is the registered 9
+             {"[General]\nmaxItemCou", 9, 9},
+             {"[General", 9, 9},
+             {noise, 9, 9},
+             {"[Other]\nmaxItemCount=5", 9, 9},
+             {"maxItemCount=@Invalid()", 9, 9},
+             {"maxItemCount=", 0, 0}, // what is no number is 0
+             {"maxItemCount=many", 0, 0},
+             {"maxItemCount=1, 2", 0, 0},
+             {"maxItemCount=\"5", 5, 5},
+             {"maxItemCount=@ByteArray(5)", 0, 0},
+             {"maxItemCount=@Size(5 5)", 0, 0},
+             {"maxItemCount=@Variant(\\0\\0\\0\\x7f\\xff\\xff\\xff\\xff)", 9, 9}, // says nothing
+             {"maxItemCount=nan", 0, 0},
+             {"maxItemCount=-inf", 0, 0},
+             {"maxItemCount=1e999", 0, 0},
+             {"maxItemCount=-7", -7, -7},
+             {"maxItemCount=4294967297", 4294967297, 4294967297},
+             {"maxItemCount=9223372036854775807", most, 0x1p63},
+             {"maxItemCount=9223372036854775808", 0, 0x1p63},
+             {"maxItemCount=-1e300", 0, -1e300},
+         }) {
+        SCOPED_TRACE(each.content.left(50).toStdString());
+        ASSERT_TRUE(QDir().mkpath(directory));
+        edit(each.content, path);
+        open();
+        defaults->registerDefaults({{count, 9}});
+        EXPECT_EQ(defaults->integer(count), each.integer);
+        EXPECT_EQ(defaults->number(count), each.number);
+    }
 }
 
 TEST_F(IniDefaults, WithoutAHomeSettingsLastForTheRun) {
