@@ -1,7 +1,10 @@
 #include "TrayHost.h"
 
+#include "support/Eventually.h"
+
 #include <QDBusArgument>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDBusVariant>
 
 #include <stdexcept>
@@ -40,7 +43,9 @@ QVariantList TrayHost::call(const QString& path, const QString& interface, const
     auto message = QDBusMessage::createMethodCall(m_item, path, interface, method);
     message.setArguments(arguments);
     // The item may ask the watcher something meanwhile.
-    const QDBusMessage reply = m_bus.call(message, QDBus::BlockWithGui, 5000);
+    const QDBusPendingCall pending = m_bus.asyncCall(message);
+    eventually([&] { return pending.isFinished(); });
+    const QDBusMessage reply = pending.reply();
     if (reply.type() != QDBusMessage::ReplyMessage) {
         throw std::runtime_error((method + QStringLiteral(": ") + reply.errorMessage()).toStdString());
     }

@@ -56,8 +56,8 @@ private:
     QByteArray fetch(xcb_atom_t target) {
         xcb_convert_selection(x.raw(), m_window, x.atom("CLIPBOARD"), target, x.atom("FETCHED"),
                               XCB_CURRENT_TIME);
-        next<xcb_selection_notify_event_t>(XCB_SELECTION_NOTIFY);
-        return x.property(m_window, "FETCHED");
+        const auto notify = next<xcb_selection_notify_event_t>(XCB_SELECTION_NOTIFY);
+        return notify.property != XCB_NONE ? x.property(m_window, "FETCHED") : QByteArray();
     }
 
     void save() {
