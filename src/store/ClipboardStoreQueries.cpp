@@ -1,0 +1,132 @@
+// The list and the search. What the last fetch found is kept: as long as nobody changes the database, the
+// same fetch is answered from it.
+#include "store/ClipboardStore.h"
+
+#include "platform/Diagnostics.h"
+
+#include "SqliteStatement.h"
+
+#include <QHash>
+
+#include <algorithm>
+
+#include <sqlite3.h>
+
+namespace corvatto {
+namespace {
+
+constexpr char listSql[] =
+    "    SELECT id, content, content_hash, preview, content_type, thumbnail_path, source_app, copy_count, "
+    "first_copied_at, last_copied_at\n"
+    "      FROM clipboard_items\n"
+    "     ORDER BY last_copied_at DESC\n"
+    "     LIMIT ?";
+
+constexpr char searchSql[] =
+    "    SELECT id, content, content_hash, preview, content_type, thumbnail_path, source_app, copy_count, "
+    "first_copied_at, last_copied_at\n"
+    "      FROM clipboard_items\n"
+    "     WHERE content      LIKE ? COLLATE NOCASE\n"
+    "        OR preview      LIKE ? COLLATE NOCASE\n"
+    "        OR source_app   LIKE ? COLLATE NOCASE\n"
+    "        OR content_type LIKE ? COLLATE NOCASE\n"
+    "     ORDER BY last_copied_at DESC\n"
+    "     LIMIT ?";
+
+// Blank means spaces and tabs only. A line end is something to search for.
+bool isBlank(const QString& query) {
+    return std::all_of(query.cbegin(), query.cend(), [](QChar character) {
+        return character == u'\t' || character.category() == QChar::Separator_Space;
+    });
+}
+
+// In the order of the select list above. Of a row that is known already the content is shared with what is
+// known: it may be many megabytes, and it never changes.
+ClipboardItem rowToItem(const SqliteStatement& row, const QHash<qint64, QString>& knownContents) {
+    ClipboardItem item;
+    item.id = row.columnInt64(0);
+    const auto known = knownContents.constFind(item.id);
+    item.content = known != knownContents.cend() ? *known : row.columnText(1);
+    item.contentHash = row.columnText(2);
+    item.preview = row.columnText(3);
+    item.contentType = row.columnText(4);
+    item.thumbnailPath = row.columnText(5);
+    item.sourceApp = row.columnText(6);
+    item.copyCount = row.columnInt(7);
+    item.firstCopiedAt = QDateTime::fromSecsSinceEpoch(row.columnInt64(8), Qt::UTC);
+    item.lastCopiedAt = QDateTime::fromSecsSinceEpoch(row.columnInt64(9), Qt::UTC);
+    return item;
+}
+
+} // namespace
+
+std::optional<ClipboardStore::Version> ClipboardStore::version() const {
+    // Changes by this connection, and a number that changes with each commit of another one.
+    SqliteStatement others(m_db, "PRAGMA data_version");
+    if (!others.isPrepared() || others.step() != SQLITE_ROW) {
+        return std::nullopt;
+    }
+    return Version{sqlite3_total_changes64(m_db), others.columnInt64(0)};
+}
+
+// The answer that what is known already gives, if it does.
+std::optional<QList<ClipboardItem>> ClipboardStore::knownAnswer(const Fetch& fetch) const {
+    if (!m_known || !fetch.version || m_known->fetch.version != fetch.version ||
+        m_known->fetch.limit != fetch.limit) {
+        return std::nullopt;
+    }
+    if (m_known->fetch.pattern == fetch.pattern) {
+        return m_known->items;
+    }
+    // Where nothing matches, nothing matches more of it. A NUL would end the pattern.
+    const bool isExtended = m_known->fetch.pattern && fetch.pattern &&
+                            !m_known->fetch.pattern->contains('\0') &&
+                            fetch.pattern->contains(m_known->fetch.pattern->mid(1).chopped(1));
+    if (isExtended && m_known->items.isEmpty() && fetch.limit > 0) {
+        return m_known->items;
+    }
+    return std::nullopt;
+}
+
+QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& searchQuery, int limit) const {
+    if (m_db == nullptr) {
+        return {};
+    }
+    Fetch fetch{version(), std::nullopt, limit};
+    if (searchQuery && !isBlank(*searchQuery)) {
+        fetch.pattern = '%' + searchQuery->toUtf8() + '%';
+    }
+    if (const auto known = knownAnswer(fetch)) {
+        return *known;
+    }
+    SqliteStatement query(m_db, fetch.pattern ? searchSql : listSql);
+    if (!query.isPrepared()) {
+        printLine(QStringLiteral("[ClipboardStore] ERROR: Query failed: ") + lastSqliteError(m_db));
+        return {};
+    }
+    if (fetch.pattern) {
+        for (int parameter = 1; parameter <= 4; ++parameter) {
+            query.bindUtf8(parameter, *fetch.pattern);
+        }
+    }
+    query.bindInt64(fetch.pattern ? 5 : 1, limit);
+
+    QHash<qint64, QString> contents;
+    if (m_known && fetch.version && m_known->fetch.version->byOthers == fetch.version->byOthers) {
+        for (const ClipboardItem& item : m_known->items) {
+            contents.insert(item.id, item.content);
+        }
+    }
+    QList<ClipboardItem> items;
+    int status = query.step();
+    for (; status == SQLITE_ROW; status = query.step()) {
+        items.append(rowToItem(query, contents));
+    }
+    m_known.reset();
+    if (fetch.version && status == SQLITE_DONE) {
+        m_known = {fetch, items};
+    }
+    return items;
+}
+
+} // namespace corvatto
