@@ -6,6 +6,7 @@
 #include "settings/Preferences.h"
 #include "store/ClipboardItem.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -64,6 +65,21 @@ private:
     struct Kind;
     struct Capture;
 
+    // A state of the database.
+    struct Version {
+        qint64 byThis, byOthers; // changes
+        bool operator==(const Version&) const = default;
+    };
+    struct Fetch {
+        std::optional<Version> version; // absent when it cannot be told
+        std::optional<QByteArray> pattern;
+        int limit;
+    };
+    struct Known {
+        Fetch fetch;
+        QList<ClipboardItem> items;
+    };
+
     void openDatabase();
     void createTable();
     void migrateAddSourceApp();
@@ -75,6 +91,9 @@ private:
     bool updateByHash(const Capture& capture, qint64 time);
     bool insert(const Capture& capture, qint64 time);
 
+    std::optional<Version> version() const;
+    std::optional<QList<ClipboardItem>> knownAnswer(const Fetch& fetch) const;
+
     void deleteImageDirectories() const;
     void cleanupByDays();
     void cleanupByCount();
@@ -85,6 +104,7 @@ private:
     const Preferences& m_preferences;
     const Clock m_clock;
     sqlite3* m_db = nullptr;
+    mutable std::optional<Known> m_known;
 };
 
 } // namespace corvatto

@@ -31,6 +31,33 @@ TEST_F(Queries, BlankSearchesListEverything) {
     EXPECT_EQ(found("\n"), QStringList());
 }
 
+TEST_F(Queries, AnswerFromWhatIsKnownOnlyWhileNothingHasChanged) {
+    record(QString(5000, u'x'));
+    const auto first = store->fetchRecent(std::nullopt, 100);
+    const auto content = [this] {
+        return store->fetchRecent(std::nullopt, 100).last().content;
+    };
+    record(QStringLiteral("b"));
+    EXPECT_EQ(contents().size(), 2);
+    EXPECT_EQ(content().constData(), first[0].content.constData()) << "not read again";
+    sql("UPDATE clipboard_items SET content = 'by another program' WHERE id = 1");
+    EXPECT_EQ(content(), u"by another program");
+
+    EXPECT_EQ(found("yes"), QStringList());
+    EXPECT_EQ(found("yes!"), QStringList());
+    EXPECT_EQ(found("ye").size() + found("other").size(), 1);
+    EXPECT_EQ(found("yes"), QStringList());
+    record(QStringLiteral("yes!"));
+    EXPECT_EQ(found("yes!"), texts({"yes!"}));
+    EXPECT_EQ(contents(QStringLiteral("yes!"), 0), QStringList());
+    EXPECT_EQ(found("yes!"), texts({"yes!"}));
+    store->incrementCopyCount(3);
+    EXPECT_EQ(store->fetchRecent(QStringLiteral("yes!"), 100)[0].copyCount, 2);
+    store->deleteAll();
+    EXPECT_EQ(found("yes!"), QStringList());
+    EXPECT_EQ(contents(), QStringList());
+}
+
 TEST_F(Queries, SearchIsLiteralSubstringWithWildcardsInEveryColumn) {
     record(QStringLiteral("word first"));
     record(QStringLiteral("axb 50 Ünïcode"));
