@@ -40,6 +40,11 @@ HistoryWindowController::HistoryWindowController(HistoryViewModel& viewModel, co
     m_lookAfterShowing.setSingleShot(true);
     m_lookAfterShowing.setInterval(std::chrono::milliseconds(500));
     m_lookAfterShowing.callOnTimeout(this, &HistoryWindowController::showAgainIfLost);
+    m_desktop.screens.didChange = [self = QPointer(this)] {
+        if (self) {
+            self->placeAgain();
+        }
+    };
     m_viewModel.onDismiss = [self = QPointer(this)] {
         if (self && self->m_window) {
             self->m_window->orderOut();
@@ -85,13 +90,33 @@ void HistoryWindowController::show() {
     if (!m_window) {
         createWindow();
     }
-    m_window->setGeometry(panelFrame(screen->visibleFrame));
+    place(*screen);
     m_desktop.panelWindows.prepareToShow(*m_window);
     m_window->orderFront();
     m_attemptsLeft = attemptsToShow;
     takeFront();
     m_viewModel.refresh();
     trackWindowOpen();
+}
+
+void HistoryWindowController::place(const Screen& screen) {
+    m_screenOrigin = screen.frame.topLeft();
+    m_window->setGeometry(panelFrame(screen.visibleFrame));
+}
+
+// A visible panel stays with its screen when that is resized, and does not stay where there is no screen any
+// more.
+void HistoryWindowController::placeAgain() {
+    if (!m_window || !m_window->isVisible()) {
+        return;
+    }
+    const std::vector<Screen> screens = m_desktop.screens.screens();
+    const auto same = std::find_if(screens.begin(), screens.end(), [this](const Screen& screen) {
+        return screen.frame.topLeft() == m_screenOrigin;
+    });
+    if (const auto screen = same != screens.end() ? *same : currentScreen()) {
+        place(*screen);
+    }
 }
 
 void HistoryWindowController::takeFront() {

@@ -49,6 +49,8 @@ public:
 
 private:
     void createWindow();
+    void place(const Screen& screen);
+    void placeAgain();
     void takeFront();
     void showAgainIfLost();
     std::optional<Screen> currentScreen() const;
@@ -61,6 +63,7 @@ private:
     std::unique_ptr<FloatingPanel> m_window;
     HistoryView* m_view = nullptr; // inside the panel
     std::unique_ptr<LocalKeyMonitor> m_localEventMonitor;
+    QPoint m_screenOrigin; // of the screen that the panel was placed on
     QTimer m_lookAfterShowing;
     int m_attemptsLeft = 0; // to show a panel that was lost
 };

@@ -4,6 +4,7 @@
 #include <QPoint>
 #include <QRect>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -20,6 +21,9 @@ public:
     virtual ~Screens() = default;
     Screens(const Screens&) = delete;
     Screens& operator=(const Screens&) = delete;
+
+    // Called from the event loop after a screen has come, gone or changed, or what is free of it.
+    std::function<void()> didChange;
 
     virtual QPoint mouseLocation() const = 0;
     virtual std::vector<Screen> screens() const = 0;

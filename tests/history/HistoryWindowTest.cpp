@@ -78,6 +78,27 @@ TEST_F(Window, ThePanelOpensAlongTheBottomOfTheScreenUnderTheMouse) {
     EXPECT_EQ(panelWindows.preparedHidden, 1) << "prepared while hidden; it stayed visible since";
 }
 
+TEST_F(Window, AVisiblePanelStaysOnItsScreenAndOnAScreen) {
+    const auto expectOn = [this](const QRect& visibleFrame) {
+        screens.didChange();
+        EXPECT_EQ(panel().geometry(), HistoryWindowController::panelFrame(visibleFrame));
+    };
+    screens.didChange(); // with no panel
+    screens.mouse = {1500, 5};
+    controller->show();
+    screens.mouse = {5, 5};
+    screens.all = {left, {{1000, 0, 1600, 900}, {1000, 0, 1600, 860}}};
+    expectOn({1000, 0, 1600, 860});
+    screens.all = {left};
+    expectOn(left.visibleFrame);
+    screens.all = {};
+    screens.main = std::nullopt;
+    expectOn(left.visibleFrame);
+    panel().orderOut();
+    screens.all = {right};
+    expectOn(left.visibleFrame); // until it is shown
+}
+
 TEST_F(Window, HidingKeepsThePanelForTheNextTime) {
     show();
     const FloatingPanel* first = &panel();

@@ -13,6 +13,31 @@ Screen screenFrom(const QScreen& screen) {
 
 } // namespace
 
+QtScreens::QtScreens() {
+    m_change.setSingleShot(true);
+    m_change.setInterval(0);
+    m_change.callOnTimeout([this] {
+        if (didChange) {
+            didChange();
+        }
+    });
+    const auto start = qOverload<>(&QTimer::start);
+    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &m_change, start);
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &m_change, [this](const QScreen* screen) {
+        watch(screen);
+        m_change.start();
+    });
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        watch(screen);
+    }
+}
+
+void QtScreens::watch(const QScreen* screen) {
+    const auto start = qOverload<>(&QTimer::start);
+    QObject::connect(screen, &QScreen::geometryChanged, &m_change, start);
+    QObject::connect(screen, &QScreen::availableGeometryChanged, &m_change, start);
+}
+
 QPoint QtScreens::mouseLocation() const {
     return QCursor::pos();
 }

@@ -3,13 +3,25 @@
 
 #include "platform/Screens.h"
 
+#include <QTimer>
+
+class QScreen;
+
 namespace corvatto {
 
+// Needs the application object.
 class QtScreens : public Screens {
 public:
+    QtScreens();
+
     QPoint mouseLocation() const override;
     std::vector<Screen> screens() const override;
     std::optional<Screen> mainScreen() const override;
+
+private:
+    void watch(const QScreen* screen);
+
+    QTimer m_change; // one change of the desktop is many of Qt's screens
 };
 
 } // namespace corvatto
