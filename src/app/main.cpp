@@ -27,6 +27,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -95,6 +96,16 @@ private:
     const char* m_name;
     std::optional<QByteArray> m_before;
 };
+
+bool isInEventLoop = false;
+
+// Two connections lead to the server. When it goes, either may notice first, and Qt then ends the process on
+// the spot.
+void tellOfLostServer() {
+    if (std::exchange(isInEventLoop, false)) {
+        printLine(u"[CorvattoApp] ERROR: The X server is gone.");
+    }
+}
 
 void obey(AppDelegate& delegate, const QString& request) {
     if (request == QLatin1String("show")) {
@@ -172,12 +183,16 @@ int main(int argc, char** argv) {
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
     QObject::connect(connection.get(), &XcbConnection::disconnected, &application, [] {
-        printLine(u"[CorvattoApp] ERROR: The X server is gone.");
+        tellOfLostServer();
         QApplication::exit(EXIT_FAILURE);
     });
     const TerminationSignals signals([&delegate] { delegate.terminate(); });
 
     delegate.applicationDidFinishLaunching();
     instance.listen([&delegate](const QString& request) { obey(delegate, request); });
-    return QApplication::exec();
+    std::atexit(tellOfLostServer);
+    isInEventLoop = true;
+    const int status = QApplication::exec();
+    isInEventLoop = false;
+    return status;
 }
