@@ -62,11 +62,17 @@ Desktop::Desktop(const Options& options) {
     if (options.hasSessionBus) {
         startSessionBus();
     }
-    const auto settings = writeFile(
+    m_windowManagerSettings = writeFile(
         "openbox.xml",
         QByteArray(windowManagerSettings).replace("BOTTOM", QByteArray::number(options.bottomMargin)));
+    startWindowManager();
+}
+
+void Desktop::startWindowManager() {
+    m_windowManager.reset();
     m_windowManager = std::make_unique<Process>(
-        "openbox", QByteArrayList{"--sm-disable", "--config-file", settings}, m_environment, true);
+        "openbox", QByteArrayList{"--sm-disable", "--config-file", m_windowManagerSettings}, m_environment,
+        true);
     XClient client(m_display);
     if (!soon([&] { return client.hasWindowManager(); })) {
         throw std::runtime_error("no window manager");

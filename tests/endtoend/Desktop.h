@@ -37,11 +37,14 @@ public:
     // A window manager that is suspended takes notice of nothing until it is resumed.
     void suspendWindowManager() const { kill(static_cast<pid_t>(m_windowManager->pid()), SIGSTOP); }
     void resumeWindowManager() const { kill(static_cast<pid_t>(m_windowManager->pid()), SIGCONT); }
+    // Starts one, ending the one that runs. Returns when it is in charge.
+    void startWindowManager();
+    void stopServer() { m_server.reset(); } // and with it everything on the screen
 
 private:
     QTemporaryDir m_home;
     QProcessEnvironment m_environment;
-    QByteArray m_display, m_sessionBus;
+    QByteArray m_display, m_sessionBus, m_windowManagerSettings;
     std::unique_ptr<Process> m_server, m_windowManager, m_bus;
 
     void startSessionBus();

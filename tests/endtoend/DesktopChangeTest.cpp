@@ -1,0 +1,137 @@
+// What changes under a program that runs for months: screens, keyboard, window manager, tray, and its own
+// sleep.
+#include "EndToEndTest.h"
+
+namespace corvatto::test {
+
+namespace {
+
+class DesktopChangeTest : public EndToEndTest {
+protected:
+    void run(const QByteArray& command) {
+        auto words = command.split(' ');
+        Process process(words.takeFirst(), words, desktop.environment());
+        ASSERT_EQ(process.exitStatus(), 0) << command.constData();
+    }
+
+    // The panel lies there and answers.
+    void expectPanelAt(const QRect& expected) {
+        EXPECT_TRUE(soon([&] { return x.geometry(panel()) == expected; }))
+            << x.geometry(panel()).y() << ' ' << x.geometry(panel()).width();
+        EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    }
+};
+
+// The fixture's own end, of a program that runs, is not what is wanted here.
+class DesktopEndTest : public EndToEndTest {
+    void TearDown() override {}
+};
+
+} // namespace
+
+TEST_F(DesktopChangeTest, ScreensAreResizedAddedAndRemoved) {
+    run("xrandr --newmode small 50 800 810 820 830 800 810 820 830");
+    run("xrandr --addmode screen small");
+    launch();
+    for (const bool isVisible : {true, false}) {
+        SCOPED_TRACE(isVisible);
+        const auto expectAt = [&](const QRect& expected) {
+            if (!isVisible) {
+                showPanel();
+            }
+            expectPanelAt(expected);
+            if (!isVisible) {
+                hidePanel();
+            }
+        };
+        run("xrandr --output screen --mode small");
+        expectAt({0, 464, 800, 336});
+        run("xrandr --output screen --mode 1280x1100");
+        expectAt({0, 660, 1280, 440});
+        x.click({1000, 100});
+        run("xrandr --setmonitor left 640/170x1100/291+0+0 screen");
+        run("xrandr --setmonitor right 640/170x1100/291+640+0 none");
+        if (isVisible) {
+            expectPanelAt({0, 660, 640, 440}); // where it was shown
+            hidePanel();
+            showPanel();
+        }
+        expectAt({640, 660, 640, 440});
+        run("xrandr --delmonitor right");
+        expectAt({0, 660, 640, 440});
+        run("xrandr --delmonitor left");
+        expectAt({0, 660, 1280, 440});
+        if (isVisible) {
+            hidePanel();
+        }
+    }
+}
+
+TEST_F(DesktopChangeTest, TheShortcutStaysOnItsKeyInAnotherLayout) {
+    launch();
+    hidePanel();
+    for (const auto& [layout, key] : {std::pair{"dvorak", "k"}, {"ru", "Cyrillic_em"}, {"us", "v"}}) {
+        SCOPED_TRACE(layout);
+        run(QByteArray("setxkbmap -layout ") +
+            (layout == QByteArray("dvorak") ? "us -variant dvorak" : layout));
+        EXPECT_TRUE(soon([&] {
+            x.key(QByteArray("super+shift+") + key);
+            return soon([this] { return panelHasKeyboard(); }, std::chrono::seconds(1));
+        }));
+        x.key("Escape");
+        EXPECT_TRUE(soonHidden());
+    }
+}
+
+TEST_F(DesktopChangeTest, TheWindowManagerStartsAnew) {
+    launch();
+    const QRect place = x.geometry(panel());
+    desktop.startWindowManager(); // the panel is shown
+    EXPECT_TRUE(soon([&] { return x.geometry(panel()) == place; }));
+    EXPECT_TRUE(soon([this] { return x.states(panel()).contains("_NET_WM_STATE_ABOVE"); }));
+    x.click(card(0) - QPoint(0, 250)); // it may have to be given the keyboard
+    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    hidePanel();
+    desktop.startWindowManager(); // the panel is hidden
+    showPanel();
+    expectPanelAt(place);
+    EXPECT_TRUE(soon([this] { return x.states(panel()).contains("_NET_WM_STATE_ABOVE"); }));
+}
+
+TEST_F(DesktopChangeTest, TheTrayStartsAnew) {
+    launch();
+    hidePanel();
+    const QByteArray configuration = desktop.writeFile(
+        "tint2rc", "panel_items = S\npanel_size = 120 32\npanel_position = top right horizontal\n");
+    for (int start = 0; start < 3; ++start) {
+        Process tray("tint2", {"-c", configuration}, desktop.environment(), true);
+        EXPECT_TRUE(soon([this] { return x.visibleWindows(program->pid()).size() == 1; }))
+            << start; // the icon
+        EXPECT_EQ(tray.stop(), 0);
+        EXPECT_TRUE(soon([this] { return x.visibleWindows(program->pid()).isEmpty(); })) << start;
+    }
+}
+
+TEST_F(DesktopChangeTest, WhatIsCopiedLastBeforeItWakesIsRecorded) {
+    launch();
+    kill(static_cast<pid_t>(program->pid()), SIGSTOP);
+    for (const char* text : {"asleep", "fast asleep", "nearly awake"}) {
+        copyText(text);
+    }
+    kill(static_cast<pid_t>(program->pid()), SIGCONT);
+    EXPECT_TRUE(soonStored("nearly awake"));
+    expectPanelAt(x.geometry(panel()));
+}
+
+TEST_F(DesktopEndTest, WithoutTheServerTheProgramEndsWithALineAndItsHistory) {
+    launch();
+    copyText("before the end");
+    ASSERT_TRUE(soonStored("before the end"));
+    desktop.stopServer();
+    EXPECT_EQ(program->exitStatus(), 1);
+    EXPECT_TRUE(program->hasPrinted("[CorvattoApp] ERROR: The X server is gone."));
+    EXPECT_EQ(database.rows().size(), 1);
+    EXPECT_EQ(database.rows().first().content, "before the end");
+}
+
+} // namespace corvatto::test
