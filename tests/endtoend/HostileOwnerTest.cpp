@@ -128,9 +128,9 @@ TEST_F(HostileOwnerTest, OneThatAnswersWrongly) {
         copy({{"UTF8_STRING", QByteArray("text of ") + lie + '.'}}, {lie});
         ASSERT_TRUE(soon([this] { return owner->output().contains("request"); }));
         expectPanelToAnswer();
+        const bool isReadable = lie[6] == '1' || lie[6] == '3'; // as far as it tells; once
+        EXPECT_TRUE(!isReadable || soonStored(QByteArray("text of ") + lie + '.'));
     }
-    EXPECT_TRUE(database.find("text of --lie=1.")); // as far as it tells
-    EXPECT_TRUE(database.find("text of --lie=3.")); // once
     expectOnlyTheNextCopyStored(5);
 }
 
