@@ -66,12 +66,19 @@ void X11Tray::look() {
     if (m_isFound) {
         return;
     }
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) { // nobody would answer, not even with an error
+        if (hasEmbeddingTray()) {
+            announce();
+        }
+        return;
+    }
     QDBusMessage question = QDBusMessage::createMethodCall(watcherService, watcherPath,
                                                            QStringLiteral("org.freedesktop.DBus.Properties"),
                                                            QStringLiteral("Get"));
     question << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
     question.setAutoStartService(false);
-    auto* answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
+    auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();
         answered(*answer);
@@ -86,15 +93,20 @@ void X11Tray::answered(const QDBusPendingCall& call) {
         error == QDBusError::NoReply || error == QDBusError::Timeout || error == QDBusError::TimedOut;
     const bool hasHost = reply.isValid() && reply.value().variant().toBool();
     if (!m_isFound && !isSilent && (hasHost || hasEmbeddingTray())) {
-        m_isFound = true;
-        Q_EMIT found();
+        announce();
     }
+}
+
+void X11Tray::announce() {
+    m_isFound = true;
+    Q_EMIT found();
 }
 
 bool X11Tray::hasEmbeddingTray() const {
     xcb_connection_t* raw = m_connection.raw();
     const XcbPointer<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(raw, xcb_get_selection_owner(raw, m_embeddingTray), nullptr));
+    m_connection.flush(); // waiting may have read events
     return owner && owner->owner != XCB_NONE;
 }
 

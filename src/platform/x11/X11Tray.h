@@ -28,6 +28,7 @@ private:
     void followBus();
     void followEmbeddingTrays();
     Q_SLOT void look();
+    void announce();
     void answered(const QDBusPendingCall& call);
     bool hasEmbeddingTray() const;
 
