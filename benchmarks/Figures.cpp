@@ -14,7 +14,7 @@ constexpr Figure figures[] = {
     {"shortcut to painted panel", "ms", 16},
     {"key to results, nothing matches", "ms", 60},
     {"key to results, many match", "ms", 10},
-    {"resident, panel hidden", "MB", 50},
+    {"resident, panel hidden", "MiB", 50},
     {"idle, panel hidden", "%", 0.1},
     {"shelf repaint, ten texts of 5 MB", "ms", 16},
     {"refresh and repaint, ten texts of 5 MB", "ms", {}},

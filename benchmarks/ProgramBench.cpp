@@ -80,9 +80,9 @@ public:
     }
 
     // From the process's own statistics.
-    double residentMegabytes() const {
+    double residentMebibytes() const {
         const QByteArray pages = procFile("statm").split(' ').value(1);
-        return pages.toDouble() * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+        return pages.toDouble() * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1 << 20);
     }
     double processorSeconds() const {
         const QByteArray stat = procFile("stat");
@@ -221,7 +221,7 @@ void addProgramFigures() {
     addTimed("key to results, nothing matches", typeWhatNothingMatches);
     addTimed("key to results, many match", typeWhatManyMatch);
     addCounted("resident, panel hidden",
-               [](ProgramUnderTest& program) { return program.residentMegabytes(); });
+               [](ProgramUnderTest& program) { return program.residentMebibytes(); });
     addCounted("idle, panel hidden", percentWhileIdle);
 }
 
