@@ -24,6 +24,7 @@ using namespace appearance;
 // Points.
 constexpr int viewWidth = 680;
 constexpr int labelWidth = 100;
+constexpr int spaceAboveLabel = 3;
 constexpr int intervalTextWidth = 60;
 
 // The slider counts tenths of a second.
@@ -95,8 +96,10 @@ void PreferencesView::addRow(QVBoxLayout& section, const QString& label, const Q
     QLabel* name = newLabel(label, systemFont(13), labelColor());
     name->setFixedWidth(labelWidth);
     name->setAlignment(Qt::AlignRight | Qt::AlignTop);
-    name->setContentsMargins(0, 3, 0, 0);
+    name->setContentsMargins(0, spaceAboveLabel, 0, 0);
     name->setBuddy(control);
+    // With as much space below its label as above, what is in the control is level with it.
+    control->setMinimumHeight(name->sizeHint().height() + spaceAboveLabel);
     control->setAccessibleDescription(help);
 
     auto* column = new QVBoxLayout;
@@ -118,6 +121,7 @@ void PreferencesView::buildHistorySection(const Pasteboard& pasteboard) {
         new LimitField(m_defaults, pasteboard, SettingsKeys::maxRetentionDays, QStringLiteral("30"));
     for (LimitField* field : {m_itemCount, m_retentionDays}) {
         field->setFont(systemFont(13));
+        field->setTextMargins(3, 0, 3, 0);
         field->setFixedWidth(controlWidth);
     }
     m_itemCount->setAccessibleName(QStringLiteral("最大条数"));
