@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <string_view>
 
 namespace corvatto {
 namespace {
@@ -24,25 +25,27 @@ constexpr Format formats[] = {{"png", "image/png"},   {"tiff", "image/tiff"}, {"
 // The format of bytes that begin with `header`, whatever their owner calls them. Empty when it is none of
 // ours.
 QByteArray formatOf(const QByteArray& header) {
-    const auto begins = [&header](auto&... signatures) {
-        return (header.startsWith(QByteArray(signatures, sizeof signatures - 1)) || ...);
+    using namespace std::string_view_literals; // some signatures hold NUL characters
+    const std::string_view bytes(header.constData(), static_cast<std::size_t>(header.size()));
+    const auto begins = [bytes](auto... signatures) {
+        return (bytes.starts_with(signatures) || ...);
     };
-    if (begins("\x89PNG\r\n\x1A\n")) {
+    if (begins("\x89PNG\r\n\x1A\n"sv)) {
         return "png";
     }
-    if (begins("II*\0", "MM\0*", "II+\0", "MM\0+")) {
+    if (begins("II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv)) {
         return "tiff";
     }
-    if (begins("\xFF\xD8\xFF")) {
+    if (begins("\xFF\xD8\xFF"sv)) {
         return "jpeg";
     }
-    if (begins("GIF87a", "GIF89a")) {
+    if (begins("GIF87a"sv, "GIF89a"sv)) {
         return "gif";
     }
-    if (begins("RIFF") && header.mid(8, 4) == "WEBP") {
+    if (begins("RIFF"sv) && bytes.substr(std::min<std::size_t>(8, bytes.size()), 4) == "WEBP"sv) {
         return "webp";
     }
-    return begins("BM") ? "bmp" : "";
+    return begins("BM"sv) ? "bmp" : "";
 }
 
 constexpr qint64 signatureLength = 12; // bytes, of the longest
