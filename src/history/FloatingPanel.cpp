@@ -3,6 +3,7 @@
 #include "platform/Appearance.h"
 
 #include <QApplication>
+#include <QBackingStore>
 #include <QBoxLayout>
 #include <QCloseEvent>
 #include <QWindow>
@@ -37,6 +38,11 @@ void FloatingPanel::orderFront() {
 
 void FloatingPanel::orderOut() {
     hide();
+    // The panel is hidden nearly always, and what it looked like takes megabytes. It is drawn anew when it is
+    // shown.
+    if (QBackingStore* picture = backingStore()) {
+        picture->resize({});
+    }
 }
 
 void FloatingPanel::closeEvent(QCloseEvent* event) {
