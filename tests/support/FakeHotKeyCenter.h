@@ -1,4 +1,4 @@
-// A keyboard on which the test presses the shortcut, and a registry that the test makes fail.
+// A keyboard on which the test presses the shortcut.
 #pragma once
 
 #include "platform/HotKeyCenter.h"
@@ -14,11 +14,8 @@ class FakeHotKeyCenter : public HotKeyCenter {
 public:
     using Combination = std::pair<quint32, quint32>; // key code and modifiers
 
-    HotKeyStatus handlerStatus = noErr; // what the next installations answer
-    HotKeyStatus hotKeyStatus = noErr;  // what the next registrations answer
     std::map<EventHandlerRef, std::function<HotKeyStatus()>> handlers;
     std::map<EventHotKeyRef, Combination> hotKeys;
-    EventHotKeyID lastIdentity;
     QStringList removals; // what was taken away, in order
 
     // Presses every registered combination once.
@@ -31,24 +28,19 @@ public:
     }
 
     HotKeyStatus installEventHandler(std::function<HotKeyStatus()> handler, EventHandlerRef& out) override {
-        if (handlerStatus == noErr) {
-            out = ++m_lastRef;
-            handlers[out] = std::move(handler);
-        }
-        return handlerStatus;
+        out = ++m_lastRef;
+        handlers[out] = std::move(handler);
+        return noErr;
     }
     HotKeyStatus removeEventHandler(EventHandlerRef handler) override {
         removals << QStringLiteral("handler");
         return handlers.erase(handler) == 1 ? noErr : eventHotKeyInvalidErr;
     }
-    HotKeyStatus registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID id,
+    HotKeyStatus registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID /*id*/,
                                      EventHotKeyRef& out) override {
-        lastIdentity = id;
-        if (hotKeyStatus == noErr) {
-            out = ++m_lastRef;
-            hotKeys[out] = {keyCode, modifiers};
-        }
-        return hotKeyStatus;
+        out = ++m_lastRef;
+        hotKeys[out] = {keyCode, modifiers};
+        return noErr;
     }
     HotKeyStatus unregisterEventHotKey(EventHotKeyRef hotKey) override {
         removals << QStringLiteral("hot key");
