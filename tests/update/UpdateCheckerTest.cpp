@@ -7,18 +7,18 @@
 #include "support/FakeUserDefaults.h"
 #include "support/FakeWorkspace.h"
 #include "support/Printing.h"
+#include "update/VersionComparison.h"
 
 #include <QDateTime>
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace corvatto {
 namespace {
 
 const QString path = QStringLiteral("/update.json");
 
-QByteArray document(const QByteArray& version,
-                    const QByteArray& downloadURL = "https://example.org/get?v=1#top") {
+QByteArray document(const QByteArray& version, const QByteArray& downloadURL = "https://example.org/") {
     return R"({"latest_version":")" + version + R"(","update_log":"更快\n更稳","download_url":")" +
            downloadURL + "\"}";
 }
@@ -49,167 +49,135 @@ protected:
     std::vector<Alert> check(bool manual, const QByteArray& body) {
         return check(manual, test::HttpServer::respond(body));
     }
-    QVariant lastCheck() const { return defaults.stored.value(SettingsKeys::corvattoLastUpdateCheckAt); }
-    QVariant ignored() const { return defaults.stored.value(SettingsKeys::corvattoIgnoredUpdateVersion); }
 };
 
-TEST_F(UpdateCheckerTest, AnnouncesANewerVersion) {
-    alerts.answer = 1; // remind me later
-    for (const bool manual : {false, true}) {
-        const auto shown = check(manual, document("1.4.0"));
-        ASSERT_EQ(shown.size(), 1U);
-        EXPECT_EQ(shown[0].messageText, u"发现新版本");
-        EXPECT_EQ(shown[0].informativeText, u"当前版本：1.2\n最新版本：1.4.0\n\n更新内容：\n更快\n更稳");
-        EXPECT_EQ(shown[0].style, Alert::Style::Informational);
-        EXPECT_EQ(shown[0].buttons, QStringList({u"下载更新"_qs, u"稍后提醒"_qs, u"跳过此版本"_qs}));
-        EXPECT_EQ(shown[0].buttonOnClosing, 1) << "closing skips nothing";
-        EXPECT_EQ(printed, "");
+TEST(Versions, AreComparedNumberByNumber) {
+    // What is no number counts as 0; one sign belongs to a number, which has 64 bits.
+    for (const char* row :
+         {"1.10 > 1.9", "1.2.1 > 1.2", "2 > 1.9.9", "1.rc1.1 > 1.0.0", ".1 > 0.0.9", "+2 > 1", "1 > 1.-1",
+          "9223372036854775807 > 9223372036854775806", "1.2 = 1.2.0", "1.2 < 1.2.1", "1.9.9 < 2",
+          "1.3-beta < 1.2", " = 0", "1.\u0662 = 1.0", "0x10 = 0", "1.--2 < 1.1", "9223372036854775808 < 1"}) {
+        const QStringList words = QString::fromUtf8(row).split(u' ');
+        EXPECT_EQ(isRemoteVersion(words[0], words[2]), words[1] == u">") << row;
+        EXPECT_EQ(isRemoteVersion(words[2], words[0]), words[1] == u"<") << row;
     }
+    EXPECT_FALSE(isRemoteVersion(u"1. 2", u"1.0"));
+}
+
+TEST(UpdateDocument, NeedsItsThreeTexts) {
+    EXPECT_TRUE(UpdateInfo::decode(R"({"update_log":"","x":[1],"download_url":"","latest_version":""})"));
+    for (const char* bad : {"", R"({"update_log":"","download_url":""})",
+                            R"({"latest_version":1.4,"update_log":"","download_url":""})",
+                            R"({"latest_version":"","update_log":null,"download_url":""})",
+                            R"({"latest_version":"","update_log":"","download_url":[""]})",
+                            R"({"latest_version":"","update_log":"","download_url":""} x)",
+                            "{\"latest_version\":\"\xff\",\"update_log\":\"\",\"download_url\":\"\"}"}) {
+        EXPECT_FALSE(UpdateInfo::decode(bad)) << bad;
+    }
+}
+
+TEST_F(UpdateCheckerTest, AnnouncesANewerVersionAndRemembersTheCheck) {
+    alerts.answer = 1; // remind me later
+    const double before = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
+    const auto shown = check(false, document("1.4.0"));
+    ASSERT_EQ(shown.size(), 1U);
+    EXPECT_EQ(shown[0].messageText, u"发现新版本");
+    EXPECT_EQ(shown[0].informativeText, u"当前版本：1.2\n最新版本：1.4.0\n\n更新内容：\n更快\n更稳");
+    EXPECT_EQ(shown[0].buttons, QStringList({u"下载更新"_qs, u"稍后提醒"_qs, u"跳过此版本"_qs}));
+    EXPECT_EQ(shown[0].buttonOnClosing, 1) << "closing skips nothing";
+    EXPECT_EQ(printed, "");
     EXPECT_TRUE(workspace.opened.isEmpty());
-    EXPECT_FALSE(ignored().isValid());
+    ASSERT_EQ(defaults.stored.size(), 1) << "nothing is skipped";
+    EXPECT_NEAR(defaults.stored[SettingsKeys::corvattoLastUpdateCheckAt].toDouble(), before, 10);
 
     makeChecker({});
-    EXPECT_EQ(check(false, document("0.0.1")).at(0).informativeText.split(u'\n').first(), u"当前版本：0.0.0");
+    EXPECT_EQ(check(true, document("0.0.1")).at(0).informativeText.split(u'\n').first(), u"当前版本：0.0.0");
 }
 
 TEST_F(UpdateCheckerTest, SaysThatAllIsCurrentOnlyWhenAsked) {
-    for (const QByteArray version : {"1.2", "1.1.9", "1.2.0", "1.2-beta", ""}) {
+    for (const QByteArray version : {"1.2.0", ""}) {
+        defaults.stored.clear();
         EXPECT_TRUE(check(false, document(version)).empty()) << version.constData();
+        EXPECT_EQ(defaults.stored.size(), 1) << "remembered as well";
         const auto shown = check(true, document(version));
         ASSERT_EQ(shown.size(), 1U) << version.constData();
         EXPECT_EQ(shown[0].messageText, u"已是最新版本");
         EXPECT_EQ(shown[0].informativeText, u"当前版本 1.2 已是最新。");
-        EXPECT_EQ(shown[0].style, Alert::Style::Informational);
         EXPECT_EQ(shown[0].buttons, QStringList(u"确定"_qs));
     }
 }
 
-TEST_F(UpdateCheckerTest, EverySuccessfulCheckIsRemembered) {
-    for (const QByteArray version : {"1.4.0", "1.0"}) {
-        const double before = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
-        check(false, document(version));
-        EXPECT_EQ(lastCheck().typeId(), QMetaType::Double);
-        EXPECT_GE(lastCheck().toDouble(), before);
-        EXPECT_LE(lastCheck().toDouble(), static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000);
-        defaults.stored.clear();
-    }
-}
-
-TEST_F(UpdateCheckerTest, ASkippedVersionIsNotAnnouncedAgain) {
+TEST_F(UpdateCheckerTest, ASkippedVersionIsNotAnnouncedUnlessAsked) {
     alerts.answer = 2;
     EXPECT_EQ(check(false, document("1.4.0")).size(), 1U);
-    EXPECT_EQ(ignored(), QVariant(u"1.4.0"_qs));
-    EXPECT_EQ(check(false, document("1.4.0")).size(), 0U);
-    EXPECT_EQ(check(false, document("1.4")).size(), 1U) << "the same number, but not the same text";
     alerts.answer = 1;
-    EXPECT_EQ(check(false, document("1.4.1")).size(), 1U);
-    defaults.stored[SettingsKeys::corvattoIgnoredUpdateVersion] = u"1.4.0"_qs;
-    EXPECT_EQ(check(true, document("1.4.0")).at(0).messageText, u"发现新版本") << "when asked, anyway";
+    EXPECT_EQ(check(false, document("1.4.0")).size(), 0U);
+    EXPECT_EQ(check(true, document("1.4.0")).at(0).messageText, u"发现新版本");
+    EXPECT_EQ(check(false, document("1.4")).size(), 1U) << "the same number, but not the same text";
 }
 
 TEST_F(UpdateCheckerTest, OpensOnlyTheWeb) {
-    struct Case {
-        QByteArray address;
-        bool isOpened;
-    };
-    for (const Case& c : std::initializer_list<Case>{{"https://example.org/get?v=1#top", true},
-                                                     {"HTTP://example.org", true},
-                                                     {"https://例子.中国/下载", true},
-                                                     {"", false},
-                                                     {"example.org", false},
-                                                     {"https://", false},
-                                                     {"https://exa mple.org", false},
-                                                     {" https://example.org", false},
-                                                     {"https://example.org/%zz", false},
-                                                     {"file:///usr/bin/true", false},
-                                                     {"/usr/bin/true", false},
-                                                     {"javascript:alert(1)", false},
-                                                     {"mailto:a@example.org", false},
-                                                     {"ftp://example.org/", false}}) {
-        workspace.opened.clear();
-        EXPECT_EQ(check(true, document("9", c.address)).size(), 1U);
-        EXPECT_EQ(workspace.opened.size(), c.isOpened ? 1 : 0) << c.address.constData();
+    for (const QByteArray address :
+         {"", "example.org", "https://", "https://exa mple.org", "https://example.org/%zz",
+          "file:///usr/bin/true", "/usr/bin/true", "javascript:alert(1)", "https://example.org/get?v=1#top",
+          "HTTP://例子.中国/下载"}) {
+        EXPECT_EQ(check(true, document("9", address)).size(), 1U) << address.constData();
     }
-    check(true, document("9"));
-    EXPECT_EQ(workspace.opened, QList{QUrl(u"https://example.org/get?v=1#top"_qs)});
+    EXPECT_EQ(workspace.opened,
+              QList({QUrl(u"https://example.org/get?v=1#top"_qs), QUrl(u"http://例子.中国/下载"_qs)}));
 }
 
 TEST_F(UpdateCheckerTest, FailuresArePrintedAndToldWhenAsked) {
     using Server = test::HttpServer;
-    struct Case {
-        Server::Answer answer;
-        const char* error;
-    };
-    for (const Case& c : std::initializer_list<Case>{
-             {Server::respond(document("9"), "404 Not Found"), "domain: NSURLErrorDomain, code: -1011"},
-             {Server::respond(document("9"), "201 Created"), "domain: NSURLErrorDomain, code: -1011"},
-             {Server::raw({}), "domain: NSURLErrorDomain, code: -1005"},
-             {Server::respond("{}"), "domain: NSCocoaErrorDomain, code: 4864"}}) {
-        for (const bool manual : {false, true}) {
-            const auto shown = check(manual, c.answer);
-            const QList<QByteArray> lines = printed.split('\n');
-            ASSERT_EQ(lines.size(), 5) << printed.constData();
-            EXPECT_EQ(lines[0], manual ? "[UpdateChecker] ERROR (manual=true):"
-                                       : "[UpdateChecker] ERROR (manual=false):");
-            EXPECT_EQ(lines[1], QByteArray("  ") + c.error);
-            EXPECT_THAT(lines[2].toStdString(), ::testing::MatchesRegex("  description: .+"));
-            EXPECT_EQ(lines[3], "  URL: " + server.url(path).toEncoded());
-            ASSERT_EQ(shown.size(), manual ? 1U : 0U);
-            if (manual) {
-                EXPECT_EQ(shown[0].messageText, u"检查更新失败");
-                EXPECT_EQ(shown[0].informativeText.toUtf8(), lines[2].mid(qstrlen("  description: ")));
-                EXPECT_EQ(shown[0].buttons, QStringList(u"确定"_qs));
-            }
-        }
+    for (const auto& [answer, error] : std::initializer_list<std::pair<Server::Answer, QByteArray>>{
+             {Server::respond(document("9"), "201 Created"), "NSURLErrorDomain, code: -1011"},
+             {Server::raw({}), "NSURLErrorDomain, code: -1005"},
+             {Server::respond("{}"), "NSCocoaErrorDomain, code: 4864"}}) {
+        const auto shown = check(true, answer);
+        ASSERT_EQ(shown.size(), 1U);
+        EXPECT_EQ(shown[0].messageText, u"检查更新失败");
+        EXPECT_FALSE(shown[0].informativeText.isEmpty());
+        const QByteArray lines = "  domain: " + error +
+                                 "\n  description: " + shown[0].informativeText.toUtf8() +
+                                 "\n  URL: " + server.url(path).toEncoded() + "\n";
+        EXPECT_EQ(printed, "[UpdateChecker] ERROR (manual=true):\n" + lines);
+        EXPECT_TRUE(check(false, answer).empty());
+        EXPECT_EQ(printed, "[UpdateChecker] ERROR (manual=false):\n" + lines);
     }
     EXPECT_TRUE(defaults.stored.isEmpty());
-    EXPECT_TRUE(workspace.opened.isEmpty());
 }
 
-TEST_F(UpdateCheckerTest, ChecksMayOverlap) {
-    // One more, begun and ended while the first one's alert is open.
+TEST_F(UpdateCheckerTest, MayCheckAgainAndBeDestroyedWhileItsAlertIsOpen) {
     alerts.whileShown = [this] {
         const auto inner = checker->checkForUpdates(true);
         EXPECT_TRUE(test::eventually([&] { return inner.isReady(); }));
     };
-    alerts.answer = 1;
     EXPECT_EQ(check(true, document("1.4.0")).size(), 2U);
-
-    alerts.shown.clear();
-    const auto first = checker->checkForUpdates(true);
-    const auto second = checker->checkForUpdates(false);
-    EXPECT_TRUE(test::eventually([&] { return first.isReady() && second.isReady(); }));
-    EXPECT_EQ(alerts.shown.size(), 2U);
-}
-
-TEST_F(UpdateCheckerTest, MayBeDestroyedAtAnyTime) {
-    const test::CapturedOutput output;
-    server.answers[path] = test::HttpServer::pieces({"never sent"}, std::chrono::hours(1));
-    const auto waiting = checker->checkForUpdates(true);
-    ASSERT_TRUE(test::eventually([&] { return !server.requests.isEmpty(); }));
-    checker.reset();
-    EXPECT_TRUE(waiting.isReady()) << "without an event loop, as at the end of the program";
-    makeChecker(QStringLiteral("1.2"));
-    const auto starting = checker->checkForUpdates(true);
-    checker.reset();
-    EXPECT_TRUE(starting.isReady());
-    EXPECT_TRUE(alerts.shown.empty());
-
+    workspace.opened.clear();
     for (const int answer : {0, 2}) {
         alerts.answer = answer;
         alerts.whileShown = [this] {
             checker.reset();
         };
-        makeChecker(QStringLiteral("1.2"));
         EXPECT_EQ(check(true, document("1.4.0")).size(), 1U);
+        makeChecker(QStringLiteral("1.2"));
     }
     EXPECT_TRUE(workspace.opened.isEmpty());
-    EXPECT_FALSE(ignored().isValid());
+    EXPECT_EQ(defaults.stored.size(), 1) << "nothing is skipped";
 }
 
-TEST_F(UpdateCheckerTest, TheSharedOneIsTheOneInstalled) {
-    UpdateChecker::install(*checker);
-    EXPECT_EQ(&UpdateChecker::shared(), &*checker);
+TEST_F(UpdateCheckerTest, MayBeDestroyedWhileItLoads) {
+    const test::CapturedOutput output;
+    server.answers[path] = [](QTcpSocket&) {
+    };
+    for (const bool isStarting : {false, true}) {
+        const auto check = checker->checkForUpdates(true);
+        EXPECT_TRUE(test::eventually([&] { return isStarting || !server.requests.isEmpty(); }));
+        checker.reset();
+        EXPECT_TRUE(check.isReady()) << "without an event loop, as at the end of the program";
+        makeChecker(QStringLiteral("1.2"));
+    }
+    EXPECT_TRUE(alerts.shown.empty());
 }
 
 } // namespace
