@@ -35,22 +35,11 @@ protected:
 };
 
 TEST(LimitFieldTest, OnlyPlainDecimalNumbersCount) {
-    const std::pair<const char*, qint64> rows[] = {
-        {"", 0},
-        {"-5", 0},
-        {"+20", 20},
-        {" 20", 0},
-        {"1,000", 0},
-        {"++1", 0},
-        {"007", 7},
-        {"٣", 0},
-        {"0x10", 0},
-        {"9223372036854775807", 9223372036854775807},
-        {"9223372036854775808", 0},
-    };
-    for (const auto& [text, limit] : rows) {
-        EXPECT_EQ(LimitField::limitFrom(QString::fromUtf8(text)), limit) << text;
+    for (const char* none : {"", "-5", " 20", "1,000", "++1", "٣", "0x10", "9223372036854775808"}) {
+        EXPECT_EQ(LimitField::limitFrom(QString::fromUtf8(none)), 0) << none;
     }
+    EXPECT_EQ(LimitField::limitFrom(QStringLiteral("+020")), 20);
+    EXPECT_EQ(LimitField::limitFrom(QStringLiteral("9223372036854775807")), 9223372036854775807);
 }
 
 TEST_F(PreferencesViewTest, FieldsShowWhatWasTypedUntilTheNextAppearance) {
