@@ -3,19 +3,13 @@
 #pragma once
 
 #include "history/HistoryViewModel.h"
-#include "support/CapturedOutput.h"
 #include "support/FakePasteboard.h"
 #include "support/FakeUserDefaults.h"
-#include "support/FakeWorkspace.h"
 #include "support/Printing.h"
 
-#include <QFile>
-#include <QImage>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
-
-#include <array>
 
 namespace corvatto::test {
 
@@ -38,13 +32,6 @@ protected:
         };
     }
 
-    QString path(const char* name) const { return home.path() + u'/' + QString::fromUtf8(name); }
-    QString touch(const char* name) const {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        return file.fileName();
-    }
-
     // The last one is the newest.
     void record(std::initializer_list<const char*> texts) {
         for (const char* text : texts) {
@@ -58,22 +45,13 @@ protected:
     }
 
     ClipboardItem newest() const { return store.fetchRecent(std::nullopt, 1).value(0); }
-    qint64 copiesOf(qint64 id) const {
-        for (const ClipboardItem& item : store.fetchRecent(std::nullopt, 1000)) {
-            if (item.id == id) {
-                return item.copyCount;
-            }
-        }
-        return 0;
-    }
-
     QString selected() const {
         for (const ClipboardItem& item : viewModel.items()) {
             if (item.id == viewModel.selectedItemId()) {
                 return item.content;
             }
         }
-        return viewModel.selectedItemId() ? QStringLiteral("(not on show)") : QStringLiteral("(none)");
+        return QStringLiteral("(none)");
     }
     QString shown() const {
         QStringList contents;

@@ -50,157 +50,52 @@ protected:
 };
 
 TEST_F(Window, ThePanelOpensAlongTheBottomOfTheScreenUnderTheMouse) {
-    EXPECT_EQ(HistoryWindowController::panelFrame({0, 24, 1920, 1000}), QRect(0, 604, 1920, 420));
-    EXPECT_EQ(HistoryWindowController::panelFrame({-800, 50, 800, 1200}), QRect(-800, 810, 800, 440));
     screens.all = {};
     screens.main = std::nullopt;
     controller->show(); // on nothing
     EXPECT_EQ(controller->window(), nullptr);
-    EXPECT_EQ(defaults.integer(SettingsKeys::corvattoHistoryWindowOpenCount), 0);
-
     screens.all = {left, right};
     screens.main = left;
-    struct Case {
-        QPoint mouse;
-        Screen expected;
-    };
-    for (const Case& at : {Case{{999, 999}, left}, Case{{1000, 0}, right}, Case{{1799, 1199}, right},
-                           Case{{1800, 5}, left}, Case{{5, 1000}, left}, Case{{-1, 5}, left}}) {
-        screens.mouse = at.mouse;
+    for (const auto& [mouse, screen] :
+         {std::pair(QPoint(999, 999), left), {{1000, 0}, right}, {{1799, 1199}, right}, {{1800, 5}, left}}) {
+        screens.mouse = mouse;
         controller->show();
-        EXPECT_EQ(panel().geometry(), HistoryWindowController::panelFrame(at.expected.visibleFrame))
-            << at.mouse.x() << ", " << at.mouse.y();
+        EXPECT_EQ(panel().geometry(), HistoryWindowController::panelFrame(screen.visibleFrame)) << mouse.x();
     }
+    EXPECT_EQ(panelWindows.preparedHidden, 1) << "prepared while hidden; it stayed visible since";
+    screens.all = {};
     screens.main = std::nullopt;
+    screens.didChange();
+    EXPECT_EQ(panel().geometry(), HistoryWindowController::panelFrame(left.visibleFrame)) << "nowhere to go";
     screens.all = {right, left};
     controller->show();
     EXPECT_EQ(panel().geometry().left(), 1000) << "the first when there is no main screen";
-    EXPECT_EQ(panelWindows.preparedHidden, 1) << "prepared while hidden; it stayed visible since";
 }
 
-TEST_F(Window, AVisiblePanelStaysOnItsScreenAndOnAScreen) {
-    const auto expectOn = [this](const QRect& visibleFrame) {
-        screens.didChange();
-        EXPECT_EQ(panel().geometry(), HistoryWindowController::panelFrame(visibleFrame));
-    };
-    screens.didChange(); // with no panel
-    screens.mouse = {1500, 5};
-    controller->show();
-    screens.mouse = {5, 5};
-    screens.all = {left, {{1000, 0, 1600, 900}, {1000, 0, 1600, 860}}};
-    expectOn({1000, 0, 1600, 860});
-    screens.all = {left};
-    expectOn(left.visibleFrame);
-    screens.all = {};
-    screens.main = std::nullopt;
-    expectOn(left.visibleFrame);
-    panel().orderOut();
-    screens.all = {right};
-    expectOn(left.visibleFrame); // until it is shown
-}
-
-TEST_F(Window, HidingKeepsThePanelForTheNextTime) {
-    show();
-    const FloatingPanel* first = &panel();
-    panel().close();
-    EXPECT_FALSE(panel().isVisible());
+TEST_F(Window, TheKeyboardMayBeAnywhereInThePanelButNotInOtherWindows) {
     record({"B", "A"});
     show();
-    EXPECT_EQ(&panel(), first);
-    EXPECT_EQ(shown() + selected(), u"A BB") << "loaded afresh";
-    viewModel.onDismiss();
-    EXPECT_FALSE(panel().isVisible());
-    controller.reset();
-    viewModel.onDismiss(); // with nobody left to hide anything
-}
-
-TEST_F(Window, CommandAndADigitCopyTheEntryAtThatPlace) {
-    recordNumbered(8);
-    constexpr std::array digits{Qt::Key_1, Qt::Key_2, Qt::Key_3, Qt::Key_4, Qt::Key_5,
-                                Qt::Key_6, Qt::Key_7, Qt::Key_8, Qt::Key_9};
-    for (const auto& modifiers : {Qt::KeyboardModifiers(Qt::ControlModifier),
-                                  Qt::MetaModifier | Qt::ShiftModifier | Qt::AltModifier}) {
-        for (std::size_t i = 0; i < 8; ++i) {
-            show();
-            const ClipboardItem item = viewModel.items()[static_cast<qsizetype>(i)];
-            press(digits[i], modifiers);
-            EXPECT_EQ(pasteboard.content.text, item.content);
-            EXPECT_EQ(copiesOf(item.id), item.copyCount + 1);
-            EXPECT_FALSE(panel().isVisible());
-        }
-    }
-    show();
-    const qint64 count = pasteboard.count;
-    press(Qt::Key_9, Qt::ControlModifier); // there are eight
-    press(Qt::Key_0, Qt::ControlModifier);
-    EXPECT_TRUE(panel().isVisible());
-    EXPECT_EQ(field().text(), QString());
-    press(Qt::Key_5);
-    EXPECT_EQ(field().text(), u"5") << "without Command it is typed";
-    EXPECT_EQ(pasteboard.count, count);
-}
-
-TEST_F(Window, ArrowsMoveTheSelectionAndNeverTheTypingPoint) {
-    record({"1x", "2x", "3x"});
-    show();
-    QTest::keyClick(&field(), Qt::Key_X);
-    EXPECT_EQ(selected(), u"3x");
-    QString road;
-    for (const auto key : {Qt::Key_Right, Qt::Key_Down, Qt::Key_Left, Qt::Key_Up}) {
-        press(key, key == Qt::Key_Left ? Qt::ShiftModifier : Qt::NoModifier);
-        road += selected();
-    }
-    EXPECT_EQ(road, u"2x1x2x3x");
-    EXPECT_EQ(field().cursorPosition(), 1);
-    EXPECT_FALSE(field().hasSelectedText());
-    press(Qt::Key_Home);
-    EXPECT_EQ(field().cursorPosition(), 0) << "other keys are the field's";
-}
-
-TEST_F(Window, ReturnCopiesOnceWhereverTheFocusIsAndEscapeHides) {
-    record({"B", "A"});
-    show();
-    const qint64 id = *viewModel.selectedItemId();
-    press(Qt::Key_Return);
-    EXPECT_EQ(copiesOf(id), 2);
-    EXPECT_FALSE(panel().isVisible());
-
-    show();
-    const qint64 other = *viewModel.selectedItemId();
+    field().setText(QStringLiteral("B"));
+    field().selectAll();
+    press(Qt::Key_C, Qt::MetaModifier); // the field itself knows only Control
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), u"B");
+    EXPECT_EQ(pasteboard.count, 1);
     field().clearFocus();
     press(Qt::Key_Return, Qt::ShiftModifier);
-    EXPECT_EQ(copiesOf(other), 2);
+    EXPECT_EQ(newest().copyCount, 2) << "copied once";
     EXPECT_FALSE(panel().isVisible());
 
     show();
-    press(Qt::Key_Escape, Qt::AltModifier);
-    EXPECT_FALSE(panel().isVisible());
-    EXPECT_EQ(copiesOf(id) + copiesOf(other), 4);
-}
-
-TEST_F(Window, CommandCCopiesTheFieldsSelectionBeforeTheHistorys) {
-    record({"Cc", "cc"});
-    for (const auto modifier : {Qt::ControlModifier, Qt::MetaModifier}) {
-        show();
-        field().setText(QStringLiteral("cc"));
-        field().selectAll();
-        const qint64 count = pasteboard.count;
-        QGuiApplication::clipboard()->clear();
-        press(Qt::Key_C, modifier);
-        EXPECT_EQ(QGuiApplication::clipboard()->text(), u"cc");
-        EXPECT_TRUE(panel().isVisible());
-        EXPECT_EQ(pasteboard.count, count);
-
-        field().deselect();
-        const QString expected = selected();
-        press(Qt::Key_C, modifier);
-        EXPECT_EQ(pasteboard.content.text, expected);
-        EXPECT_FALSE(panel().isVisible());
-    }
-    show();
-    field().clear();
-    press(Qt::Key_C);
-    EXPECT_EQ(field().text(), u"c");
+    const qint64 count = pasteboard.count;
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    press(Qt::Key_Escape);
+    press(Qt::Key_1, Qt::ControlModifier);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(panel().isVisible());
+    EXPECT_EQ(pasteboard.count, count);
 }
 
 TEST_F(Window, KeysBelongToTheInputMethodWhileItComposes) {
@@ -224,48 +119,29 @@ TEST_F(Window, KeysBelongToTheInputMethodWhileItComposes) {
     EXPECT_FALSE(panel().isVisible());
 }
 
-TEST_F(Window, KeysInOtherWindowsAreLeftAlone) {
-    record({"B", "A"});
-    show();
-    QWidget other;
-    other.show();
-    other.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
-    press(Qt::Key_Escape);
-    press(Qt::Key_1, Qt::ControlModifier);
-    press(Qt::Key_Return);
-    EXPECT_TRUE(panel().isVisible()) << "it stays although another window has the keyboard";
-    EXPECT_EQ(pasteboard.count, 1);
-}
-
 TEST_F(Window, EveryHundredthOpeningMayCheckForUpdates) {
     test::FakeAlerts alerts;
     test::FakeWorkspace workspace;
     UpdateChecker checker({defaults, alerts, workspace}, QUrl(), QStringLiteral("1.0"));
     UpdateChecker::install(checker);
-    const auto opened = [&](qint64 times, double secondsSinceCheck) {
-        defaults.setInteger(SettingsKeys::corvattoHistoryWindowOpenCount, times - 1);
-        const double now = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
-        defaults.setNumber(SettingsKeys::corvattoLastUpdateCheckAt, now - secondsSinceCheck);
+    const auto now = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
+    struct Case {
+        qint64 opening;
+        double secondsSinceCheck;
+        int checks;
+    };
+    for (const Case& at : {Case{1, 1e6, 0}, Case{99, 1e6, 0}, Case{100, 1e6, 1}, Case{200, 86'400, 1},
+                           Case{300, 86'340, 0}, Case{300, -1e6, 0}}) { // a clock that was set back
+        defaults.setInteger(SettingsKeys::corvattoHistoryWindowOpenCount, at.opening - 1);
+        defaults.setNumber(SettingsKeys::corvattoLastUpdateCheckAt, now - at.secondsSinceCheck);
         test::CapturedOutput output;
         controller->show(); // visible already, from the second time on
-        EXPECT_EQ(defaults.integer(SettingsKeys::corvattoHistoryWindowOpenCount), times);
-        // A check of nothing fails as soon as the event loop runs, and an automatic one says so in print
-        // only.
+        EXPECT_EQ(defaults.integer(SettingsKeys::corvattoHistoryWindowOpenCount), at.opening);
+        // A check of nothing fails as soon as the event loop runs, and says so in print only.
         test::eventually([&] { return !output.text().isEmpty(); }, std::chrono::milliseconds(100));
-        EXPECT_TRUE(alerts.shown.empty());
-        return output.text().count("ERROR (manual=false)");
-    };
-    EXPECT_EQ(opened(99, 1e6), 0);
-    EXPECT_EQ(opened(100, 1e6), 1);
-    EXPECT_EQ(opened(101, 1e6), 0);
-    EXPECT_EQ(opened(200, 86'400), 1) << "a day is enough";
-    EXPECT_EQ(opened(300, 86'340), 0);
-    EXPECT_EQ(opened(300, -1e6), 0) << "a clock that was set back";
-
-    defaults.stored.clear(); // never counted, never checked
-    controller->show();
-    EXPECT_EQ(defaults.integer(SettingsKeys::corvattoHistoryWindowOpenCount), 1);
+        EXPECT_EQ(output.text().count("ERROR (manual=false)"), at.checks) << at.opening;
+    }
+    EXPECT_TRUE(alerts.shown.empty());
 }
 
 } // namespace
