@@ -24,9 +24,6 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
         field->setFocus();
     }
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
-        QTest::keyClick(window.windowHandle(), key, modifiers);
-    }
 
     FakeUserDefaults defaults;
     QWidget window;
@@ -34,27 +31,19 @@ protected:
     ShortcutRecorder* recorder;
 };
 
-TEST_F(ShortcutRecorderTest, ShowsWhatIsRecordedAndWhatIsStoredFromElsewhere) {
+TEST_F(ShortcutRecorderTest, ShowsWhatIsStored) {
     EXPECT_EQ(recorder->accessibleName(), u"⇧⌘V"); // the default
-    const struct {
-        Qt::Key key;
-        Qt::KeyboardModifiers held;
-        const char* shown;
-    } rows[] = {
-        {Qt::Key_F1, Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier | Qt::ShiftModifier, "⌃⌥⇧⌘F1"},
-        {Qt::Key_C, Qt::ControlModifier, "⌃C"}, // Control is not command here
-        {Qt::Key_K, {}, "K"},
-        {Qt::Key_Return, Qt::ShiftModifier, "⇧↩"},
-        {Qt::Key_Space, Qt::AltModifier, "⌥␣"},
-    };
-    for (const auto& [key, held, shown] : rows) {
-        QTest::mouseClick(recorder, Qt::LeftButton);
-        press(key, held);
-        EXPECT_FALSE(recorder->isRecording() || recorder->hasFocus()) << shown;
+    for (const auto& [keyCode, modifiers, shown] : {std::tuple(122, 6912, "⌃⌥⇧⌘F1"),
+                                                    {8, 4096, "⌃C"},
+                                                    {23, 0, "5"},
+                                                    {36, 512, "⇧↩"},
+                                                    {49, 2048, "⌥␣"},
+                                                    {126, 256, "⌘↑"},
+                                                    {10, 256, "⌘10"}}) {
+        defaults.setInteger(SettingsKeys::hotkeyKeyCode, keyCode);
+        defaults.setInteger(SettingsKeys::hotkeyModifiers, modifiers);
         EXPECT_EQ(recorder->accessibleName(), QString::fromUtf8(shown));
     }
-    defaults.setInteger(SettingsKeys::hotkeyKeyCode, 10);
-    EXPECT_EQ(recorder->accessibleName(), u"⌥10");
 }
 
 TEST_F(ShortcutRecorderTest, ASecondClickAndLosingTheFocusChangeNothing) {
@@ -66,7 +55,7 @@ TEST_F(ShortcutRecorderTest, ASecondClickAndLosingTheFocusChangeNothing) {
     EXPECT_TRUE(recorder->isRecording());
     field->setFocus();
     EXPECT_FALSE(recorder->isRecording());
-    press(Qt::Key_J);
+    QTest::keyClick(window.windowHandle(), Qt::Key_J);
     EXPECT_EQ(field->text(), u"j");
     EXPECT_TRUE(defaults.stored.isEmpty());
 }
