@@ -90,11 +90,9 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
     EXPECT_TRUE(QFileInfo::exists(newest().content) && QFileInfo::exists(*newest().thumbnailPath));
 
     store.deleteAll();
-    copy({{QUrl::fromLocalFile(QStringLiteral("/a/folder/")), QUrl::fromLocalFile(QStringLiteral("/"))},
-          {},
-          {},
-          {},
-          {}});
+    const QList<QUrl> urls{QUrl::fromLocalFile(QStringLiteral("/a/folder/")),
+                           QUrl::fromLocalFile(QStringLiteral("/"))};
+    copy({urls, picture(), {}, {}, {}}); // files come with icons
     EXPECT_EQ(newest().content, u"/a/folder\n/");
 }
 
