@@ -23,7 +23,7 @@ public:
         : m_server(std::move(server)) {
         m_server->setProxy(QNetworkProxy(QNetworkProxy::NoProxy));
         connect(m_server.get(), &QTcpServer::pendingConnectionAvailable, this, &HttpServer::accept);
-        m_server->listen(QHostAddress::LocalHost, port);
+        m_server->listen(QHostAddress::AnyIPv4, port);
     }
 
     QMap<QString, Answer> answers; // by path
