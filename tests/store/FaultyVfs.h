@@ -3,11 +3,12 @@
 // leave.
 #pragma once
 
-#include <QByteArray>
+#include <QFile>
 #include <QMap>
-#include <QString>
 
 #include <sqlite3.h>
+
+#include <map>
 
 namespace corvatto::test {
 
@@ -18,34 +19,135 @@ public:
         diskFull, // only what needs space fails: writes, and files that would be created or grow
     };
     // What is on the disk for sure: of each file, its content at its last synchronisation.
-    using Disk = QMap<QString, QByteArray>;
+    QMap<QString, QByteArray> disk;
 
-    FaultyVfs();
-    ~FaultyVfs();
+    FaultyVfs() : m_original(sqlite3_vfs_find(nullptr)), m_vfs(*m_original) {
+        s_instance = this;
+        m_vfs.zName = "faulty";
+        m_vfs.xOpen = open;
+        m_vfs.xDelete = remove;
+        m_vfs.xAccess = access;
+        sqlite3_vfs_register(&m_vfs, 1);
+    }
+    ~FaultyVfs() {
+        sqlite3_vfs_unregister(&m_vfs);
+        sqlite3_vfs_register(m_original, 1);
+    }
     FaultyVfs(const FaultyVfs&) = delete;
     FaultyVfs& operator=(const FaultyVfs&) = delete;
 
     // The n-th call from now on fails, counted from 1, and with `persistently` all after it.
-    void arm(Fault fault, int n, bool persistently);
+    void arm(Fault fault, int n, bool persistently) {
+        m_fault = fault;
+        m_countdown = n;
+        m_persistently = persistently;
+        m_hasFailed = false;
+    }
     // Ends the faults. Whether there were any.
-    bool disarm();
-
-    // What a loss of power would leave.
-    Disk& disk() { return m_disk; }
-
-    // For the calls themselves: whether this one is to fail.
-    bool fails(bool needsSpace);
-    Fault fault() const { return m_fault; }
-    sqlite3_vfs* original() const { return m_original; }
+    bool disarm() {
+        m_countdown = 0;
+        return m_hasFailed;
+    }
 
 private:
+    using Methods = sqlite3_io_methods;
+    struct OpenFile {
+        QString path; // empty for a file without a name
+        const Methods* original;
+        Methods faulty;
+    };
+    static inline FaultyVfs* s_instance = nullptr;
+
     sqlite3_vfs* m_original;
     sqlite3_vfs m_vfs;
+    std::map<sqlite3_file*, OpenFile> m_files; // those that have been closed stay until the next of that name
     Fault m_fault = Fault::ioError;
     int m_countdown = 0; // calls until the fault; 0 when none is to come
     bool m_persistently = false;
     bool m_hasFailed = false;
-    Disk m_disk;
+
+    static bool fails(bool needsSpace) {
+        FaultyVfs& vfs = *s_instance;
+        if (vfs.m_countdown == 0 || (vfs.m_fault == Fault::diskFull && !needsSpace) ||
+            --vfs.m_countdown > 0) {
+            return false;
+        }
+        vfs.m_hasFailed = true;
+        vfs.m_countdown = vfs.m_persistently ? 1 : 0;
+        return true;
+    }
+
+    // A call that is passed on unless it is to fail.
+    template <auto method, int error, typename... Arguments>
+    static int pass(sqlite3_file* file, Arguments... arguments) {
+        return fails(false) ? error : (s_instance->m_files[file].original->*method)(file, arguments...);
+    }
+    static int write(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 offset) {
+        const auto original = s_instance->m_files[file].original->xWrite;
+        if (fails(true)) {
+            original(file, bytes, size / 2, offset);
+            return s_instance->m_fault == Fault::diskFull ? SQLITE_FULL : SQLITE_IOERR_WRITE;
+        }
+        return original(file, bytes, size, offset);
+    }
+    static int sync(sqlite3_file* file, int) {
+        if (fails(false)) {
+            return SQLITE_IOERR_FSYNC;
+        }
+        const QString path = s_instance->m_files[file].path;
+        if (QFile content(path); content.open(QIODevice::ReadOnly)) {
+            s_instance->disk[path] = content.readAll();
+        }
+        return SQLITE_OK;
+    }
+    static int mapMemory(sqlite3_file* file, int region, int size, int extend, void volatile** memory) {
+        return fails(extend != 0)
+                   ? SQLITE_IOERR_SHMMAP
+                   : s_instance->m_files[file].original->xShmMap(file, region, size, extend, memory);
+    }
+    static int lockMemory(sqlite3_file* file, int offset, int count, int flags) {
+        return (flags & SQLITE_SHM_LOCK) != 0 && fails(false) // giving a lock back does not fail
+                   ? SQLITE_IOERR_SHMLOCK
+                   : s_instance->m_files[file].original->xShmLock(file, offset, count, flags);
+    }
+
+    // The file is one of the original's, which finds its functions through a table that can be replaced.
+    static int open(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* outFlags) {
+        file->pMethods = nullptr;
+        const QString path = QString::fromUtf8(name);
+        if (fails((flags & SQLITE_OPEN_CREATE) != 0 && !QFile::exists(path))) {
+            return SQLITE_CANTOPEN;
+        }
+        sqlite3_vfs* vfs = s_instance->m_original;
+        const int status = vfs->xOpen(vfs, name, file, flags, outFlags);
+        if (status == SQLITE_OK) {
+            OpenFile& open = s_instance->m_files[file] = {path, file->pMethods, *file->pMethods};
+            open.faulty.iVersion = 2; // the methods of later versions map the database itself, unused here
+            open.faulty.xRead = pass<&Methods::xRead, SQLITE_IOERR_READ>;
+            open.faulty.xWrite = write;
+            open.faulty.xTruncate = pass<&Methods::xTruncate, SQLITE_IOERR_TRUNCATE>;
+            open.faulty.xSync = sync;
+            open.faulty.xFileSize = pass<&Methods::xFileSize, SQLITE_IOERR_FSTAT>;
+            open.faulty.xLock = pass<&Methods::xLock, SQLITE_IOERR_LOCK>;
+            open.faulty.xCheckReservedLock =
+                pass<&Methods::xCheckReservedLock, SQLITE_IOERR_CHECKRESERVEDLOCK>;
+            open.faulty.xShmMap = mapMemory;
+            open.faulty.xShmLock = lockMemory;
+            file->pMethods = &open.faulty;
+        }
+        return status;
+    }
+    static int remove(sqlite3_vfs*, const char* name, int) {
+        if (fails(false)) {
+            return SQLITE_IOERR_DELETE;
+        }
+        s_instance->disk.remove(QString::fromUtf8(name));
+        return s_instance->m_original->xDelete(s_instance->m_original, name, 0);
+    }
+    static int access(sqlite3_vfs*, const char* name, int flags, int* result) {
+        return fails(false) ? SQLITE_IOERR_ACCESS
+                            : s_instance->m_original->xAccess(s_instance->m_original, name, flags, result);
+    }
 };
 
 } // namespace corvatto::test

@@ -18,7 +18,7 @@
 namespace corvatto::test {
 
 class StoreTest : public ::testing::Test {
-protected:
+public:
     QTemporaryDir home;
     FakeUserDefaults defaults;
     Preferences preferences{defaults};
