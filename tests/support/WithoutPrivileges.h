@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QFile>
-#include <QString>
 
 #include <unistd.h>
 
@@ -12,14 +11,12 @@ namespace corvatto::test {
 class WithoutPrivileges {
 public:
     // The paths are handed over to whoever the process becomes.
-    explicit WithoutPrivileges(const QStringList& paths) : m_wasRoot(geteuid() == 0) {
-        if (!m_wasRoot) {
-            return;
-        }
-        for (const QString& path : paths) {
+    explicit WithoutPrivileges(const QStringList& paths) {
+        constexpr uid_t nobody = 65534;
+        for (const QString& path : m_wasRoot ? paths : QStringList()) {
             m_succeeded = chown(QFile::encodeName(path).constData(), nobody, nobody) == 0 && m_succeeded;
         }
-        m_succeeded = seteuid(nobody) == 0 && m_succeeded;
+        m_succeeded = m_succeeded && (!m_wasRoot || seteuid(nobody) == 0);
     }
     ~WithoutPrivileges() {
         if (m_wasRoot && seteuid(0) != 0) {
@@ -32,8 +29,7 @@ public:
     bool succeeded() const { return m_succeeded; }
 
 private:
-    static constexpr uid_t nobody = 65534;
-    bool m_wasRoot;
+    const bool m_wasRoot = geteuid() == 0;
     bool m_succeeded = true;
 };
 
