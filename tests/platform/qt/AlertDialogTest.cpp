@@ -25,7 +25,7 @@ TEST(AlertDialogTest, AnswersWithTheButtonOrWhatClosingCountsAs) {
         EXPECT_EQ(dialog.chosen(), chosen);
         EXPECT_FALSE(dialog.isVisible());
     }
-    AlertDialog dialog({QStringLiteral("?"), {}, Alert::Style::Informational, titles});
+    const AlertDialog dialog({QStringLiteral("?"), {}, Alert::Style::Informational, titles});
     const auto buttons = dialog.findChildren<QPushButton*>();
     for (int i = 0; i < titles.size(); ++i) {
         EXPECT_EQ(buttons.at(i)->text(), titles[i]);
