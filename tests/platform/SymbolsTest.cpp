@@ -11,7 +11,7 @@ namespace {
 TEST(Symbols, EveryNameThatTheProgramUsesIsADrawingOfItsOwn) {
     const QColor color(200, 30, 30);
     for (const double ratio : {1.0, 1.5, 2.0}) {
-        QSet<QByteArray> drawings;
+        QSet<QList<QRgb>> drawings;
         for (const auto& [utf8, size] : {std::pair{"photo.fill", 11},
                                          {"doc.fill", 11},
                                          {"questionmark", 11},
@@ -24,25 +24,13 @@ TEST(Symbols, EveryNameThatTheProgramUsesIsADrawingOfItsOwn) {
             const QString name = QString::fromUtf8(utf8);
             const QImage drawn = symbols::pixmap(name, size, color, ratio).toImage();
             ASSERT_EQ(drawn.size(), (symbols::size(name, size) * ratio).toSize()) << utf8;
-            ASSERT_FALSE(drawn.isNull()) << utf8;
-            int solid = 0;
-            int empty = 0;
-            for (int y = 0; y < drawn.height(); ++y) {
-                for (int x = 0; x < drawn.width(); ++x) {
-                    const QColor pixel = drawn.pixelColor(x, y);
-                    solid += pixel == color ? 1 : 0;
-                    empty += pixel.alpha() == 0 ? 1 : 0;
-                }
-            }
-            EXPECT_GT(solid, 0) << utf8 << " has strokes of full strength";
-            EXPECT_GT(empty, 0) << utf8;
-            drawings.insert(
-                QByteArray(reinterpret_cast<const char*>(drawn.constBits()), drawn.sizeInBytes()));
+            const auto* pixels = reinterpret_cast<const QRgb*>(drawn.constBits());
+            const QList<QRgb> drawing(pixels, pixels + drawn.width() * drawn.height());
+            EXPECT_TRUE(drawing.contains(color.rgba()) && drawing.contains(0)) << utf8;
+            drawings.insert(drawing);
         }
         EXPECT_EQ(drawings.size(), 9) << ratio;
     }
-    EXPECT_TRUE(symbols::pixmap(QStringLiteral("none"), 11, color, 1).isNull());
-    EXPECT_TRUE(symbols::size(QStringLiteral("none"), 11).isEmpty());
 }
 
 } // namespace

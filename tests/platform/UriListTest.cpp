@@ -37,22 +37,8 @@ TEST(UriList, LeavesOutWhatIsNoFileOfThisMachine) {
         inUriList("http://example.org/a\r\nfile://elsewhere/b\r\nsftp://host/c\r\n/d\r\nfile:relative\r\n"
                   "file://\r\nfile:///nul%00\r\nfile:///two%0Alines\r\nfile:///good"),
         QStringList(QStringLiteral("/good")));
-    EXPECT_EQ(inUriList(""), QStringList());
-    EXPECT_EQ(inUriList(QByteArray("\0\xFF\xFE", 3)), QStringList());
-}
-
-TEST(UriList, SurvivesTheRoundTripInBothForms) {
-    const QStringList names{QStringLiteral("/a b/100%.txt"), QStringLiteral("/文?件#1;[x]&'\"\\"),
-                            QStringLiteral("/%41"), QStringLiteral("/")};
-    QList<QUrl> urls;
-    for (const QString& name : names) {
-        urls << QUrl::fromLocalFile(name);
-    }
-    EXPECT_EQ(inUriList(uriListFromFileURLs(urls)), names);
-    EXPECT_EQ(paths(fileURLsFromGnomeCopiedFiles(gnomeCopiedFilesFromFileURLs(urls))), names);
     EXPECT_EQ(paths(fileURLsFromGnomeCopiedFiles("cut\nfile:///a")), QStringList(QStringLiteral("/a")));
     EXPECT_TRUE(fileURLsFromGnomeCopiedFiles("file:///a\nfile:///b").isEmpty());
-    EXPECT_TRUE(fileURLsFromGnomeCopiedFiles("").isEmpty());
 }
 
 } // namespace
