@@ -19,8 +19,8 @@ protected:
         hidePanel();
     }
 
-    bool soonSaid(const QByteArray& line, int times = 1) {
-        return soon([&] { return owner->output().count(line + '\n') >= times; });
+    bool soonSaid(const QByteArray& line) {
+        return soon([&] { return owner->hasPrinted(line); });
     }
 
     // The panel opens, takes what is typed, even Ctrl+V, and hides. Throws when it does not.
@@ -73,25 +73,14 @@ TEST_F(HostileOwnerTest, OneThatNeverAnswers) {
     expectOnlyTheNextCopyStored();
 }
 
-TEST_F(HostileOwnerTest, OneThatAnswersLate) {
-    copy({{"UTF8_STRING", "late"}}, {"--delay=1500"});
-    expectPanelToAnswer();
-    EXPECT_TRUE(soonStored("late"));
-}
-
-TEST_F(HostileOwnerTest, OneThatDiesInTheMiddleOfATransfer) {
-    for (const char* death : {"--die-after=1", "--die-after=5"}) {
-        copy(megabyte, {"--chunk=100000", death});
-        EXPECT_TRUE(soon([this] { return !owner->isRunning(); }));
+TEST_F(HostileOwnerTest, OneThatDiesOrStopsInTheMiddleOfATransfer) {
+    for (const char* end : {"--die-after=1", "--die-after=5", "--stop-after=3"}) {
+        SCOPED_TRACE(end);
+        copy(megabyte, {"--chunk=100000", end});
+        EXPECT_TRUE(soon(
+            [this] { return !owner->isRunning() || owner->output().count("chunk UTF8_STRING\n") == 3; }));
         expectPanelToAnswer();
     }
-    expectOnlyTheNextCopyStored();
-}
-
-TEST_F(HostileOwnerTest, OneThatStopsInTheMiddleOfATransfer) {
-    copy(megabyte, {"--chunk=100000", "--stop-after=3"});
-    EXPECT_TRUE(soonSaid("chunk UTF8_STRING", 3));
-    expectPanelToAnswer();
     expectOnlyTheNextCopyStored();
 }
 
@@ -135,7 +124,7 @@ TEST_F(HostileOwnerTest, OneThatAnswersWrongly) {
 }
 
 TEST_F(HostileOwnerTest, OneThatAnnouncesHundredMegabytes) {
-    copy(megabyte, {"--incr=1", "--announce=104857600", "--stop-after=0"});
+    copy(megabyte, {"--announce=104857600", "--stop-after=0"});
     ASSERT_TRUE(soonSaid("request UTF8_STRING"));
     expectPanelToAnswer();
     expectOnlyTheNextCopyStored();
@@ -151,7 +140,7 @@ TEST_F(HostileOwnerTest, OneThatAnnouncesItselfAgainAndAgain) {
     copy({{"UTF8_STRING", "same"}}, {"--again=20"});
     EXPECT_TRUE(soonStored("same"));
     expectPanelToAnswer();
-    EXPECT_TRUE(soonSaid("owner", 50));
+    EXPECT_TRUE(soon([this] { return owner->output().count("owner\n") >= 50; }));
     expectOnlyTheNextCopyStored(4); // no new ownership, no new copy
 
     for (const char* period : {"--again=50", "--again=3"}) {

@@ -3,10 +3,8 @@
 //   clipboard_client [--option=number…] TARGET=FILE…    takes CLIPBOARD and offers each FILE's bytes as
 //   TARGET
 //       --chunk       size in bytes of a chunk; what is larger goes in chunks. 256 KiB unless given
-//       --incr        1: everything goes in chunks
 //       --announce    the size that a transfer in chunks is announced with, whatever it is
 //       --mute        1: answers nothing; 2: answers no request but the one for the list of targets
-//       --delay       answers each request that many milliseconds later
 //       --trickle     waits that many milliseconds before each chunk
 //       --stop-after  sends no more chunks of a transfer than that
 //       --die-after   exits when it has sent that many chunks
@@ -116,7 +114,7 @@ private:
             say("request " + x.name(request.target));
             const qint64 mute = m_options.value("mute");
             if (mute == 0 || (mute == 2 && !m_content.contains(request.target))) {
-                later(m_options.value("delay"), [this, request] { serve(request); });
+                later(0, [this, request] { serve(request); });
             }
             break;
         }
@@ -169,7 +167,7 @@ private:
             later(50, [this, request, found] {
                 set(request, request.target, found->constData(), found->size());
             });
-        } else if (m_options.contains("incr") || found->size() > chunkSize()) {
+        } else if (found->size() > chunkSize()) {
             const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
             xcb_change_window_attributes(x.raw(), request.requestor, XCB_CW_EVENT_MASK, &events);
             const auto size = static_cast<quint32>(m_options.value("announce", found->size()));
