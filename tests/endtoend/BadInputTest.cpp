@@ -33,47 +33,6 @@ TEST_F(BadInputTest, UnreadableImages) {
     EXPECT_TRUE(std::filesystem::is_empty((desktop.dataDirectory() + "/images").constData()));
 }
 
-TEST_F(BadInputTest, UriListsThatNameMoreThanLocalFiles) {
-    const auto file = desktop.writeFile("local file", "x");
-    const QByteArray url = fileUrl(file);
-    launch();
-    copy({{"text/uri-list", "https://example.org/a\r\nsftp://example.org/b\r\n"}, {"UTF8_STRING", "a link"}});
-    ASSERT_TRUE(soonStored("a link"));
-    copy({{"text/uri-list",
-           "https://example.org/a\r\n" + url + "\r\nfile://elsewhere.example.org/c\r\n\r\n"}});
-    ASSERT_TRUE(soonStored(file));
-    EXPECT_EQ(database.find(file)->type, "file");
-    copy({{"text/uri-list", QByteArray("\0\xff\xfe%%%\r\n:/\r\n", 12)}});
-    EXPECT_EQ(rowsAfterNextCopy().size(), 2);
-}
-
-TEST_F(BadInputTest, BrokenTextIsKeptAsFarAsItGoes) {
-    launch();
-    copy({{"UTF8_STRING", "left \xff\xc3\x28 right"}});
-    ASSERT_TRUE(soon([this] { return database.rows().size() == 1; }));
-    const auto content = database.rows().first().content;
-    EXPECT_TRUE(content.startsWith("left \xef\xbf\xbd"));
-    EXPECT_TRUE(content.endsWith("( right"));
-    expectToBeUp();
-}
-
-TEST_F(BadInputTest, NulCharactersAreStoredAndGivenBack) {
-    const QByteArray text("before\0after\0", 13);
-    launch();
-    copyText(text);
-    ASSERT_TRUE(soonStored(text));
-    copyText("before");
-    ASSERT_TRUE(soonStored("before")); // another text
-    ASSERT_EQ(database.rows().size(), 2);
-    database.execute("UPDATE clipboard_items SET last_copied_at = last_copied_at - 60 WHERE id = 1");
-    hidePanel();
-    showPanel();
-    x.key("Return");
-    ASSERT_TRUE(soonHidden());
-    EXPECT_EQ(paste(), text);
-    EXPECT_TRUE(soonStored(text, 2));
-}
-
 TEST_F(BadInputTest, ADatabaseThatIsADirectory) {
     const auto inside = desktop.writeFile("data/Corvatto/corvatto.sqlite3/kept", "kept");
     launch();
@@ -83,16 +42,6 @@ TEST_F(BadInputTest, ADatabaseThatIsADirectory) {
         [this] { return program->output().contains("[ClipboardStore] ERROR: Prepare insert failed: "); }));
     expectToBeUp();
     EXPECT_EQ(bytesOf(inside), "kept");
-}
-
-TEST_F(BadInputTest, ADatabaseThatIsNone) {
-    const auto path = desktop.writeFile("data/Corvatto/corvatto.sqlite3", QByteArray(5000, '?'));
-    launch();
-    EXPECT_TRUE(soonPrinted("[ClipboardStore] ERROR: Failed to create table: file is not a database"));
-    copyText("nowhere to go");
-    EXPECT_TRUE(soonPrinted("[ClipboardStore] ERROR: Prepare insert failed: file is not a database"));
-    expectToBeUp();
-    EXPECT_EQ(bytesOf(path), QByteArray(5000, '?'));
 }
 
 TEST_F(BadInputTest, ADatabaseThatCannotBeWritten) {

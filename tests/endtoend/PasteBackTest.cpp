@@ -21,7 +21,7 @@ protected:
 } // namespace
 
 TEST_F(PasteBackTest, TextInEveryFlavourAndNoNewEntry) {
-    const QByteArray text = "  Zwölf\nBoxkämpfer 和 👩‍👩‍👧‍👦 ";
+    const QByteArray text = QByteArray("  Zwölf\nBoxkämpfer 和 👩‍👩‍👧‍👦 ") + '\0' + "end";
     database.fill({{text}, {"other"}});
     const auto before = *database.find(text);
     launch();
