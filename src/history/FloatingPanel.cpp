@@ -41,7 +41,7 @@ void FloatingPanel::orderOut() {
     // The panel is hidden nearly always, and what it looked like takes megabytes. It is drawn anew when it is
     // shown.
     if (QBackingStore* picture = backingStore()) {
-        picture->resize({});
+        picture->resize(QSize(1, 1));
     }
 }
 

@@ -47,6 +47,9 @@ EndToEndTest::~EndToEndTest() {
 void EndToEndTest::TearDown() {
     EXPECT_TRUE(program && program->isRunning());
     EXPECT_EQ(program ? program->stop() : std::nullopt, 0);
+    if (!librariesMayComplain) {
+        EXPECT_EQ(program ? program->errors() : "", QByteArray());
+    }
 }
 
 void EndToEndTest::keepPicture(const QString& name) {

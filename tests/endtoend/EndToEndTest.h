@@ -58,6 +58,9 @@ protected:
     XClient x;
     Database database;
     std::unique_ptr<Process> program, owner;
+    // The program itself writes to standard output; libraries tell of bad input on standard error, where
+    // otherwise nothing is expected.
+    bool librariesMayComplain = false;
 
 private:
     int m_copies = 0;

@@ -5,6 +5,7 @@
 #include <linux/capability.h>
 
 #include <csignal>
+#include <iostream>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/stat.h>
@@ -14,13 +15,10 @@ namespace corvatto::test {
 Process::Process(const QByteArray& program, const QByteArrayList& arguments,
                  const QProcessEnvironment& environment, bool isScenery) {
     m_output.open();
+    m_errors.open();
     m_process.setProcessEnvironment(environment);
     m_process.setStandardOutputFile(m_output.fileName());
-    if (isScenery) {
-        m_process.setStandardErrorFile(QProcess::nullDevice());
-    } else {
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    }
+    m_process.setStandardErrorFile(isScenery ? QProcess::nullDevice() : m_errors.fileName());
     m_process.setChildProcessModifier([] {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         umask(022); // what many desktops start programs with: private files are the program's own doing
@@ -40,6 +38,7 @@ Process::Process(const QByteArray& program, const QByteArrayList& arguments,
 
 Process::~Process() {
     stop();
+    std::cerr << errors().constData();
 }
 
 bool Process::isRunning() {
@@ -47,8 +46,8 @@ bool Process::isRunning() {
     return m_process.state() == QProcess::Running;
 }
 
-QByteArray Process::output() const {
-    QFile file(m_output.fileName());
+QByteArray Process::written(const QTemporaryFile& to) {
+    QFile file(to.fileName());
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 

@@ -26,10 +26,10 @@ bool soon(Condition condition, std::chrono::milliseconds deadline = std::chrono:
     return eventually(look, deadline);
 }
 
-// A child process with its output in a file. It dies with the test, however the test ends.
+// A child process with its output in files. It dies with the test, however the test ends.
 class Process {
 public:
-    // Starts `program` at once. What it says on standard error is shown, unless it is part of the scenery.
+    // Starts `program` at once. What it says on standard error is shown at its end, unless it is scenery.
     // Throws std::runtime_error when it does not start.
     Process(const QByteArray& program, const QByteArrayList& arguments,
             const QProcessEnvironment& environment, bool isScenery = false);
@@ -37,7 +37,8 @@ public:
 
     qint64 pid() const { return m_process.processId(); }
     bool isRunning();
-    QByteArray output() const; // what it has written to standard output so far
+    QByteArray output() const { return written(m_output); } // so far
+    QByteArray errors() const { return written(m_errors); } // what it has written to standard error
     bool hasPrinted(const QByteArray& line) const { return output().split('\n').contains(line); }
     // Ends it as a session does, and returns its exit status: nothing when a signal had to.
     std::optional<int> stop();
@@ -45,7 +46,9 @@ public:
     std::optional<int> exitStatus();
 
 private:
-    QTemporaryFile m_output;
+    static QByteArray written(const QTemporaryFile& to);
+
+    QTemporaryFile m_output, m_errors;
     QProcess m_process;
 };
 
