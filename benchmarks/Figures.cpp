@@ -25,6 +25,7 @@ constexpr Figure figures[] = {
     {"search statement, nothing matches", "ms", {}},
     {"search statement, Chinese", "ms", {}},
     {"search statement, many match", "ms", {}},
+    {"search, another letter", "ms", {}},
     {"SHA-256 of 33 MB", "ms", {}},
     {"PNG encoding, 3840x2160", "ms", {}},
     {"PNG decoding, 3840x2160", "ms", {}},

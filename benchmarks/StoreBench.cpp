@@ -28,6 +28,20 @@ void add(const char* name, const std::optional<QString>& query, bool findsMany) 
         benchmark::RegisterBenchmark(name, [=](benchmark::State& state) { fetch(state, query, findsMany); }));
 }
 
+// Each entry begins with its number.
+void typeAnotherLetter(benchmark::State& state) {
+    test::FakeUserDefaults defaults;
+    const Preferences preferences(defaults);
+    const ClipboardStore store(dataSet(state.range(0)), preferences);
+    const QString word = QString::number(state.range(0) - 1);
+    if (store.fetchRecent(word, 100).size() != 1) {
+        state.SkipWithError("not the expected number of results");
+    }
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(store.fetchRecent(word + u' ', 100));
+    }
+}
+
 } // namespace
 
 void addStoreFigures() {
@@ -35,6 +49,7 @@ void addStoreFigures() {
     add("search statement, nothing matches", QStringLiteral("zyzzyva"), false);
     add("search statement, Chinese", QStringLiteral("剪贴历史"), false);
     add("search statement, many match", QStringLiteral("the"), true);
+    forEachSize(benchmark::RegisterBenchmark("search, another letter", typeAnotherLetter));
 }
 
 } // namespace corvatto::bench

@@ -93,6 +93,8 @@ private:
 
     std::optional<Version> version() const;
     std::optional<QList<ClipboardItem>> knownAnswer(const Fetch& fetch) const;
+    std::optional<QList<ClipboardItem>> matchesAmong(const QList<ClipboardItem>& items,
+                                                     const QByteArray& pattern) const;
 
     void deleteImageDirectories() const;
     void cleanupByDays();

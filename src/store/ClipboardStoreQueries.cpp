@@ -7,8 +7,10 @@
 #include "SqliteStatement.h"
 
 #include <QHash>
+#include <QSet>
 
 #include <algorithm>
+#include <iterator>
 
 #include <sqlite3.h>
 
@@ -78,14 +80,40 @@ std::optional<QList<ClipboardItem>> ClipboardStore::knownAnswer(const Fetch& fet
     if (m_known->fetch.pattern == fetch.pattern) {
         return m_known->items;
     }
-    // Where nothing matches, nothing matches more of it. A NUL would end the pattern.
+    // Whatever matches a longer word is among all that matched a part of it. A NUL would end the pattern.
     const bool isExtended = m_known->fetch.pattern && fetch.pattern &&
                             !m_known->fetch.pattern->contains('\0') &&
                             fetch.pattern->contains(m_known->fetch.pattern->mid(1).chopped(1));
-    if (isExtended && m_known->items.isEmpty() && fetch.limit > 0) {
-        return m_known->items;
+    const bool areAll = m_known->items.size() < fetch.limit;
+    return isExtended && areAll ? matchesAmong(m_known->items, *fetch.pattern) : std::nullopt;
+}
+
+// Those of `items` that the search statement would find, in the same order. Nothing when that cannot be told.
+std::optional<QList<ClipboardItem>> ClipboardStore::matchesAmong(const QList<ClipboardItem>& items,
+                                                                 const QByteArray& pattern) const {
+    QByteArrayList ids;
+    for (const ClipboardItem& item : items) {
+        ids.append(QByteArray::number(item.id));
     }
-    return std::nullopt;
+    SqliteStatement query(m_db, "SELECT id FROM clipboard_items WHERE id IN (" + ids.join(',') +
+                                    ") AND (content LIKE ?1 OR preview LIKE ?1 OR source_app LIKE ?1 OR "
+                                    "content_type LIKE ?1)");
+    if (!query.isPrepared()) {
+        return std::nullopt;
+    }
+    query.bindUtf8(1, pattern);
+    QSet<qint64> found;
+    int status = query.step();
+    for (; status == SQLITE_ROW; status = query.step()) {
+        found.insert(query.columnInt64(0));
+    }
+    if (status != SQLITE_DONE) {
+        return std::nullopt;
+    }
+    QList<ClipboardItem> matches;
+    std::copy_if(items.cbegin(), items.cend(), std::back_inserter(matches),
+                 [&](const ClipboardItem& item) { return found.contains(item.id); });
+    return matches;
 }
 
 QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& searchQuery, int limit) const {
@@ -97,7 +125,7 @@ QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& s
         fetch.pattern = '%' + searchQuery->toUtf8() + '%';
     }
     if (const auto known = knownAnswer(fetch)) {
-        return *known;
+        return *known; // what it comes from stays known, for when the last letter is taken back
     }
     SqliteStatement query(m_db, fetch.pattern ? searchSql : listSql);
     if (!query.isPrepared()) {

@@ -8,7 +8,14 @@ using test::texts;
 class Queries : public test::StoreTest {
 protected:
     void SetUp() override { open(); }
-    QStringList found(const char* query) const { return contents(QString::fromUtf8(query)); }
+    // What is found for a query that is typed letter by letter.
+    QStringList found(const char* query) const {
+        const QString whole = QString::fromUtf8(query);
+        for (int size = 1; size < whole.size(); ++size) {
+            contents(whole.left(size));
+        }
+        return contents(whole);
+    }
 };
 
 TEST_F(Queries, AnswerFromWhatIsKnownOnlyWhileNothingHasChanged) {
@@ -44,6 +51,8 @@ TEST_F(Queries, SearchIsLiteralSubstringWithWildcardsInEveryColumn) {
     wait(std::chrono::seconds(1));
     store->incrementCopyCount(1);
     EXPECT_EQ(contents(std::nullopt, 1), texts({"word first"})) << "the newest first";
+    EXPECT_EQ(contents(QStringLiteral("o"), 1), texts({"word first"}));
+    EXPECT_EQ(contents(QStringLiteral("kon"), 1), texts({"/home/a/notes.md"})) << "not among the first";
     for (const char* blank : {"", "   ", " \t\u3000\u00A0 "}) {
         EXPECT_EQ(found(blank).size(), 3) << '"' << blank << '"';
     }
