@@ -39,6 +39,7 @@ public:
     void resumeWindowManager() const { kill(static_cast<pid_t>(m_windowManager->pid()), SIGCONT); }
     // Starts one, ending the one that runs. Returns when it is in charge.
     void startWindowManager();
+    void stopWindowManager() { m_windowManager.reset(); }
     void stopServer() { m_server.reset(); } // and with it everything on the screen
 
 private:

@@ -97,6 +97,18 @@ TEST_F(DesktopChangeTest, TheWindowManagerStartsAnew) {
     EXPECT_TRUE(soon([this] { return x.states(panel()).contains("_NET_WM_STATE_ABOVE"); }));
 }
 
+TEST_F(DesktopChangeTest, ARequestToShowIsLostWhileTheSessionStarts) {
+    desktop.stopWindowManager();
+    {
+        XClient earlier(desktop.display()); // a window manager that ends before it shows anything
+        ASSERT_TRUE(earlier.takeRequestsToShow());
+        program = std::make_unique<Process>(CORVATTO_PROGRAM, QByteArrayList(), desktop.environment());
+        ASSERT_TRUE(soon([&] { return earlier.isAskedToShow(); }));
+    }
+    desktop.startWindowManager();
+    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
+}
+
 TEST_F(DesktopChangeTest, WhatIsCopiedLastBeforeItWakesIsRecorded) {
     launch();
     kill(static_cast<pid_t>(program->pid()), SIGSTOP);

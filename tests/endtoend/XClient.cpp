@@ -107,6 +107,21 @@ bool XClient::grabKey(xcb_keycode_t code, quint16 modifierMask) {
     return owned(xcb_request_check(raw(), cookie)) == nullptr;
 }
 
+bool XClient::takeRequestsToShow() {
+    const quint32 mask = XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
+    const auto cookie = xcb_change_window_attributes_checked(raw(), root(), XCB_CW_EVENT_MASK, &mask);
+    return owned(xcb_request_check(raw(), cookie)) == nullptr;
+}
+
+bool XClient::isAskedToShow() {
+    while (const auto event = owned(xcb_poll_for_event(raw()))) {
+        if ((event->response_type & 0x7F) == XCB_MAP_REQUEST) {
+            return true;
+        }
+    }
+    return false;
+}
+
 XClient::Window XClient::clipboardOwner() {
     const auto cookie = xcb_get_selection_owner(raw(), atom("CLIPBOARD"));
     return owned(xcb_get_selection_owner_reply(raw(), cookie, nullptr))->owner;

@@ -42,6 +42,10 @@ public:
     // Registers the key at that place of the keyboard for this client. False when somebody else has it.
     bool grabKey(xcb_keycode_t code, quint16 modifierMask);
 
+    // Has windows wait to be shown until a window manager, here this client, agrees. False when there is one.
+    bool takeRequestsToShow();
+    bool isAskedToShow(); // since the last look
+
     Window clipboardOwner(); // 0 when the clipboard is empty
     void clearClipboard();
 
