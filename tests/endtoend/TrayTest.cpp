@@ -15,6 +15,14 @@ protected:
     }
 };
 
+// With a session bus that nobody offers a tray on, and without one.
+class TrayOfWindowsTest : public EndToEndTest, public ::testing::WithParamInterface<bool> {
+protected:
+    TrayOfWindowsTest() : EndToEndTest({.hasSessionBus = GetParam()}) {}
+};
+
+INSTANTIATE_TEST_SUITE_P(, TrayOfWindowsTest, ::testing::Bool());
+
 } // namespace
 
 TEST_F(TrayTest, TheMenuOnTheBusDoesAllThatItSays) {
@@ -66,7 +74,7 @@ TEST_F(TrayTest, TheMenuOnTheBusDoesAllThatItSays) {
     launch(); // and it starts again
 }
 
-TEST_F(TrayTest, ATrayOfWindowsMayStartLaterAndAnew) {
+TEST_P(TrayOfWindowsTest, MayStartLaterAndAnew) {
     launch();
     hidePanel();
     const QByteArray configuration = desktop.writeFile(
