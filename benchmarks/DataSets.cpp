@@ -1,6 +1,7 @@
 #include "DataSets.h"
 
 #include <QDir>
+#include <QFile>
 #include <QProcess>
 
 #include <cstdio>
@@ -30,6 +31,12 @@ QString dataSet(long entries) {
         if (status != 0 || !QDir().rename(unfinished, directory)) {
             std::fprintf(stderr, "There is no history to measure with\n");
             std::exit(EXIT_FAILURE);
+        }
+    }
+    // From the disk, the first search takes as long as that does: what is measured is the program.
+    QFile database(directory + QStringLiteral("/Corvatto/corvatto.sqlite3"));
+    if (database.open(QIODevice::ReadOnly)) {
+        while (!database.read(1 << 20).isEmpty()) {
         }
     }
     return directory;

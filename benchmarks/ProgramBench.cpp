@@ -214,8 +214,13 @@ void addCounted(const char* name, double (*measure)(ProgramUnderTest&)) {
     forEachSize(benchmark::RegisterBenchmark(name, run)->Iterations(1));
 }
 
+double residentWhileIdle(ProgramUnderTest& program) {
+    sleep(1); // what hiding leaves to do
+    return program.residentMebibytes();
+}
+
 double percentWhileIdle(ProgramUnderTest& program) {
-    sleep(1);                    // what hiding leaves to do
+    sleep(1);
     constexpr int duration = 10; // seconds
     const double before = program.processorSeconds();
     sleep(duration);
@@ -229,8 +234,7 @@ void addProgramFigures() {
     addTimed("shortcut to painted panel", showAgain);
     addTimed("key to results, nothing matches", typeWhatNothingMatches);
     addTimed("key to results, many match", typeWhatManyMatch);
-    addCounted("resident, panel hidden",
-               [](ProgramUnderTest& program) { return program.residentMebibytes(); });
+    addCounted("resident, panel hidden", residentWhileIdle);
     addCounted("idle, panel hidden", percentWhileIdle);
 }
 
