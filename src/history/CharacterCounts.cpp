@@ -12,15 +12,15 @@ constexpr qsizetype mostRemembered = 10'000;
 } // namespace
 
 qsizetype CharacterCounts::of(const ClipboardItem& item) {
-    if (item.content.size() < worthRemembering) {
-        return graphemeCount(item.content);
+    if (item.content.beginning().size() < worthRemembering) {
+        return graphemeCount(item.content.beginning());
     }
     auto known = m_counts.constFind(item.id);
     if (known == m_counts.constEnd()) {
         if (m_counts.size() >= mostRemembered) {
             m_counts.clear();
         }
-        known = m_counts.insert(item.id, graphemeCount(item.content));
+        known = m_counts.insert(item.id, graphemeCount(QString(item.content)));
     }
     return *known;
 }

@@ -112,14 +112,19 @@ void HistoryViewModel::copyItem(const ClipboardItem& item) {
 }
 
 bool HistoryViewModel::write(const ClipboardItem& item) {
+    const std::optional<QString> content = item.content.whole();
+    if (!content) {
+        printLine(u"[HistoryViewModel] Text missing — nothing copied.");
+        return false;
+    }
     if (item.contentType == QLatin1String("file")) {
-        return writeFiles(item.content);
+        return writeFiles(*content);
     }
     if (item.contentType == QLatin1String("image")) {
-        return writeImage(item.content);
+        return writeImage(*content);
     }
     m_pasteboard.clearContents();
-    m_pasteboard.setString(item.content);
+    m_pasteboard.setString(*content);
     return true;
 }
 

@@ -1,6 +1,8 @@
 // One entry of the history, as a plain value.
 #pragma once
 
+#include "store/ItemContent.h"
+
 #include <QDateTime>
 #include <QString>
 
@@ -11,8 +13,9 @@ namespace corvatto {
 // Identified by its id; two items have no other notion of equality.
 struct ClipboardItem {
     qint64 id = 0;
-    QString
-        content; // the text; or the absolute path of the PNG file; or absolute paths joined with line feeds
+    // The text; or the absolute path of the PNG file; or absolute paths joined with line feeds. Only a text
+    // may be held by its beginning.
+    ItemContent content;
     QString contentHash; // 64 hexadecimal digits, ContentHash.h
     QString preview;
     QString contentType; // "text", "image" or "file"

@@ -5,6 +5,7 @@
 #include "platform/Diagnostics.h"
 #include "platform/FileSystem.h"
 
+#include "ContentReader.h"
 #include "SqliteStatement.h"
 
 namespace corvatto {
@@ -18,6 +19,7 @@ ClipboardStore::ClipboardStore(QString applicationSupportDirectory, const Prefer
 
 ClipboardStore::~ClipboardStore() {
     if (m_db != nullptr) {
+        m_contentReader.reset(); // items that outlive the store read nothing
         sqlite3_close(m_db);
     }
 }

@@ -13,11 +13,14 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 
 struct sqlite3;
 
 namespace corvatto {
+
+class ContentReader;
 
 // No operation fails outward: a failure prints one line, and the result is nothing or an empty list. Without
 // a connection every operation does nothing. Main thread.
@@ -54,7 +57,7 @@ public:
 
     // The most recent entries, newest first, at most `limit`. With a query that is not blank, those that
     // contain it, as typed, in content, preview, source application or type; "%" and "_" in it are wildcards,
-    // and only ASCII letters match in either case.
+    // and only ASCII letters match in either case. Long texts come by their beginnings.
     QList<ClipboardItem> fetchRecent(const std::optional<QString>& searchQuery, int limit) const;
 
     // Deletes all entries and both image directories. When the entries cannot be deleted their files stay
@@ -106,6 +109,7 @@ private:
     const Preferences& m_preferences;
     const Clock m_clock;
     sqlite3* m_db = nullptr;
+    std::shared_ptr<const ContentReader> m_contentReader; // with the connection
     mutable std::optional<Known> m_known;
 };
 

@@ -4,9 +4,9 @@
 
 #include "platform/Diagnostics.h"
 
+#include "ContentReader.h"
 #include "SqliteStatement.h"
 
-#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -42,16 +42,16 @@ bool isBlank(const QString& query) {
     });
 }
 
-// In the order of the select list above. Of a row that is known already the content is shared with what is
-// known: it may be many megabytes, and it never changes.
-ClipboardItem rowToItem(const SqliteStatement& row, const QHash<qint64, QString>& knownContents) {
+// In the order of the select list above.
+ClipboardItem rowToItem(const SqliteStatement& row, const std::shared_ptr<const ContentReader>& reader) {
     ClipboardItem item;
     item.id = row.columnInt64(0);
-    const auto known = knownContents.constFind(item.id);
-    item.content = known != knownContents.cend() ? *known : row.columnText(1);
     item.contentHash = row.columnText(2);
     item.preview = row.columnText(3);
     item.contentType = row.columnText(4);
+    const bool mayBeLong = item.contentType == QLatin1String("text");
+    item.content =
+        mayBeLong ? ContentReader::contentOf(reader, row, 1, item.id) : ItemContent(row.columnText(1));
     item.thumbnailPath = row.columnText(5);
     item.sourceApp = row.columnText(6);
     item.copyCount = row.columnInt(7);
@@ -139,16 +139,10 @@ QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& s
     }
     query.bindInt64(fetch.pattern ? 5 : 1, limit);
 
-    QHash<qint64, QString> contents;
-    if (m_known && fetch.version && m_known->fetch.version->byOthers == fetch.version->byOthers) {
-        for (const ClipboardItem& item : m_known->items) {
-            contents.insert(item.id, item.content);
-        }
-    }
     QList<ClipboardItem> items;
     int status = query.step();
     for (; status == SQLITE_ROW; status = query.step()) {
-        items.append(rowToItem(query, contents));
+        items.append(rowToItem(query, m_contentReader));
     }
     m_known.reset();
     if (fetch.version && status == SQLITE_DONE) {

@@ -5,6 +5,7 @@
 #include "platform/Diagnostics.h"
 #include "platform/FileSystem.h"
 
+#include "ContentReader.h"
 #include "LikeFunction.h"
 #include "SqliteStatement.h"
 
@@ -79,6 +80,7 @@ void ClipboardStore::openDatabase() {
                   lastSqliteError(m_db));
         return;
     }
+    m_contentReader = std::make_shared<const ContentReader>(m_db);
     installLikeFunction(m_db);
     executeSql(m_db, pageSql);
     executeSql(m_db, journalSql);

@@ -36,17 +36,26 @@ int SqliteStatement::step() {
     return sqlite3_step(m_statement);
 }
 
-QString SqliteStatement::columnText(int column) const {
+QByteArrayView SqliteStatement::columnUtf8(int column) const {
     // The text first: asking for it may convert the value, and the length is that of the converted one.
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));
-    if (text == nullptr) {
+    return text == nullptr ? QByteArrayView()
+                           : QByteArrayView(text, sqlite3_column_bytes(m_statement, column));
+}
+
+QString SqliteStatement::columnText(int column) const {
+    return textOf(columnUtf8(column));
+}
+
+QString textOf(QByteArrayView utf8) {
+    if (utf8.isNull()) {
         return {};
     }
     // QString::fromUtf8 would swallow a byte-order mark at the start, which is a character of the copied
     // text.
     QStringDecoder decoder(QStringDecoder::Utf8,
                            QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
-    return decoder.decode(QByteArrayView(text, sqlite3_column_bytes(m_statement, column)));
+    return decoder.decode(utf8);
 }
 
 int SqliteStatement::columnInt(int column) const {

@@ -34,6 +34,8 @@ public:
 
     // Columns of the current row, numbered from 0. A NULL text is the empty string.
     QString columnText(int column) const;
+    // Its bytes, valid until the next step or the end of the statement.
+    QByteArrayView columnUtf8(int column) const;
     int columnInt(int column) const;
     qint64 columnInt64(int column) const;
 
@@ -41,6 +43,9 @@ private:
     sqlite3_stmt* m_statement = nullptr;
     int m_status = SQLITE_OK;
 };
+
+// All of `utf8`, a byte-order mark included.
+QString textOf(QByteArrayView utf8);
 
 // The message of the connection's last failure, "Unknown error" when SQLite has none.
 QString lastSqliteError(sqlite3* db);

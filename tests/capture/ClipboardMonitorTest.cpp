@@ -93,7 +93,7 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
     const QList<QUrl> urls{QUrl::fromLocalFile(QStringLiteral("/a/folder/")),
                            QUrl::fromLocalFile(QStringLiteral("/"))};
     copy({urls, picture(), {}, {}, {}}); // files come with icons
-    EXPECT_EQ(newest().content, u"/a/folder\n/");
+    EXPECT_EQ(newest().content.beginning(), u"/a/folder\n/");
 }
 
 TEST_F(Monitor, FollowsTheIntervalWithinItsBoundsAndNoOtherSetting) {

@@ -1,5 +1,6 @@
 #include "HistoryTest.h"
 
+#include "support/CapturedOutput.h"
 #include "support/FakeWorkspace.h"
 
 namespace corvatto {
@@ -49,6 +50,21 @@ TEST_F(ViewModel, AWriteIsSettledWithTheMonitorThenCountedThenDismissed) {
     EXPECT_EQ(pasteboard.content.text, u"text") << "there are two";
     viewModel.copyItem(1);
     EXPECT_EQ(pasteboard.content.text, u"newer") << "without a monitor and a panel, too";
+}
+
+TEST_F(ViewModel, ALongTextIsCopiedWholeOrNotAtAll) {
+    const QString text = QString(100'000, u'x') + QStringLiteral("end");
+    store.insertOrUpdate(text, {});
+    viewModel.refresh();
+    viewModel.selectAndCopy();
+    EXPECT_TRUE(pasteboard.content.text == text);
+    store.deleteAll(); // and the list still shows it
+    const qint64 count = pasteboard.count;
+    test::CapturedOutput output;
+    viewModel.selectAndCopy();
+    EXPECT_EQ(output.text(), "[HistoryViewModel] Text missing — nothing copied.\n");
+    EXPECT_EQ(pasteboard.count, count);
+    EXPECT_EQ(dismissals, 1);
 }
 
 } // namespace

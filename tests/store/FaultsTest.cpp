@@ -112,6 +112,9 @@ public:
         test::CapturedOutput output;
         ClipboardStore next(directory, preferences);
         Entries entries = next.fetchRecent(std::nullopt, 1000);
+        for (ClipboardItem& entry : entries) {
+            entry.content = QString(entry.content); // while there is somebody to read it
+        }
         EXPECT_EQ(output.text(), "");
         return entries;
     }
@@ -126,7 +129,7 @@ public:
     static bool hasHappened(const Entries& entries) {
         return entries.size() == GetParam().entries &&
                (entries.isEmpty() || std::any_of(entries.begin(), entries.end(), [](const auto& entry) {
-                    return entry.content.endsWith(QLatin1String(GetParam().content)) &&
+                    return QString(entry.content).endsWith(QLatin1String(GetParam().content)) &&
                            entry.copyCount == GetParam().copies;
                 }));
     }
@@ -176,7 +179,7 @@ public:
         expectHistory("in this process", store->fetchRecent(std::nullopt, 1000), mustHaveHappened);
         defaults.stored.clear();
         record(QStringLiteral("s3cret later"));
-        EXPECT_EQ(store->fetchRecent(std::nullopt, 1).value(0).content, u"s3cret later");
+        EXPECT_EQ(contents(std::nullopt, 1), test::texts({"s3cret later"}));
         EXPECT_EQ(output.text(), said) << "the fault has gone, and the store does not work";
         return failed;
     }
