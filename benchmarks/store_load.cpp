@@ -124,7 +124,7 @@ void copySomething(Program& program, std::mt19937& random, int number) {
         break;
     }
     case 2: // a repeat
-        program.pasteboard.copyText(program.viewModel.items().value(40).content);
+        program.pasteboard.copyText(program.viewModel.items().value(40).content.whole().value_or(QString()));
         break;
     default:
         program.pasteboard.copyText(
@@ -152,7 +152,7 @@ void loadForAnHour(unsigned seed) {
         if (number % 1'000 == 999) {
             const auto items = program.store.fetchRecent(std::nullopt, copies);
             const auto images = std::count_if(items.begin(), items.end(), [](const ClipboardItem& item) {
-                return item.contentType == QLatin1String("image") && QFile::exists(item.content);
+                return item.contentType == QLatin1String("image") && QFile::exists(item.content.beginning());
             });
             isTrimmed = isTrimmed && items.size() <= limit && images == filesIn(program.store.imagesDir()) &&
                         images == filesIn(program.store.thumbnailsDir());

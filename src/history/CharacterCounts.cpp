@@ -17,10 +17,14 @@ qsizetype CharacterCounts::of(const ClipboardItem& item) {
     }
     auto known = m_counts.constFind(item.id);
     if (known == m_counts.constEnd()) {
+        const std::optional<QString> content = item.content.whole();
+        if (!content) {
+            return 0; // not worth remembering: the next time it may be read
+        }
         if (m_counts.size() >= mostRemembered) {
             m_counts.clear();
         }
-        known = m_counts.insert(item.id, graphemeCount(QString(item.content)));
+        known = m_counts.insert(item.id, graphemeCount(*content));
     }
     return *known;
 }

@@ -35,9 +35,9 @@ constexpr char pageSql[] = "PRAGMA page_size = 16384;"; // bytes
 
 // A write-ahead log makes a recording one appended write with one fsync, and FULL has that fsync happen
 // before the recording is done, so that a loss of power takes nothing. The size limit keeps one huge copy
-// from leaving a log of that size behind; the log moves into the database at 4 MB. A file or file system that
-// cannot do this keeps SQLite's default journal, which is as safe; what is wrong with the file, if anything
-// is, the statements that follow will say.
+// from leaving a log of that size behind; the log moves into the database at 4 MB (1 MB where an older file
+// has small pages). A file or file system that cannot do this keeps SQLite's default journal, which is as
+// safe; what is wrong with the file, if anything is, the statements that follow will say.
 constexpr char journalSql[] = "PRAGMA synchronous = FULL;"
                               "PRAGMA journal_size_limit = 1048576;" // bytes
                               "PRAGMA wal_autocheckpoint = 250;"     // pages

@@ -29,8 +29,6 @@ public:
 
     // All of it, as it is stored now. Takes as long as reading it from the disk does.
     std::optional<QString> whole() const { return m_reader ? m_reader() : m_beginning; }
-    // The same, and the empty text when it is gone.
-    operator QString() const { return whole().value_or(QString()); }
 
 private:
     QString m_beginning;

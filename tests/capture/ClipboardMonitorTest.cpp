@@ -87,7 +87,8 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
     store.deleteAll();
     copy({{}, {}, picture().tiffData(), {}, {}});
     EXPECT_EQ(newest().contentHash, hash);
-    EXPECT_TRUE(QFileInfo::exists(newest().content) && QFileInfo::exists(*newest().thumbnailPath));
+    EXPECT_TRUE(QFileInfo::exists(newest().content.beginning()) &&
+                QFileInfo::exists(*newest().thumbnailPath));
 
     store.deleteAll();
     const QList<QUrl> urls{QUrl::fromLocalFile(QStringLiteral("/a/folder/")),

@@ -48,7 +48,7 @@ protected:
     QString selected() const {
         for (const ClipboardItem& item : viewModel.items()) {
             if (item.id == viewModel.selectedItemId()) {
-                return item.content;
+                return item.content.beginning();
             }
         }
         return QStringLiteral("(none)");
@@ -56,7 +56,7 @@ protected:
     QString shown() const {
         QStringList contents;
         for (const ClipboardItem& item : viewModel.items()) {
-            contents << item.content;
+            contents << item.content.beginning();
         }
         return contents.join(u' ');
     }
