@@ -2,8 +2,8 @@
 #include "Screenshot.h"
 #include "Suites.h"
 
+#include "base/PngEncoding.h"
 #include "capture/ClipboardMonitor.h"
-#include "platform/PngEncoding.h"
 #include "support/FakePasteboard.h"
 #include "support/FakeUserDefaults.h"
 #include "support/FakeWorkspace.h"

@@ -2,9 +2,9 @@
 #include "Screenshot.h"
 #include "Suites.h"
 
+#include "base/ImageDecoding.h"
+#include "base/PngEncoding.h"
 #include "capture/ImageStorage.h"
-#include "platform/ImageDecoding.h"
-#include "platform/PngEncoding.h"
 #include "store/ContentHash.h"
 
 #include <benchmark/benchmark.h>

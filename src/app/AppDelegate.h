@@ -10,7 +10,6 @@
 #include "hotkey/HotKeyManager.h"
 #include "platform/Alerts.h"
 #include "platform/HotKeyCenter.h"
-#include "platform/LocalKeyMonitor.h"
 #include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
 #include "platform/RelativeDateTimeFormatter.h"
@@ -20,6 +19,7 @@
 #include "platform/Workspace.h"
 #include "settings/Preferences.h"
 #include "store/ClipboardStore.h"
+#include "ui/LocalKeyMonitor.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #include "app/PreferencesWindow.h"
 
-#include "platform/Appearance.h"
+#include "ui/Appearance.h"
 
 #include <QBoxLayout>
 #include <QScreen>

@@ -1,7 +1,7 @@
 #include "app/SingleInstance.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/FileSystem.h"
+#include "base/Diagnostics.h"
+#include "base/FileSystem.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "app/StatusItem.h"
 
-#include "platform/Symbols.h"
+#include "ui/Symbols.h"
 
 #include <QIcon>
 #include <QPainter>

@@ -3,7 +3,7 @@
 #include "app/CommandLine.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
-#include "platform/Diagnostics.h"
+#include "base/Diagnostics.h"
 #include "platform/qt/ApplicationSupport.h"
 #include "platform/qt/IcuRelativeDateTimeFormatter.h"
 #include "platform/qt/IniUserDefaults.h"

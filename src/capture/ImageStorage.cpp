@@ -1,8 +1,8 @@
 #include "capture/ImageStorage.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/FileSystem.h"
-#include "platform/ImageDecoding.h"
+#include "base/Diagnostics.h"
+#include "base/FileSystem.h"
+#include "base/ImageDecoding.h"
 
 #include <QFileInfo>
 

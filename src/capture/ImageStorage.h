@@ -2,7 +2,7 @@
 // files, full size and thumbnail, both named by the image's content hash.
 #pragma once
 
-#include "platform/Image.h"
+#include "base/Image.h"
 #include "platform/Pasteboard.h"
 
 #include <QString>

@@ -1,6 +1,6 @@
 #include "history/CardImages.h"
 
-#include "platform/ImageDecoding.h"
+#include "base/ImageDecoding.h"
 
 #include <QFileInfo>
 

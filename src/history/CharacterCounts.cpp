@@ -1,6 +1,6 @@
 #include "history/CharacterCounts.h"
 
-#include "platform/Graphemes.h"
+#include "base/Graphemes.h"
 
 namespace corvatto {
 namespace {

@@ -1,8 +1,8 @@
 #include "history/EmptyShelf.h"
 
 #include "history/HistoryShelf.h"
-#include "platform/Appearance.h"
-#include "platform/Symbols.h"
+#include "ui/Appearance.h"
+#include "ui/Symbols.h"
 
 #include <QFontMetricsF>
 #include <QPainter>

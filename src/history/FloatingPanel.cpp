@@ -1,6 +1,6 @@
 #include "history/FloatingPanel.h"
 
-#include "platform/Appearance.h"
+#include "ui/Appearance.h"
 
 #include <QApplication>
 #include <QBackingStore>

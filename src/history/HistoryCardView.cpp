@@ -4,8 +4,8 @@
 #include "history/CardStyle.h"
 #include "history/CharacterCounts.h"
 #include "history/TextExcerpt.h"
-#include "platform/Appearance.h"
-#include "platform/Symbols.h"
+#include "ui/Appearance.h"
+#include "ui/Symbols.h"
 
 #include <QFontMetricsF>
 #include <QSet>

@@ -1,6 +1,6 @@
 #include "history/HistoryShelf.h"
 
-#include "platform/Appearance.h"
+#include "ui/Appearance.h"
 
 #include <QContextMenuEvent>
 #include <QMouseEvent>

@@ -3,8 +3,8 @@
 #include "history/EmptyShelf.h"
 #include "history/HistoryShelf.h"
 #include "history/SearchField.h"
-#include "platform/Appearance.h"
-#include "platform/Symbols.h"
+#include "ui/Appearance.h"
+#include "ui/Symbols.h"
 
 #include <QBoxLayout>
 #include <QContextMenuEvent>

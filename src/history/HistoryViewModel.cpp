@@ -1,7 +1,7 @@
 #include "history/HistoryViewModel.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/Image.h"
+#include "base/Diagnostics.h"
+#include "base/Image.h"
 
 #include <QFileInfo>
 

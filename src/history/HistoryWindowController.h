@@ -4,11 +4,11 @@
 
 #include "history/HistoryViewModel.h"
 #include "platform/KeyEvent.h"
-#include "platform/LocalKeyMonitor.h"
 #include "platform/PanelWindows.h"
 #include "platform/RelativeDateTimeFormatter.h"
 #include "platform/Screens.h"
 #include "platform/UserDefaults.h"
+#include "ui/LocalKeyMonitor.h"
 
 #include <QTimer>
 

@@ -1,6 +1,6 @@
 #include "history/SearchField.h"
 
-#include "platform/Appearance.h"
+#include "ui/Appearance.h"
 
 #include <QInputMethodEvent>
 

@@ -1,7 +1,7 @@
 // The search field: plain, and aware of input methods.
 #pragma once
 
-#include "platform/TextField.h"
+#include "ui/TextField.h"
 
 namespace corvatto {
 

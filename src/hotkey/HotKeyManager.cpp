@@ -1,6 +1,6 @@
 #include "hotkey/HotKeyManager.h"
 
-#include "platform/Diagnostics.h"
+#include "base/Diagnostics.h"
 #include "settings/SettingsKeys.h"
 
 #include <limits>

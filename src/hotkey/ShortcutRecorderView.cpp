@@ -1,9 +1,9 @@
 #include "hotkey/ShortcutRecorderView.h"
 
 #include "hotkey/ShortcutNames.h"
-#include "platform/Appearance.h"
 #include "platform/HotKeyCenter.h"
 #include "settings/SettingsKeys.h"
+#include "ui/Appearance.h"
 
 #include <QFocusEvent>
 #include <QKeyEvent>

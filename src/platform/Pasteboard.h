@@ -5,7 +5,7 @@
 // implementation collects content as it arrives and lets the counter rise only once the answer is in.
 #pragma once
 
-#include "platform/Image.h"
+#include "base/Image.h"
 
 #include <QByteArray>
 #include <QList>

@@ -2,8 +2,8 @@
 // typed.
 #pragma once
 
-#include "platform/TextField.h"
 #include "platform/UserDefaults.h"
+#include "ui/TextField.h"
 
 namespace corvatto {
 

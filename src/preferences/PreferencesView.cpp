@@ -1,10 +1,10 @@
 #include "preferences/PreferencesView.h"
 
 #include "hotkey/ShortcutRecorder.h"
-#include "platform/Appearance.h"
 #include "preferences/LimitField.h"
 #include "settings/SettingsKeys.h"
 #include "settings/UserDefault.h"
+#include "ui/Appearance.h"
 #include "update/UpdateChecker.h"
 
 #include <QBoxLayout>

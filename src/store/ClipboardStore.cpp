@@ -2,8 +2,8 @@
 // searched, and how they expire is in the files beside this one.
 #include "store/ClipboardStore.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/FileSystem.h"
+#include "base/Diagnostics.h"
+#include "base/FileSystem.h"
 
 #include "ContentReader.h"
 #include "SqliteStatement.h"

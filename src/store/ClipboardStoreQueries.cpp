@@ -2,7 +2,7 @@
 // same fetch is answered from it.
 #include "store/ClipboardStore.h"
 
-#include "platform/Diagnostics.h"
+#include "base/Diagnostics.h"
 
 #include "ContentReader.h"
 #include "SqliteStatement.h"

@@ -1,8 +1,8 @@
 // The writes: captures of each kind, de-duplicated by content hash, and copy-backs.
 #include "store/ClipboardStore.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/Graphemes.h"
+#include "base/Diagnostics.h"
+#include "base/Graphemes.h"
 #include "store/ContentHash.h"
 
 #include "SqliteStatement.h"

@@ -2,8 +2,8 @@
 // the images among them. A limit below 1 is no limit.
 #include "store/ClipboardStore.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/FileSystem.h"
+#include "base/Diagnostics.h"
+#include "base/FileSystem.h"
 
 #include "SqliteStatement.h"
 

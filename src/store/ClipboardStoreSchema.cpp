@@ -2,8 +2,8 @@
 // and the image directories.
 #include "store/ClipboardStore.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/FileSystem.h"
+#include "base/Diagnostics.h"
+#include "base/FileSystem.h"
 
 #include "ContentReader.h"
 #include "LikeFunction.h"

@@ -1,6 +1,6 @@
 #include "ContentReader.h"
 
-#include "platform/Diagnostics.h"
+#include "base/Diagnostics.h"
 
 namespace corvatto {
 namespace {

@@ -1,6 +1,6 @@
 #include "update/UpdateChecker.h"
 
-#include "platform/Diagnostics.h"
+#include "base/Diagnostics.h"
 #include "update/VersionComparison.h"
 
 #include <QDateTime>

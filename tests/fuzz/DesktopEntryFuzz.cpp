@@ -1,5 +1,5 @@
 #include "Fuzz.h"
-#include "platform/x11/DesktopEntries.h"
+#include "platform/freedesktop/DesktopEntries.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,8 +1,8 @@
 // The name of a text flavour and the bytes under it, parted by a NUL; and what a card makes of the text.
 #include "Fuzz.h"
+#include "base/Graphemes.h"
+#include "base/TextDecoding.h"
 #include "history/TextExcerpt.h"
-#include "platform/Graphemes.h"
-#include "platform/TextDecoding.h"
 
 #include <QImage>
 

@@ -1,5 +1,5 @@
 #include "Fuzz.h"
-#include "platform/UriList.h"
+#include "base/UriList.h"
 
 using namespace corvatto;
 

@@ -3,9 +3,9 @@
 #include "Pixels.h"
 #include "history/CardImages.h"
 #include "history/CharacterCounts.h"
-#include "platform/Appearance.h"
 #include "support/FakeRelativeTimes.h"
 #include "support/Printing.h"
+#include "ui/Appearance.h"
 
 #include <QFile>
 #include <QTemporaryDir>

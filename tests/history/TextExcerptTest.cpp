@@ -1,7 +1,7 @@
 #include "history/TextExcerpt.h"
 
 #include "Pixels.h"
-#include "platform/Appearance.h"
+#include "ui/Appearance.h"
 
 #include <QElapsedTimer>
 

@@ -1,7 +1,7 @@
 #include "platform/qt/AlertDialog.h"
 
-#include "platform/Appearance.h"
-#include "platform/Symbols.h"
+#include "ui/Appearance.h"
+#include "ui/Symbols.h"
 
 #include <QApplication>
 #include <QBoxLayout>

@@ -1,7 +1,7 @@
 #include "platform/qt/IniUserDefaults.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/FileSystem.h"
+#include "base/Diagnostics.h"
+#include "base/FileSystem.h"
 
 #include <QFileInfo>
 

@@ -1,6 +1,6 @@
 #include "platform/x11/ClipboardContent.h"
 
-#include "platform/UriList.h"
+#include "base/UriList.h"
 
 #include <QStringList>
 

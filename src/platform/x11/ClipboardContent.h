@@ -4,7 +4,7 @@
 // programs.
 #pragma once
 
-#include "platform/Image.h"
+#include "base/Image.h"
 
 #include <QByteArray>
 #include <QList>

@@ -1,7 +1,7 @@
 #include "platform/x11/SelectionOwner.h"
 
-#include "platform/ImageDecoding.h"
-#include "platform/TextDecoding.h"
+#include "base/ImageDecoding.h"
+#include "base/TextDecoding.h"
 
 #include <QBuffer>
 #include <QImageWriter>

@@ -1,9 +1,9 @@
 #include "platform/x11/X11Pasteboard.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/ImageDecoding.h"
-#include "platform/TextDecoding.h"
-#include "platform/UriList.h"
+#include "base/Diagnostics.h"
+#include "base/ImageDecoding.h"
+#include "base/TextDecoding.h"
+#include "base/UriList.h"
 
 #include <xcb/xfixes.h>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/Workspace.h"
-#include "platform/x11/DesktopEntries.h"
+#include "platform/freedesktop/DesktopEntries.h"
 #include "platform/x11/XcbConnection.h"
 
 namespace corvatto {

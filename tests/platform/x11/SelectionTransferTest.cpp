@@ -2,9 +2,9 @@
 // the test's, so that the test decides what has happened on the server before the reader hears of any of it.
 #include "platform/x11/SelectionReader.h"
 
+#include "base/ImageDecoding.h"
 #include "endtoend/Process.h"
 #include "endtoend/XConnection.h"
-#include "platform/ImageDecoding.h"
 #include "support/CapturedOutput.h"
 
 #include <QElapsedTimer>

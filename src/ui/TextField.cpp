@@ -1,6 +1,6 @@
-#include "platform/TextField.h"
+#include "ui/TextField.h"
 
-#include "platform/Appearance.h"
+#include "ui/Appearance.h"
 
 #include <QContextMenuEvent>
 #include <QKeyEvent>

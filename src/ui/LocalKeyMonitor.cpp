@@ -1,4 +1,4 @@
-#include "platform/LocalKeyMonitor.h"
+#include "ui/LocalKeyMonitor.h"
 
 #include <QApplication>
 #include <QKeyEvent>

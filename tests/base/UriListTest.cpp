@@ -1,4 +1,4 @@
-#include "platform/UriList.h"
+#include "base/UriList.h"
 
 #include <QSysInfo>
 

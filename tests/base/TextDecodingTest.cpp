@@ -1,4 +1,4 @@
-#include "platform/TextDecoding.h"
+#include "base/TextDecoding.h"
 
 #include <QList>
 

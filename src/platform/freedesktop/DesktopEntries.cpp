@@ -1,4 +1,4 @@
-#include "platform/x11/DesktopEntries.h"
+#include "platform/freedesktop/DesktopEntries.h"
 
 #include <QDir>
 #include <QDirIterator>

@@ -1,4 +1,4 @@
-#include "platform/TextField.h"
+#include "ui/TextField.h"
 
 #include "support/FakePasteboard.h"
 #include "support/Printing.h"

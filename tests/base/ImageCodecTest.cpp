@@ -1,6 +1,6 @@
-#include "platform/Image.h"
-#include "platform/ImageDecoding.h"
-#include "platform/PngEncoding.h"
+#include "base/Image.h"
+#include "base/ImageDecoding.h"
+#include "base/PngEncoding.h"
 
 #include <QBuffer>
 #include <QColorSpace>

@@ -1,4 +1,4 @@
-#include "platform/Graphemes.h"
+#include "base/Graphemes.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "platform/Symbols.h"
+#include "ui/Symbols.h"
 
 #include <QImage>
 #include <QSet>

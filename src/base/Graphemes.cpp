@@ -1,6 +1,6 @@
 // Most text is a run of characters that stand alone. Between two of these there is always a boundary, so they
 // are counted without asking; only what lies between such runs is given to ICU, which knows all the rules.
-#include "platform/Graphemes.h"
+#include "base/Graphemes.h"
 
 #include <QChar>
 

@@ -1,4 +1,4 @@
-#include "platform/Appearance.h"
+#include "ui/Appearance.h"
 
 #include <QFontDatabase>
 #include <QGuiApplication>

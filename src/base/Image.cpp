@@ -1,7 +1,7 @@
-#include "platform/Image.h"
+#include "base/Image.h"
 
-#include "platform/ImageDecoding.h"
-#include "platform/PngEncoding.h"
+#include "base/ImageDecoding.h"
+#include "base/PngEncoding.h"
 
 #include <QBuffer>
 #include <QFile>

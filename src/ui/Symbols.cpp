@@ -1,4 +1,4 @@
-#include "platform/Symbols.h"
+#include "ui/Symbols.h"
 
 #include <QFile>
 #include <QHash>

@@ -1,4 +1,4 @@
-#include "platform/Diagnostics.h"
+#include "base/Diagnostics.h"
 
 #include <QByteArray>
 

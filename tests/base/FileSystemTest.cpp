@@ -1,4 +1,4 @@
-#include "platform/FileSystem.h"
+#include "base/FileSystem.h"
 #include "support/WithoutPrivileges.h"
 
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "platform/ImageDecoding.h"
+#include "base/ImageDecoding.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "platform/PngEncoding.h"
+#include "base/PngEncoding.h"
 
 #include <QColorSpace>
 

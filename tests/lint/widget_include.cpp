@@ -1,0 +1,2 @@
+// Does not compile: the rooms that draw nothing do not see Qt Widgets.
+#include <QWidget>
