@@ -1,5 +1,8 @@
 #include "base/TextDecoding.h"
 
+#include "base/CompoundText.h"
+
+#include <QHash>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -66,35 +69,32 @@ DecodedText decodeUtf8(const QByteArray& bytes) {
 } // namespace
 
 std::optional<int> textFlavourRank(const QByteArray& target) {
-    if (target == "UTF8_STRING") {
-        return 0;
-    }
     if (const auto charset = charsetOf(target)) {
         if (isUtf8Name(*charset)) {
             return 1;
         }
         if (QStringDecoder(charset->constData()).isValid()) {
-            return *charset == "us-ascii" ? 5 : 2;
+            return *charset == "us-ascii" ? 7 : 2;
         }
         return std::nullopt;
     }
-    if (target == "text/plain") {
-        return 3;
-    }
-    if (target == "STRING") {
-        return 4;
-    }
-    return std::nullopt;
+    static const QHash<QByteArray, int> ranks{{"UTF8_STRING", 0}, {"text/plain", 3}, {"COMPOUND_TEXT", 4},
+                                              {"TEXT", 5},        {"STRING", 6},     {"C_STRING", 8}};
+    const auto rank = ranks.constFind(target);
+    return rank == ranks.constEnd() ? std::nullopt : std::optional(*rank);
 }
 
 DecodedText decodeText(const QByteArray& target, const QByteArray& bytes) {
     if (target == "STRING") {
         return decodeWith(QStringDecoder(QStringDecoder::Latin1), bytes);
     }
+    if (target == "COMPOUND_TEXT") {
+        return decodeCompoundText(bytes);
+    }
     if (const auto charset = charsetOf(target); charset && !isUtf8Name(*charset)) {
         return decodeWith(QStringDecoder(charset->constData(), wholeText), bytes);
     }
-    if (target == "text/plain") {
+    if (target == "text/plain" || target == "TEXT" || target == "C_STRING") {
         // The charset is unstated: UTF-8 today, Latin-1 from programs older than that.
         DecodedText utf8 = decodeUtf8(bytes);
         return utf8.hadInvalidBytes ? decodeWith(QStringDecoder(QStringDecoder::Latin1), bytes) : utf8;

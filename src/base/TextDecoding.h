@@ -9,8 +9,8 @@
 namespace corvatto {
 
 // How good a text flavour is: 0 is the best, and an absent rank means that the target name is not a text
-// flavour that can be decoded. Known are UTF8_STRING, text/plain with any charset that the system's
-// converters know, plain text/plain and STRING.
+// flavour that can be decoded. Known are text/plain with any charset that the system's converters know, and
+// UTF8_STRING, text/plain, COMPOUND_TEXT, TEXT, STRING and C_STRING.
 std::optional<int> textFlavourRank(const QByteArray& target);
 
 struct DecodedText {

@@ -8,8 +8,14 @@ namespace corvatto {
 namespace {
 
 TEST(TextDecoding, PrefersUtf8AndRefusesWhatItCannotDecode) {
-    const QList<QByteArray> fromBestToWorst{"UTF8_STRING", "text/plain;charset=utf-8",
-                                            "text/plain;charset=gb18030", "text/plain", "STRING"};
+    const QList<QByteArray> fromBestToWorst{"UTF8_STRING",
+                                            "text/plain;charset=utf-8",
+                                            "text/plain;charset=gb18030",
+                                            "text/plain",
+                                            "COMPOUND_TEXT",
+                                            "TEXT",
+                                            "STRING",
+                                            "C_STRING"};
     for (qsizetype index = 1; index < fromBestToWorst.size(); ++index) {
         EXPECT_LT(textFlavourRank(fromBestToWorst[index - 1]), textFlavourRank(fromBestToWorst[index]))
             << fromBestToWorst[index].toStdString();
@@ -48,6 +54,21 @@ TEST(TextDecoding, DecodesStatedCharsets) {
     }
     EXPECT_TRUE(decodeText("text/plain;charset=gb18030", "\xC4\xE3\xBA").hadInvalidBytes) << "cut off";
     EXPECT_TRUE(decodeText("text/plain;charset=us-ascii", "caf\xE9").hadInvalidBytes);
+}
+
+TEST(TextDecoding, DecodesTextOfProgramsOlderThanUtf8) {
+    const auto decoded = [](const char* bytes) {
+        return decodeText("COMPOUND_TEXT", bytes).text;
+    };
+    EXPECT_EQ(decoded("caf\xE9\tz"), QStringLiteral("café\tz")); // Latin-1 until something else is designated
+    EXPECT_EQ(decoded("a\x1B$(A\x56\x50\x1B(Bb\x1B$)A\xCE\xC4\x1B-A\xE9"), QStringLiteral("a中b文é"));
+    EXPECT_EQ(decoded("\x1B$(B\x46\x7C\x4B\x5C\x1B(B \x1B-L\xD4"), QStringLiteral("日本 д"));
+    EXPECT_EQ(decoded("x\x1B%G\xE6\x96\x87\x1B%@y"), QStringLiteral("x文y"));
+    EXPECT_EQ(decoded("\x1B%/2\x80\x8Agb18030\x02\xC4\xE3z"), QStringLiteral("你z"));
+    for (const char* broken : {"\x1B", "\x1B%/1\xFF\xFFx", "\x1B%/", "\x1B$(", "\x1B$(Zab"}) {
+        decoded(broken); // ends, within the bytes
+    }
+    EXPECT_EQ(decodeText("TEXT", "\xE6\x96\x87").text, QStringLiteral("文"));
 }
 
 } // namespace
