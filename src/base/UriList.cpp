@@ -1,5 +1,7 @@
 #include "base/UriList.h"
 
+#include "base/FilePath.h"
+
 #include <QSysInfo>
 
 #include <algorithm>
@@ -11,37 +13,63 @@ namespace {
 // Bytes. No path that a file can have takes more, even with all of it escaped.
 constexpr qsizetype longestLine = 16'384;
 
+int hexDigit(char c) {
+    return c >= '0' && c <= '9'   ? c - '0'
+           : c >= 'a' && c <= 'f' ? c - 'a' + 10
+           : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                  : -1;
+}
+
+// A percent sign that escapes nothing stands for itself, as in addresses written by hand.
+QByteArray unescape(QByteArrayView text) {
+    QByteArray bytes;
+    bytes.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const int high = text[i] == '%' && i + 2 < text.size() ? hexDigit(text[i + 1]) : -1;
+        const int low = high >= 0 ? hexDigit(text[i + 2]) : -1;
+        if (low >= 0) {
+            bytes += static_cast<char>(high * 16 + low);
+            i += 2;
+        } else {
+            bytes += text[i];
+        }
+    }
+    return bytes;
+}
+
+bool isThisMachine(QByteArrayView host) {
+    const QByteArray name = host.toByteArray().toLower();
+    return name.isEmpty() || name == "localhost" || name == QSysInfo::machineHostName().toUtf8().toLower();
+}
+
+// Not by QUrl, to which a raw "#" or "?" ends the path and bytes that are not UTF-8 are no characters:
+// programs write addresses of files with all of these.
 std::optional<QUrl> fileURL(QByteArrayView line) {
+    constexpr QByteArrayView scheme("file:");
+    while (!line.isEmpty() && (line.back() == '\0' || line.back() == '\r')) {
+        line = line.chopped(1);
+    }
     line = line.trimmed();
-    if (line.isEmpty() || line.startsWith('#') || line.size() > longestLine) {
+    if (line.size() > longestLine ||
+        line.first(std::min(scheme.size(), line.size())).compare(scheme, Qt::CaseInsensitive) != 0) {
         return std::nullopt;
     }
-    // Percent signs that escape nothing and bytes beyond ASCII occur in the wild; the tolerant mode reads
-    // both.
-    QUrl url = QUrl::fromEncoded(line.toByteArray(), QUrl::TolerantMode);
-    if (!url.isValid() || url.scheme() != QLatin1String("file") || url.path().isEmpty()) {
-        return std::nullopt;
-    }
-    const QString host = url.host();
-    if (!host.isEmpty()) {
-        const bool local = host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0 ||
-                           host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0;
-        if (!local) {
+    line = line.sliced(scheme.size());
+    if (line.startsWith("//")) {
+        const qsizetype pathStart = line.indexOf('/', 2);
+        if (pathStart < 0 || !isThisMachine(line.sliced(2, pathStart - 2))) {
             return std::nullopt;
         }
-        url.setHost({});
+        line = line.sliced(pathStart);
     }
-    QString path = url.path(QUrl::FullyDecoded);
-    // What follows two slashes Qt takes for the name of a machine.
-    const auto slashes = std::find_if(path.cbegin(), path.cend(), [](QChar c) { return c != u'/'; });
-    path.remove(0, std::max<qsizetype>(0, slashes - path.cbegin() - 1));
-    // A NUL cannot be part of a path, and a line feed would be taken for the end of one when the paths are
-    // joined.
-    if (!path.startsWith(QLatin1Char('/')) || path.contains(QChar(QChar::Null)) ||
-        path.contains(QLatin1Char('\n'))) {
+    while (line.startsWith("//")) {
+        line = line.sliced(1);
+    }
+    const QByteArray path = unescape(line);
+    if (!path.startsWith('/') || path.contains('\0')) {
         return std::nullopt;
     }
-    return QUrl::fromLocalFile(path);
+    return fileUrl(path);
 }
 
 // Takes the first line off `lines`, with its end.

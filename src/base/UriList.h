@@ -9,12 +9,12 @@
 
 namespace corvatto {
 
-// The file URLs of a `text/uri-list`, `atMost` so many: a URL a line, comments and URLs of other schemes or
-// hosts left out.
+// The URLs of the files in a `text/uri-list`, at most `atMost`: one URL per line. Comments and URLs of other
+// schemes and hosts are left out. A URL may hold bytes that are not UTF-8 (FilePath.h).
 QList<QUrl> fileURLsFromUriList(const QByteArray& bytes,
                                 qsizetype atMost = std::numeric_limits<qsizetype>::max());
 
-// The file URLs of an `x-special/gnome-copied-files`: a first line "copy" or "cut", then a URL a line.
+// The file URLs of an `x-special/gnome-copied-files`: a first line "copy" or "cut", then one URL per line.
 QList<QUrl> fileURLsFromGnomeCopiedFiles(const QByteArray& bytes,
                                          qsizetype atMost = std::numeric_limits<qsizetype>::max());
 
