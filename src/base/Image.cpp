@@ -10,11 +10,13 @@
 namespace corvatto {
 
 struct Image::Shared {
-    QImage pixels;
+    std::optional<QImage> pixels; // one of the two at least
     std::optional<QByteArray> png;
 };
 
-Image::Image(QImage pixels) : m_shared(std::make_shared<Shared>(Shared{std::move(pixels), std::nullopt})) {}
+Image::Image(std::shared_ptr<Shared> shared) : m_shared(std::move(shared)) {}
+
+Image::Image(QImage pixels) : Image(std::make_shared<Shared>(Shared{std::move(pixels), std::nullopt})) {}
 
 std::optional<Image> Image::fromFile(const QString& path) {
     QFile file(path);
@@ -22,32 +24,31 @@ std::optional<Image> Image::fromFile(const QString& path) {
         return std::nullopt;
     }
     QByteArray bytes = file.readAll();
+    if (isWholePng(bytes)) {
+        return Image(std::make_shared<Shared>(Shared{std::nullopt, std::move(bytes)}));
+    }
     auto pixels = decodeImage(bytes);
-    if (!pixels) {
-        return std::nullopt;
-    }
-    Image image(std::move(*pixels));
-    if (bytes.startsWith("\x89PNG")) {
-        image.m_shared->png = std::move(bytes);
-    }
-    return image;
+    return pixels ? std::optional(Image(std::move(*pixels))) : std::nullopt;
 }
 
 const QImage& Image::pixels() const {
-    return m_shared->pixels;
+    if (!m_shared->pixels) {
+        m_shared->pixels = decodeImage(*m_shared->png).value_or(QImage());
+    }
+    return *m_shared->pixels;
 }
 
 QSize Image::pixelSize() const {
-    return m_shared->pixels.size();
+    return pixels().size();
 }
 
 QSizeF Image::size() const {
-    return m_shared->pixels.deviceIndependentSize();
+    return pixels().deviceIndependentSize();
 }
 
 const QByteArray& Image::pngData() const {
     if (!m_shared->png) {
-        m_shared->png = encodePng(m_shared->pixels);
+        m_shared->png = encodePng(pixels());
     }
     return *m_shared->png;
 }
@@ -56,7 +57,7 @@ QByteArray Image::tiffData() const {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    if (!QImageWriter(&buffer, "tiff").write(m_shared->pixels)) {
+    if (!QImageWriter(&buffer, "tiff").write(pixels())) {
         return {};
     }
     return bytes;
@@ -67,7 +68,7 @@ QString Image::description() const {
     return QStringLiteral("Image %1x%2, format %3")
         .arg(size.width())
         .arg(size.height())
-        .arg(static_cast<int>(m_shared->pixels.format()));
+        .arg(static_cast<int>(pixels().format()));
 }
 
 } // namespace corvatto

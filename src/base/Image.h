@@ -1,5 +1,5 @@
-// A decoded image with its encodings. Copies share pixels and encodings, so an image that is hashed and then
-// stored is encoded once.
+// An image with its encodings. Copies share pixels and encodings, so an image that is hashed and then stored
+// is encoded once, and one that is only passed on is never decoded.
 #pragma once
 
 #include <QByteArray>
@@ -10,12 +10,13 @@
 
 namespace corvatto {
 
+// Any one thread at a time: a worker may prepare an image and hand it over.
 class Image {
 public:
     explicit Image(QImage pixels);
 
     // The image in a file; absent when the file cannot be read or is no image. Of a PNG file the bytes are
-    // kept as its encoding.
+    // kept as its encoding, and are decoded only when somebody asks for the pixels.
     static std::optional<Image> fromFile(const QString& path);
 
     const QImage& pixels() const;
@@ -34,6 +35,8 @@ public:
 
 private:
     struct Shared;
+    explicit Image(std::shared_ptr<Shared> shared);
+
     std::shared_ptr<Shared> m_shared;
 };
 

@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include <zlib.h>
+
 namespace corvatto {
 namespace {
 
@@ -17,8 +19,9 @@ struct Format {
     const char* mimeType;
 };
 
-// What programs copy, the best first. Decoders for anything else are not even asked: some know no limits,
-// some recognise almost any bytes as theirs, and one for drawings opens whatever files the drawing names.
+// What programs copy, the best first; a format may have had names before it was registered. Decoders for
+// anything else are not even asked: some know no limits, some recognise almost any bytes as theirs, and one
+// for drawings opens whatever files the drawing names.
 constexpr Format formats[] = {{"png", "image/png"},   {"tiff", "image/tiff"}, {"bmp", "image/bmp"},
                               {"webp", "image/webp"}, {"jpeg", "image/jpeg"}, {"gif", "image/gif"}};
 
@@ -178,6 +181,31 @@ bool looksDecodable(const QByteArray& bytes) {
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader;
     return prepare(reader, buffer);
+}
+
+// Each chunk has a length before and a checksum behind its content; the last one is empty.
+bool isWholePng(const QByteArray& bytes) {
+    constexpr qsizetype overhead = 12; // length, name and checksum
+    if (!looksDecodable(bytes) || formatOf(bytes) != "png") {
+        return false;
+    }
+    qsizetype at = 8; // behind the signature
+    while (bytes.size() - at >= overhead) {
+        const qint64 length = qFromBigEndian<quint32>(bytes.constData() + at);
+        if (length > bytes.size() - at - overhead) {
+            return false;
+        }
+        const auto* const named = reinterpret_cast<const Bytef*>(bytes.constData() + at + 4);
+        const uLong checksum = crc32_z(0, named, static_cast<std::size_t>(length) + 4);
+        if (checksum != qFromBigEndian<quint32>(named + 4 + length)) {
+            return false;
+        }
+        if (std::equal(named, named + 4, "IEND")) {
+            return true;
+        }
+        at += overhead + length;
+    }
+    return false;
 }
 
 std::optional<QImage> decodeImage(const QByteArray& bytes) {

@@ -75,13 +75,18 @@ void describeProfile(spng_ctx* context, QByteArray& profile) {
     spng_set_iccp(context, &iccp);
 }
 
+// An image without a resolution of its own has the one that Qt gives to every image, and gets none.
 void describeDensity(spng_ctx* context, const QImage& image) {
-    if (image.devicePixelRatio() <= 1.0) {
+    static const QImage withoutResolution(1, 1, QImage::Format_RGB32);
+    constexpr double pixelsPerMeterAtOne = 72.0 / 0.0254;
+    int x = image.dotsPerMeterX(), y = image.dotsPerMeterY();
+    if (image.devicePixelRatio() > 1.0) {
+        x = y = qRound(pixelsPerMeterAtOne * image.devicePixelRatio());
+    } else if (x <= 0 || y <= 0 ||
+               (x == withoutResolution.dotsPerMeterX() && y == withoutResolution.dotsPerMeterY())) {
         return;
     }
-    constexpr double pixelsPerMeterAtOne = 72.0 / 0.0254;
-    const auto density = static_cast<std::uint32_t>(qRound(pixelsPerMeterAtOne * image.devicePixelRatio()));
-    spng_phys phys{density, density, 1};
+    spng_phys phys{static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), 1};
     spng_set_phys(context, &phys);
 }
 

@@ -38,7 +38,7 @@ QByteArray encode(const QImage& image, const char* format, bool isProgressive = 
     return bytes;
 }
 
-TEST(ImageCodec, PngKeepsEveryPixelAndTheColourProfile) {
+TEST(ImageCodec, PngKeepsEveryPixelTheColourProfileAndTheResolution) {
     for (const QSize size : {QSize(1, 1), QSize(641, 7)}) {
         for (const auto format :
              {QImage::Format_RGB32, QImage::Format_RGB888, QImage::Format_ARGB32, QImage::Format_RGBA8888,
@@ -55,6 +55,12 @@ TEST(ImageCodec, PngKeepsEveryPixelAndTheColourProfile) {
     QImage wide = sample({8, 8}, QImage::Format_RGB32, false);
     wide.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
     EXPECT_EQ(decodeImage(encodePng(wide))->colorSpace().primaries(), QColorSpace::Primaries::DciP3D65);
+    constexpr int dotsPerMeter = 11811; // 300 dpi
+    wide.setDotsPerMeterX(dotsPerMeter);
+    wide.setDotsPerMeterY(2 * dotsPerMeter);
+    const QImage printed = *decodeImage(encodePng(*decodeImage(Image(wide).tiffData())));
+    EXPECT_EQ(QSize(printed.dotsPerMeterX(), printed.dotsPerMeterY()), QSize(dotsPerMeter, 2 * dotsPerMeter));
+    EXPECT_FALSE(encodePng(QImage(8, 8, QImage::Format_RGB32)).contains("pHYs"));
     EXPECT_TRUE(encodePng(QImage()).isEmpty() && Image(QImage()).tiffData().isEmpty());
 }
 
@@ -91,6 +97,16 @@ TEST(ImageCodec, RefusesWhatIsCutShort) {
     jpeg.insert(2, QByteArray("\xFF\xE1\0\x06\xFF\xD9\xFF\xD9", 8));
     EXPECT_TRUE(decodeImage(jpeg));
     EXPECT_FALSE(decodeImage(jpeg.chopped(2)));
+}
+
+TEST(ImageCodec, APngIsWholeWhenNoBitOfItIsWrong) {
+    const QByteArray png = encodePng(sample({30, 20}, QImage::Format_RGB32, false));
+    EXPECT_TRUE(isWholePng(png) && isWholePng(png + "what follows"));
+    for (qsizetype at = 0; at < png.size(); ++at) {
+        QByteArray damaged = png;
+        damaged[at] = static_cast<char>(damaged[at] ^ 1);
+        EXPECT_FALSE(isWholePng(damaged) || isWholePng(png.first(at))) << at;
+    }
 }
 
 TEST(ImageCodec, RefusesWhatNobodyCopies) {
