@@ -164,8 +164,8 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     IniUserDefaults defaults(settingsFilePath());
-    X11Pasteboard pasteboard(*connection);
     X11Workspace workspace(*connection);
+    X11Pasteboard pasteboard(*connection, workspace);
     X11HotKeyCenter hotKeyCenter(*connection);
     X11PanelWindows panelWindows(*connection);
     X11Tray tray(*connection);

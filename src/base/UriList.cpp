@@ -110,8 +110,8 @@ QByteArray uriListFromFileURLs(const QList<QUrl>& urls) {
     return bytes;
 }
 
-QByteArray gnomeCopiedFilesFromFileURLs(const QList<QUrl>& urls) {
-    QByteArray bytes = "copy";
+QByteArray copiedFilesFromFileURLs(const QList<QUrl>& urls, bool areCut) {
+    QByteArray bytes = areCut ? "cut" : "copy";
     for (const QUrl& url : urls) {
         bytes += '\n' + url.toEncoded(QUrl::FullyEncoded);
     }

@@ -14,12 +14,13 @@ namespace corvatto {
 QList<QUrl> fileURLsFromUriList(const QByteArray& bytes,
                                 qsizetype atMost = std::numeric_limits<qsizetype>::max());
 
-// The file URLs of an `x-special/gnome-copied-files`: a first line "copy" or "cut", then one URL per line.
+// The file URLs of an `x-special/gnome-copied-files` or `x-special/mate-copied-files`: a first line "copy" or "cut",
+// then one URL per line.
 QList<QUrl> fileURLsFromGnomeCopiedFiles(const QByteArray& bytes,
                                          qsizetype atMost = std::numeric_limits<qsizetype>::max());
 
 // The reverse, as file managers expect it.
 QByteArray uriListFromFileURLs(const QList<QUrl>& urls);
-QByteArray gnomeCopiedFilesFromFileURLs(const QList<QUrl>& urls);
+QByteArray copiedFilesFromFileURLs(const QList<QUrl>& urls, bool areCut);
 
 } // namespace corvatto

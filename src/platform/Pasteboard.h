@@ -29,11 +29,16 @@ public:
     // Rises by one with each change of the content, another program's or our own. Never falls.
     virtual qint64 changeCount() const = 0;
 
+    // The display name of the application that was in front when the last change by another program was
+    // announced; empty when there was none.
+    virtual QString sourceApplicationName() const = 0;
+
     // The copied files in the order of the clipboard; URLs of other schemes are left out. Empty when there
     // are none.
     virtual QList<QUrl> fileURLs() const = 0;
 
-    // The first image in any format that can be decoded. Decodes at each call.
+    // The first image in any format that can be decoded. Decoded already for some seconds after a change;
+    // later, each call decodes.
     virtual std::optional<Image> image() const = 0;
 
     // The undecoded bytes of the image flavour, if the clipboard holds one of that type.
@@ -48,8 +53,8 @@ public:
     virtual void writeFileURLs(const QList<QUrl>& urls) = 0;
     virtual void writeImage(const Image& image) = 0;
 
-    // Before the program ends: gives what was written to whatever the desktop has that keeps it, and calls
-    // `done` from the event loop, after two seconds at the latest.
+    // Before the program ends: asks the desktop's clipboard manager, if there is one, to keep what was
+    // written, and calls `done` from the event loop, after two seconds at the latest.
     virtual void handOver(std::function<void()> done) = 0;
 };
 

@@ -20,7 +20,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
             fuzz::require(path.startsWith(u'/') && !path.contains(u'\n') && !path.contains(QChar(0)));
         }
         fuzz::require(fileURLsFromUriList(uriListFromFileURLs(urls)) == urls);
-        fuzz::require(fileURLsFromGnomeCopiedFiles(gnomeCopiedFilesFromFileURLs(urls)) == urls);
+        fuzz::require(fileURLsFromGnomeCopiedFiles(copiedFilesFromFileURLs(urls, false)) == urls);
     }
     return 0;
 }

@@ -26,7 +26,10 @@ public:
     }
     void copyText(const QString& text) { copy({{}, {}, {}, {}, text}); }
 
+    QString sourceApplication;
+
     qint64 changeCount() const override { return count; }
+    QString sourceApplicationName() const override { return sourceApplication; }
     QList<QUrl> fileURLs() const override { return read(content.urls); }
     std::optional<Image> image() const override { return read(content.image); }
     std::optional<QByteArray> imageData(ImageType type) const override {

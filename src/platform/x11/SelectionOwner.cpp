@@ -1,12 +1,8 @@
 #include "platform/x11/SelectionOwner.h"
 
-#include "base/ImageDecoding.h"
-#include "base/TextDecoding.h"
+#include "base/Worker.h"
 
-#include <QBuffer>
-#include <QImageWriter>
-
-#include <xcb/xfixes.h>
+#include <QPointer>
 
 #include <algorithm>
 #include <chrono>
@@ -15,26 +11,48 @@ namespace corvatto {
 namespace {
 
 // Larger content goes in pieces of this size: small enough that one piece costs no frame, on either side.
-constexpr qsizetype bytesPerPiece = qsizetype{256} << 10;
+constexpr qsizetype wantedBytesPerPiece = qsizetype{256} << 10;
+constexpr qsizetype requestOverhead = 64; // bytes of a request beside the property that it carries
 constexpr std::chrono::seconds requestorSilence{30};
 
-QByteArray reencoded(const QByteArray& imageBytes, const char* format) {
-    const auto image = decodeImage(imageBytes);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    if (!image || !QImageWriter(&buffer, format).write(*image)) {
-        return {};
-    }
-    return bytes;
+// Encodings are asked for in quick succession, by a program that pastes and by those that watch the
+// clipboard.
+constexpr std::chrono::seconds encodingLifetime{10};
+
+constexpr quint32 mostPairs = 64; // of a MULTIPLE request
+
+qsizetype bytesPerPiece(xcb_connection_t* connection) {
+    const qsizetype longestRequest = qsizetype{xcb_get_maximum_request_length(connection)} * 4;
+    return std::min(wantedBytesPerPiece, longestRequest - requestOverhead);
 }
 
 } // namespace
 
+struct SelectionOwner::Answer {
+    xcb_window_t requestor;
+    xcb_atom_t property;
+    Converted done;
+};
+
+struct SelectionOwner::Flavour {
+    xcb_atom_t target;
+    xcb_atom_t type;
+    OfferedFlavour offered;
+    QByteArray encoding;         // of a costly flavour, while it is kept
+    std::vector<Answer> waiting; // for the encoding that is being made
+};
+
 SelectionOwner::SelectionOwner(XcbConnection& connection, xcb_atom_t selection)
     : m_connection(connection), m_selection(selection),
       m_window(connection.createMessageWindow(XCB_EVENT_MASK_PROPERTY_CHANGE)),
-      m_self(std::make_shared<SelectionOwner*>(this)) {
+      m_bytesPerPiece(bytesPerPiece(connection.raw())) {
+    m_forgetEncodings.setSingleShot(true);
+    m_forgetEncodings.setInterval(encodingLifetime);
+    m_forgetEncodings.callOnTimeout([this] {
+        for (const auto& flavour : m_flavours) {
+            flavour->encoding = QByteArray();
+        }
+    });
     m_connection.addListener(*this);
 }
 
@@ -46,8 +64,7 @@ SelectionOwner::~SelectionOwner() {
 
 void SelectionOwner::offer(const ClipboardContent& content) {
     setContent(content);
-    // The server's own current time: it accepts no older one, and we have seen no event whose time would do.
-    xcb_set_selection_owner(m_connection.raw(), m_window, m_selection, XCB_CURRENT_TIME);
+    takeOver();
     m_connection.flush();
 }
 
@@ -60,55 +77,31 @@ bool SelectionOwner::offerIfUnowned(const ClipboardContent& content) {
     const bool isFree = owner && owner->owner == XCB_NONE;
     if (isFree) {
         setContent(content);
-        xcb_set_selection_owner(raw, m_window, m_selection, XCB_CURRENT_TIME);
+        takeOver();
     }
     xcb_ungrab_server(raw);
     m_connection.flush();
     return isFree;
 }
 
+void SelectionOwner::takeOver() {
+    // The server's own current time: it accepts no older one, and we have seen no event whose time would do.
+    xcb_set_selection_owner(m_connection.raw(), m_window, m_selection, XCB_CURRENT_TIME);
+    ++m_unannouncedTakeovers;
+}
+
+void SelectionOwner::takeoverAnnounced(xcb_timestamp_t time) {
+    --m_unannouncedTakeovers;
+    m_since = time;
+}
+
 void SelectionOwner::setContent(const ClipboardContent& content) {
     m_since = XCB_CURRENT_TIME;
     m_flavours.clear();
-    if (!content.uriList.isNull()) {
-        add("text/uri-list", [bytes = content.uriList] { return bytes; });
+    for (OfferedFlavour& offered : offeredFlavours(content)) {
+        const xcb_atom_t target = m_connection.atom(offered.target), type = m_connection.atom(offered.type);
+        m_flavours.push_back(std::make_shared<Flavour>(Flavour{target, type, std::move(offered), {}, {}}));
     }
-    if (!content.gnomeCopiedFiles.isNull()) {
-        add("x-special/gnome-copied-files", [bytes = content.gnomeCopiedFiles] { return bytes; });
-    }
-    if (!content.imageBytes.isNull()) {
-        addImage(content);
-    }
-    if (!content.textBytes.isNull()) {
-        addText(content);
-    }
-}
-
-void SelectionOwner::addImage(const ClipboardContent& content) {
-    add(content.imageType, [bytes = content.imageBytes] { return bytes; });
-    for (const char* format : {"png", "bmp", "jpeg", "tiff"}) {
-        const QByteArray type = QByteArray("image/") + format;
-        if (type != content.imageType) {
-            add(type, [bytes = content.imageBytes, format] { return reencoded(bytes, format); });
-        }
-    }
-}
-
-void SelectionOwner::addText(const ClipboardContent& content) {
-    const auto utf8 = [target = content.textTarget, bytes = content.textBytes] {
-        return target == "UTF8_STRING" ? bytes : decodeText(target, bytes).text.toUtf8();
-    };
-    for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain", "TEXT"}) {
-        add(target, utf8);
-    }
-    add("STRING", [utf8] { return QString::fromUtf8(utf8()).toLatin1(); });
-}
-
-void SelectionOwner::add(const QByteArray& target, std::function<QByteArray()> bytes) {
-    const xcb_atom_t atom = m_connection.atom(target);
-    // TEXT leaves the choice of the encoding to us, and the type says which it is.
-    const xcb_atom_t type = target == "TEXT" ? m_connection.atom("UTF8_STRING") : atom;
-    m_flavours.push_back({atom, type, std::move(bytes)});
 }
 
 void SelectionOwner::handleEvent(const xcb_generic_event_t& event) {
@@ -121,8 +114,9 @@ void SelectionOwner::handleEvent(const xcb_generic_event_t& event) {
         break;
     }
     case XCB_SELECTION_CLEAR: {
+        // Told before a takeover of ours is announced, it is the end of an earlier ownership.
         const auto& clear = reinterpret_cast<const xcb_selection_clear_event_t&>(event);
-        if (clear.owner == m_window && clear.selection == m_selection) {
+        if (clear.owner == m_window && clear.selection == m_selection && !hasUnannouncedTakeover()) {
             m_flavours.clear(); // transfers under way keep their own bytes
         }
         break;
@@ -149,85 +143,129 @@ void SelectionOwner::handleEvent(const xcb_generic_event_t& event) {
     }
 }
 
+// A request of an earlier time is about what was on the clipboard then. Times wrap around.
+bool SelectionOwner::isOwnedSince(xcb_timestamp_t time) const {
+    return time == XCB_CURRENT_TIME || m_since == XCB_CURRENT_TIME ||
+           static_cast<qint32>(time - m_since) >= 0;
+}
+
 void SelectionOwner::answer(const xcb_selection_request_event_t& request) {
     // Requestors older than the convention leave the property to the target's name.
     const xcb_atom_t property = request.property == XCB_ATOM_NONE ? request.target : request.property;
-    if (request.selection != m_selection) {
+    if (request.selection != m_selection || !isOwnedSince(request.time)) {
         notify(request, XCB_ATOM_NONE);
     } else if (request.target == m_connection.atom("MULTIPLE") && request.property != XCB_ATOM_NONE) {
         answerMultiple(request);
     } else {
-        notify(request,
-               convert(request.requestor, request.target, property) ? property : xcb_atom_t{XCB_ATOM_NONE});
+        convert(request.requestor, request.target, property, [this, request, property](bool isConverted) {
+            notify(request, isConverted ? property : xcb_atom_t{XCB_ATOM_NONE});
+        });
     }
 }
 
-bool SelectionOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property) {
+void SelectionOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property,
+                             const Converted& done) {
     xcb_connection_t* raw = m_connection.raw();
     if (target == m_connection.atom("TARGETS")) {
         std::vector<xcb_atom_t> atoms{m_connection.atom("TARGETS"), m_connection.atom("TIMESTAMP"),
                                       m_connection.atom("MULTIPLE")};
-        for (const Flavour& flavour : m_flavours) {
-            atoms.push_back(flavour.target);
+        for (const auto& flavour : m_flavours) {
+            atoms.push_back(flavour->target);
         }
         xcb_change_property(raw, XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_ATOM, 32,
                             static_cast<quint32>(atoms.size()), atoms.data());
-        return true;
+        done(true);
+        return;
     }
     if (target == m_connection.atom("TIMESTAMP")) {
         xcb_change_property(raw, XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_INTEGER, 32, 1,
                             &m_since);
-        return true;
+        done(true);
+        return;
     }
     const auto flavour = std::find_if(m_flavours.begin(), m_flavours.end(),
-                                      [&](const Flavour& each) { return each.target == target; });
+                                      [&](const auto& each) { return each->target == target; });
     if (flavour == m_flavours.end()) {
-        return false;
-    }
-    const QByteArray bytes = flavour->bytes();
-    if (bytes.isNull()) {
-        return false;
-    }
-    if (bytes.size() > bytesPerPiece) {
-        startIncremental(requestor, property, flavour->type, bytes);
+        done(false);
+    } else if ((*flavour)->offered.isCostly) {
+        convertCostly(*flavour, {requestor, property, done});
     } else {
-        xcb_change_property(raw, XCB_PROP_MODE_REPLACE, requestor, property, flavour->type, 8,
-                            static_cast<quint32>(bytes.size()), bytes.constData());
+        deliver(**flavour, {requestor, property, done}, (*flavour)->offered.bytes());
     }
-    return true;
+}
+
+void SelectionOwner::convertCostly(const std::shared_ptr<Flavour>& flavour, const Answer& answer) {
+    if (!flavour->encoding.isNull()) {
+        m_forgetEncodings.start();
+        deliver(*flavour, answer, flavour->encoding);
+        return;
+    }
+    flavour->waiting.push_back(answer);
+    if (flavour->waiting.size() > 1) {
+        return; // it is being made
+    }
+    runOnWorker(*this, flavour->offered.bytes,
+                [this, flavour](const QByteArray& bytes) { encoded(flavour, bytes); });
+}
+
+void SelectionOwner::encoded(const std::shared_ptr<Flavour>& flavour, const QByteArray& bytes) {
+    flavour->encoding = bytes;
+    m_forgetEncodings.start();
+    for (const Answer& answer : std::exchange(flavour->waiting, {})) {
+        deliver(*flavour, answer, bytes);
+    }
+}
+
+void SelectionOwner::deliver(const Flavour& flavour, const Answer& answer, const QByteArray& bytes) {
+    if (bytes.size() > m_bytesPerPiece) {
+        startIncremental(answer.requestor, answer.property, flavour.type, bytes);
+    } else if (!bytes.isNull()) {
+        xcb_change_property(m_connection.raw(), XCB_PROP_MODE_REPLACE, answer.requestor, answer.property,
+                            flavour.type, 8, static_cast<quint32>(bytes.size()), bytes.constData());
+    }
+    answer.done(!bytes.isNull());
 }
 
 void SelectionOwner::answerMultiple(const xcb_selection_request_event_t& request) {
-    // The property of the request lists pairs of target and property; refused ones are marked in that list.
-    constexpr quint32 maximumPairs = 64;
-    xcb_connection_t* raw = m_connection.raw();
-    const auto cookie = xcb_get_property(raw, 0, request.requestor, request.property,
-                                         XCB_GET_PROPERTY_TYPE_ANY, 0, 2 * maximumPairs);
-    m_connection.whenReplied(cookie.sequence, [request, self = std::weak_ptr(m_self)](const void* reply) {
-        const auto alive = self.lock();
-        if (!alive) {
+    const auto cookie = xcb_get_property(m_connection.raw(), 0, request.requestor, request.property,
+                                         XCB_GET_PROPERTY_TYPE_ANY, 0, 2 * mostPairs);
+    m_connection.whenReplied(cookie.sequence, [request, self = QPointer(this)](const void* reply) {
+        if (!self) {
             return;
         }
-        SelectionOwner& owner = **alive;
         const auto* list = static_cast<const xcb_get_property_reply_t*>(reply);
         if (list == nullptr || list->format != 32 || list->value_len < 2) {
-            owner.notify(request, XCB_ATOM_NONE);
+            self->notify(request, XCB_ATOM_NONE);
             return;
         }
         const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(list));
-        const std::size_t length = list->value_len - list->value_len % 2;
-        std::vector<xcb_atom_t> pairs(atoms, atoms + length);
-        for (std::size_t i = 0; i < pairs.size(); i += 2) {
-            if (!owner.convert(request.requestor, pairs[i], pairs[i + 1])) {
-                pairs[i + 1] = XCB_ATOM_NONE;
-            }
-        }
-        xcb_change_property(owner.m_connection.raw(), XCB_PROP_MODE_REPLACE, request.requestor,
-                            request.property, owner.m_connection.atom("ATOM_PAIR"), 32,
-                            static_cast<quint32>(pairs.size()), pairs.data());
-        owner.notify(request, request.property);
+        self->answerPairs(request, {atoms, atoms + (list->value_len - list->value_len % 2)});
     });
     m_connection.flush();
+}
+
+// The property of the request lists pairs of target and property; refused ones are marked in that list, and
+// the request is answered when all of them are.
+void SelectionOwner::answerPairs(const xcb_selection_request_event_t& request,
+                                 std::vector<xcb_atom_t> pairs) {
+    struct Progress {
+        std::vector<xcb_atom_t> pairs;
+        std::size_t missing;
+    };
+    const auto progress = std::make_shared<Progress>(Progress{pairs, pairs.size() / 2});
+    for (std::size_t i = 0; i < pairs.size(); i += 2) {
+        convert(request.requestor, pairs[i], pairs[i + 1], [this, request, progress, i](bool isConverted) {
+            if (!isConverted) {
+                progress->pairs[i + 1] = XCB_ATOM_NONE;
+            }
+            if (--progress->missing == 0) {
+                xcb_change_property(m_connection.raw(), XCB_PROP_MODE_REPLACE, request.requestor,
+                                    request.property, m_connection.atom("ATOM_PAIR"), 32,
+                                    static_cast<quint32>(progress->pairs.size()), progress->pairs.data());
+                notify(request, request.property);
+            }
+        });
+    }
 }
 
 void SelectionOwner::notify(const xcb_selection_request_event_t& request, xcb_atom_t property) {
@@ -249,8 +287,10 @@ void SelectionOwner::notify(const xcb_selection_request_event_t& request, xcb_at
 void SelectionOwner::startIncremental(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type,
                                       const QByteArray& bytes) {
     xcb_connection_t* raw = m_connection.raw();
-    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(raw, requestor, XCB_CW_EVENT_MASK, &events);
+    if (!m_connection.isOwnResource(requestor)) {
+        const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+        xcb_change_window_attributes(raw, requestor, XCB_CW_EVENT_MASK, &events);
+    }
     const auto announced = static_cast<quint32>(bytes.size());
     xcb_change_property(raw, XCB_PROP_MODE_REPLACE, requestor, property, m_connection.atom("INCR"), 32, 1,
                         &announced);
@@ -263,16 +303,16 @@ void SelectionOwner::startIncremental(xcb_window_t requestor, xcb_atom_t propert
     transfer->silence->setSingleShot(true);
     QObject::connect(
         transfer->silence.get(), &QTimer::timeout, transfer->silence.get(),
-        [this, transfer] { m_incremental.erase(transfer); }, Qt::QueuedConnection);
+        [this, transfer] { endIncremental(transfer); }, Qt::QueuedConnection);
     transfer->silence->start(requestorSilence);
 }
 
 void SelectionOwner::sendNextPiece(std::list<Incremental>::iterator transfer) {
     if (transfer->lastSent) {
-        m_incremental.erase(transfer);
+        endIncremental(transfer);
         return;
     }
-    const qsizetype length = std::min(bytesPerPiece, transfer->bytes.size() - transfer->sent);
+    const qsizetype length = std::min(m_bytesPerPiece, transfer->bytes.size() - transfer->sent);
     xcb_change_property(m_connection.raw(), XCB_PROP_MODE_REPLACE, transfer->requestor, transfer->property,
                         transfer->type, 8, static_cast<quint32>(length),
                         transfer->bytes.constData() + transfer->sent);
@@ -280,6 +320,19 @@ void SelectionOwner::sendNextPiece(std::list<Incremental>::iterator transfer) {
     transfer->lastSent = length == 0; // an empty piece says that this was all
     transfer->silence->start(requestorSilence);
     m_connection.flush();
+}
+
+void SelectionOwner::endIncremental(std::list<Incremental>::iterator transfer) {
+    const xcb_window_t requestor = transfer->requestor;
+    m_incremental.erase(transfer);
+    const bool isLast = std::none_of(m_incremental.begin(), m_incremental.end(),
+                                     [&](const Incremental& each) { return each.requestor == requestor; });
+    if (isLast && !m_connection.isOwnResource(requestor)) {
+        // Or every change of the window's properties would wake us for as long as it exists.
+        const quint32 nothing = XCB_EVENT_MASK_NO_EVENT;
+        xcb_change_window_attributes(m_connection.raw(), requestor, XCB_CW_EVENT_MASK, &nothing);
+        m_connection.flush();
+    }
 }
 
 void SelectionOwner::forgetRequestor(xcb_window_t requestor) {

@@ -5,9 +5,12 @@
 // time that the server accepts, which Qt's last input event may not be; a copy made in one of our own text
 // fields goes through QClipboard and must be told apart from content that the history wrote; and an image is
 // offered in the bytes that are stored, encoded otherwise only for those who ask.
+//
+// Whoever asks for another encoding of an image waits for it, and nobody else does: it is made beside the
+// main thread, once for all who ask, and kept for a while.
 #pragma once
 
-#include "platform/x11/ClipboardContent.h"
+#include "platform/ClipboardOffer.h"
 #include "platform/x11/XcbConnection.h"
 
 #include <QTimer>
@@ -18,7 +21,9 @@
 namespace corvatto {
 
 // Main thread.
-class SelectionOwner : public XcbEventListener {
+class SelectionOwner : public QObject, public XcbEventListener {
+    Q_OBJECT
+
 public:
     SelectionOwner(XcbConnection& connection, xcb_atom_t selection);
     ~SelectionOwner() override;
@@ -32,17 +37,17 @@ public:
     // The window that owns the selection for us; announcements that name it are our own.
     xcb_window_t window() const { return m_window; }
 
-    // When the server says that the last takeover happened.
-    void setAcquisitionTime(xcb_timestamp_t time) { m_since = time; }
+    // Our takeovers that the server has not announced yet. Until it has, all that it tells came before them.
+    bool hasUnannouncedTakeover() const { return m_unannouncedTakeovers > 0; }
+
+    // The server has announced that one of our takeovers happened at that time.
+    void takeoverAnnounced(xcb_timestamp_t time);
 
     void handleEvent(const xcb_generic_event_t& event) override;
 
 private:
-    struct Flavour {
-        xcb_atom_t target;
-        xcb_atom_t type;
-        std::function<QByteArray()> bytes;
-    };
+    struct Flavour;
+    struct Answer;
     // An answer in pieces that a requestor is taking.
     struct Incremental {
         xcb_window_t requestor;
@@ -53,28 +58,36 @@ private:
         bool lastSent = false;
         std::unique_ptr<QTimer> silence;
     };
+    using Converted = std::function<void(bool isConverted)>;
 
     void setContent(const ClipboardContent& content);
-    void addText(const ClipboardContent& content);
-    void addImage(const ClipboardContent& content);
-    void add(const QByteArray& target, std::function<QByteArray()> bytes);
+    void takeOver();
+    bool isOwnedSince(xcb_timestamp_t time) const;
 
     void answer(const xcb_selection_request_event_t& request);
-    bool convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property);
     void answerMultiple(const xcb_selection_request_event_t& request);
+    void answerPairs(const xcb_selection_request_event_t& request, std::vector<xcb_atom_t> pairs);
+    void convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property, const Converted& done);
+    void convertCostly(const std::shared_ptr<Flavour>& flavour, const Answer& answer);
+    void encoded(const std::shared_ptr<Flavour>& flavour, const QByteArray& bytes);
+    void deliver(const Flavour& flavour, const Answer& answer, const QByteArray& bytes);
     void notify(const xcb_selection_request_event_t& request, xcb_atom_t property);
+
     void startIncremental(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type,
                           const QByteArray& bytes);
     void sendNextPiece(std::list<Incremental>::iterator transfer);
+    void endIncremental(std::list<Incremental>::iterator transfer);
     void forgetRequestor(xcb_window_t requestor);
 
     XcbConnection& m_connection;
     xcb_atom_t m_selection;
     xcb_window_t m_window;
+    qsizetype m_bytesPerPiece;
     xcb_timestamp_t m_since = XCB_CURRENT_TIME;
-    std::vector<Flavour> m_flavours;
+    int m_unannouncedTakeovers = 0;
+    std::vector<std::shared_ptr<Flavour>> m_flavours; // of this ownership
     std::list<Incremental> m_incremental;
-    std::shared_ptr<SelectionOwner*> m_self;
+    QTimer m_forgetEncodings;
 };
 
 } // namespace corvatto

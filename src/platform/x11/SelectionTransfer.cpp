@@ -16,7 +16,7 @@ SelectionTransfer::SelectionTransfer(XcbConnection& connection, const Request& r
     m_connection.addListener(*this);
     m_silence.setSingleShot(true);
     m_silence.setInterval(m_request.silenceLimit);
-    m_silence.callOnTimeout([this] { finish(Outcome::silent); });
+    m_silence.callOnTimeout([this] { finish(TransferOutcome::timedOut); });
     m_silence.start();
     xcb_delete_property(m_connection.raw(), m_request.requestor, m_request.property);
     xcb_convert_selection(m_connection.raw(), m_request.requestor, m_request.selection, m_request.target,
@@ -40,7 +40,7 @@ void SelectionTransfer::handleEvent(const xcb_generic_event_t& event) {
             readProperty();
         } else if (notify.property == XCB_ATOM_NONE && notify.time == m_request.time) {
             // The time tells a refusal of this request from a late one of a request that was given up.
-            finish(Outcome::refused);
+            finish(TransferOutcome::refused);
         }
     } else if (type == XCB_PROPERTY_NOTIFY) {
         const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
@@ -53,7 +53,7 @@ void SelectionTransfer::handleEvent(const xcb_generic_event_t& event) {
         } else if (m_state == State::reading) {
             // The owner was told to go on when the server carried out our read, and may be faster than the
             // reply to it gets here.
-            m_isNextPieceThere = true;
+            m_isNextPieceAnnounced = true;
         }
     }
 }
@@ -62,7 +62,7 @@ void SelectionTransfer::ownerGone() {
     // What has reached the server is being read; only an owner that still had to act leaves the transfer
     // hanging.
     if (m_state == State::asked || m_state == State::waitingForPiece) {
-        finish(Outcome::refused);
+        finish(TransferOutcome::refused);
     }
 }
 
@@ -84,18 +84,19 @@ void SelectionTransfer::handleProperty(const xcb_get_property_reply_t* reply) {
         return;
     }
     if (reply == nullptr) {
-        finish(Outcome::refused);
+        finish(TransferOutcome::refused);
         return;
     }
     m_silence.start();
 
     if (reply->type == XCB_ATOM_NONE) {
-        // There is no such property. Of an owner that replaced a piece before we had read it, two were
-        // announced and one was there; anything else is not the end that an empty property tells.
+        // There is no such property. An owner that replaces a piece before we have read it announces two
+        // pieces where there is one. In any other case something is missing: the end would be an empty
+        // property.
         if (m_incremental && m_offset == 0) {
             waitForPiece();
         } else {
-            finish(Outcome::refused);
+            finish(TransferOutcome::refused);
         }
         return;
     }
@@ -104,7 +105,7 @@ void SelectionTransfer::handleProperty(const xcb_get_property_reply_t* reply) {
         // The owner announces a lower bound of the size; a liar is caught while the pieces come in.
         if (xcb_get_property_value_length(reply) >= 4 &&
             *static_cast<const quint32*>(xcb_get_property_value(reply)) > m_request.byteLimit) {
-            finish(Outcome::tooLarge);
+            finish(TransferOutcome::tooLarge);
         } else {
             waitForPiece();
         }
@@ -113,12 +114,12 @@ void SelectionTransfer::handleProperty(const xcb_get_property_reply_t* reply) {
 
     const bool lastPiece = reply->value_len == 0 && reply->bytes_after == 0 && m_offset == 0;
     if (!append(*reply)) {
-        finish(Outcome::tooLarge);
+        finish(TransferOutcome::tooLarge);
     } else if (reply->bytes_after > 0) {
         m_offset += wordsPerRead;
         readProperty();
     } else if (!m_incremental || lastPiece) {
-        finish(Outcome::complete);
+        finish(TransferOutcome::complete);
     } else {
         m_offset = 0;
         waitForPiece();
@@ -127,7 +128,7 @@ void SelectionTransfer::handleProperty(const xcb_get_property_reply_t* reply) {
 
 void SelectionTransfer::waitForPiece() {
     m_state = State::waitingForPiece;
-    if (std::exchange(m_isNextPieceThere, false)) {
+    if (std::exchange(m_isNextPieceAnnounced, false)) {
         readProperty();
     }
 }
@@ -138,16 +139,17 @@ bool SelectionTransfer::append(const xcb_get_property_reply_t& reply) {
         return false;
     }
     m_bytes.append(static_cast<const char*>(xcb_get_property_value(&reply)), length);
+    m_type = reply.type;
     return true;
 }
 
-void SelectionTransfer::finish(Outcome outcome) {
+void SelectionTransfer::finish(TransferOutcome outcome) {
     if (m_state == State::ended) {
         return;
     }
     m_state = State::ended;
     m_silence.stop();
-    if (outcome != Outcome::complete) {
+    if (outcome != TransferOutcome::complete) {
         xcb_delete_property(m_connection.raw(), m_request.requestor, m_request.property);
         m_bytes = QByteArray();
     } else if (m_bytes.isNull()) {
@@ -155,7 +157,7 @@ void SelectionTransfer::finish(Outcome outcome) {
     }
     // The callback may destroy this object.
     const Done done = std::move(m_done);
-    done(outcome, std::move(m_bytes));
+    done({outcome, std::move(m_bytes), m_type});
 }
 
 } // namespace corvatto

@@ -3,6 +3,7 @@
 // it runs.
 #pragma once
 
+#include "platform/ClipboardReadPlan.h"
 #include "platform/x11/XcbConnection.h"
 
 #include <QTimer>
@@ -26,10 +27,13 @@ public:
         std::chrono::milliseconds silenceLimit;
     };
 
-    enum class Outcome { complete, refused, tooLarge, silent };
-
-    // `bytes` is null unless the outcome is complete.
-    using Done = std::function<void(Outcome outcome, QByteArray bytes)>;
+    // The bytes are null unless the outcome is complete; the type is that of their property.
+    struct Result {
+        TransferOutcome outcome;
+        QByteArray bytes;
+        xcb_atom_t type = XCB_ATOM_NONE;
+    };
+    using Done = std::function<void(Result result)>;
 
     SelectionTransfer(XcbConnection& connection, const Request& request, Done done);
     ~SelectionTransfer() override;
@@ -46,16 +50,17 @@ private:
     void handleProperty(const xcb_get_property_reply_t* reply);
     void waitForPiece();
     bool append(const xcb_get_property_reply_t& reply);
-    void finish(Outcome outcome);
+    void finish(TransferOutcome outcome);
 
     XcbConnection& m_connection;
     Request m_request;
     Done m_done;
     State m_state = State::asked;
     bool m_incremental = false;
-    bool m_isNextPieceThere = false;
+    bool m_isNextPieceAnnounced = false;
     quint32 m_offset = 0; // words of the current property already read
     QByteArray m_bytes;
+    xcb_atom_t m_type = XCB_ATOM_NONE;
     QTimer m_silence;
     // Replies may arrive after this object has gone; they hold a weak reference to this.
     std::shared_ptr<SelectionTransfer*> m_self;

@@ -2,20 +2,42 @@
 
 #include "base/Diagnostics.h"
 #include "base/ImageDecoding.h"
-#include "base/TextDecoding.h"
-#include "base/UriList.h"
 
-#include <xcb/xfixes.h>
+#include <chrono>
 
 namespace corvatto {
+namespace {
 
-X11Pasteboard::X11Pasteboard(XcbConnection& connection, const SelectionLimits& limits)
-    : m_connection(connection), m_limits(limits), m_selection(connection.atom("CLIPBOARD")),
-      m_requestor(connection.createMessageWindow(XCB_EVENT_MASK_PROPERTY_CHANGE)),
+// Longer than the longest polling interval, so that whoever looks at a change finds its picture decoded.
+constexpr std::chrono::seconds decodedImageLifetime{6};
+
+// Marks what a clipboard manager offers in place of a clipboard that its owner has left.
+constexpr char replacesEmptyTarget[] = "application/x-kde-onlyReplaceEmpty";
+
+} // namespace
+
+X11Pasteboard::X11Pasteboard(XcbConnection& connection, Workspace& workspace,
+                             const ClipboardReadLimits& limits)
+    : m_connection(connection), m_workspace(workspace), m_limits(limits),
+      m_selection(connection.atom("CLIPBOARD")), m_managerSelection(connection.atom("CLIPBOARD_MANAGER")),
+      m_requestor(connection.createMessageWindow(XCB_EVENT_MASK_PROPERTY_CHANGE)), m_properties(connection),
       m_owner(connection, m_selection) {
-    m_emptying.setSingleShot(true);
-    m_emptying.callOnTimeout([this] { offer(); });
+    m_clearWithoutWrite.setSingleShot(true);
+    m_clearWithoutWrite.callOnTimeout([this] { offer(); });
+    m_forgetImage.setSingleShot(true);
+    m_forgetImage.setInterval(decodedImageLifetime);
+    m_forgetImage.callOnTimeout([this] { m_image.reset(); });
+    watchSelections();
+}
 
+X11Pasteboard::~X11Pasteboard() {
+    m_reading.reset();
+    m_connection.removeListener(*this);
+    xcb_destroy_window(m_connection.raw(), m_requestor);
+    m_connection.flush();
+}
+
+void X11Pasteboard::watchSelections() {
     xcb_connection_t* raw = m_connection.raw();
     const xcb_query_extension_reply_t* extension = xcb_get_extension_data(raw, &xcb_xfixes_id);
     if (extension == nullptr || extension->present == 0) {
@@ -26,18 +48,15 @@ X11Pasteboard::X11Pasteboard(XcbConnection& connection, const SelectionLimits& l
     const XcbPointer<xcb_xfixes_query_version_reply_t> version(xcb_xfixes_query_version_reply(
         raw, xcb_xfixes_query_version(raw, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION), nullptr));
     m_connection.addListener(*this);
-    xcb_xfixes_select_selection_input(raw, m_requestor, m_selection,
-                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
-                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
-                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    constexpr quint32 everyChange = XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                    XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                    XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE;
+    xcb_xfixes_select_selection_input(raw, m_requestor, m_selection, everyChange);
+    xcb_xfixes_select_selection_input(raw, m_requestor, m_managerSelection, everyChange);
+    const XcbPointer<xcb_get_selection_owner_reply_t> manager(
+        xcb_get_selection_owner_reply(raw, xcb_get_selection_owner(raw, m_managerSelection), nullptr));
+    m_manager = manager ? manager->owner : xcb_window_t{XCB_NONE};
     readInitialContent();
-}
-
-X11Pasteboard::~X11Pasteboard() {
-    m_reader.reset();
-    m_connection.removeListener(*this);
-    xcb_destroy_window(m_connection.raw(), m_requestor);
-    m_connection.flush();
 }
 
 void X11Pasteboard::readInitialContent() {
@@ -46,7 +65,7 @@ void X11Pasteboard::readInitialContent() {
     const XcbPointer<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(raw, xcb_get_selection_owner(raw, m_selection), nullptr));
     if (owner && owner->owner != XCB_NONE) {
-        read({owner->owner, XCB_CURRENT_TIME}, false);
+        read({owner->owner, XCB_CURRENT_TIME}, Meaning::noChange);
     }
     m_connection.flush();
 }
@@ -56,87 +75,119 @@ void X11Pasteboard::handleEvent(const xcb_generic_event_t& event) {
         return;
     }
     const auto& notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
-    if (notify.selection != m_selection) {
-        return;
+    if (notify.selection == m_managerSelection) {
+        m_manager = notify.owner;
+    } else if (notify.selection == m_selection) {
+        ownershipChanged(notify);
     }
-    const bool isTakeover = notify.subtype == XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER;
-    if (isTakeover && notify.owner == m_owner.window()) {
-        --m_unannouncedTakeovers;
-        m_ownership = {notify.owner, notify.selection_timestamp};
-        m_owner.setAcquisitionTime(notify.selection_timestamp);
-    } else if (m_unannouncedTakeovers > 0) {
+}
+
+void X11Pasteboard::ownershipChanged(const xcb_xfixes_selection_notify_event_t& event) {
+    const bool isTakeover = event.subtype == XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER;
+    if (isTakeover && event.owner == m_owner.window()) {
+        m_ownership = {event.owner, event.selection_timestamp};
+        m_owner.takeoverAnnounced(event.selection_timestamp);
+    } else if (m_owner.hasUnannouncedTakeover()) {
         return; // overtaken by our own write
     } else if (isTakeover) {
-        announced({notify.owner, notify.selection_timestamp});
+        announced({event.owner, event.selection_timestamp});
     } else {
         ownerGone();
     }
 }
 
 void X11Pasteboard::announced(const Ownership& ownership) {
+    // An owner that takes over again at the same time, to the millisecond, is not read again: one that does
+    // so without end would be read without end.
     if (ownership == m_ownership) {
-        return; // announced again, with nothing new to read
+        return;
     }
     m_ownership = ownership;
     if (ownership.owner == XCB_NONE) {
-        m_reader.reset();
-        m_content = {};
+        m_reading.reset();
+        m_isOwnerGone = false;
+        setContent({});
         ++m_changeCount;
     } else {
-        read(ownership, true);
+        read(ownership, Meaning::aChange);
     }
 }
 
-void X11Pasteboard::read(const Ownership& ownership, bool isChange) {
-    // A change that is overtaken by the next one before it was read is not there any more to be recorded.
-    m_emptying.stop();
-    m_content = {};
-    m_ownerGone = false;
-    m_reader = std::make_unique<SelectionReader>(m_connection, m_requestor, m_selection, ownership.since,
-                                                 m_limits, [this, isChange](ClipboardContent content) {
-                                                     m_reader.reset();
-                                                     m_content = std::move(content);
-                                                     m_changeCount += isChange ? 1 : 0;
-                                                     offerAgain();
-                                                 });
+void X11Pasteboard::read(const Ownership& ownership, Meaning meaning) {
+    // A change that is overtaken by the next one before it was read is not there any more to be recorded. The
+    // change before stays what it is until the new one is complete.
+    m_clearWithoutWrite.stop();
+    m_isOwnerGone = false;
+    const QString source = meaning == Meaning::aChange ? m_workspace.frontmostApplicationName() : QString();
+    const bool isByManager = isOwnedByManager();
+    auto selection = std::make_unique<SelectionSource>(
+        m_connection, m_properties, SelectionSource::Ownership{m_requestor, m_selection, ownership.since},
+        m_limits.silence);
+    m_reading = std::make_unique<ClipboardReading>(
+        std::move(selection), m_limits,
+        [this, meaning, source, isByManager](ClipboardContent content, std::optional<Image> image) {
+            const auto ended = std::move(m_reading); // it makes this call
+            // A manager that goes on offering what the user has copied before makes no new copy of it.
+            const bool isRescue =
+                (isByManager || ended->isOffered(replacesEmptyTarget)) && content.isSameCopyAs(m_content);
+            readingEnded(isRescue ? Meaning::noChange : meaning, std::move(content), std::move(image));
+            m_sourceApplication = isRescue ? m_sourceApplication : source;
+        });
+}
+
+// Whether the owner is the desktop's clipboard manager, to which programs that exit hand their content.
+bool X11Pasteboard::isOwnedByManager() const {
+    return m_manager != XCB_NONE && m_connection.isOfSameClient(m_manager, m_ownership.owner);
+}
+
+void X11Pasteboard::readingEnded(Meaning meaning, ClipboardContent content, std::optional<Image> image) {
+    setContent(std::move(content), std::move(image));
+    m_changeCount += meaning == Meaning::aChange ? 1 : 0;
+    offerAgain();
+}
+
+void X11Pasteboard::setContent(ClipboardContent content, std::optional<Image> image) {
+    m_content = std::move(content);
+    m_image = std::move(image);
+    if (m_image) {
+        m_forgetImage.start();
+    }
 }
 
 void X11Pasteboard::ownerGone() {
-    m_ownerGone = true;
+    m_isOwnerGone = true;
     m_ownership = {};
-    if (m_reader) {
-        m_reader->ownerGone();
+    if (m_reading) {
+        m_reading->ownerGone();
     } else {
         offerAgain();
     }
 }
 
 void X11Pasteboard::offerAgain() {
-    if (m_ownerGone && !m_content.isEmpty() && m_owner.offerIfUnowned(m_content)) {
-        ++m_unannouncedTakeovers;
-        m_ownerGone = false;
+    if (m_isOwnerGone && !m_content.isEmpty() && m_owner.offerIfUnowned(m_content)) {
+        m_isOwnerGone = false;
     }
 }
 
 void X11Pasteboard::offer() {
     m_owner.offer(m_content);
-    ++m_unannouncedTakeovers;
-    m_ownerGone = false;
+    m_isOwnerGone = false;
 }
 
 void X11Pasteboard::clearContents() {
-    m_reader.reset();
-    m_content = {};
+    m_reading.reset();
+    setContent({});
     ++m_changeCount;
     // A write usually follows at once. Other programs then see one change, and not an empty clipboard in
     // between, which some clipboard managers would fill with what they remember.
-    m_emptying.start(0);
+    m_clearWithoutWrite.start(0);
 }
 
 void X11Pasteboard::write(ClipboardContent content) {
-    m_emptying.stop();
-    m_reader.reset();
-    m_content = std::move(content);
+    m_clearWithoutWrite.stop();
+    m_reading.reset();
+    setContent(std::move(content));
     ++m_changeCount;
     offer();
 }
@@ -154,34 +205,27 @@ void X11Pasteboard::writeImage(const Image& image) {
 }
 
 void X11Pasteboard::handOver(std::function<void()> done) {
-    if (m_handOver) {
+    if (m_save) {
         return; // whoever asks again and again must not put off the end
     }
-    const bool isOurs = m_ownership.owner == m_owner.window() && !m_content.isEmpty();
-    if (isOurs) {
-        m_handOver = std::make_unique<ClipboardHandOver>(m_connection, m_owner.window(), std::move(done));
+    const bool isOurs = m_ownership.owner == m_owner.window() || m_owner.hasUnannouncedTakeover();
+    if (isOurs && !m_content.isEmpty()) {
+        m_save = std::make_unique<ClipboardManagerSave>(m_connection, m_owner.window(), std::move(done));
     } else {
         QTimer::singleShot(0, &m_connection, std::move(done));
     }
 }
 
 QList<QUrl> X11Pasteboard::fileURLs() const {
-    const QList<QUrl> urls = fileURLsFromUriList(m_content.uriList);
-    return urls.isEmpty() ? fileURLsFromGnomeCopiedFiles(m_content.gnomeCopiedFiles) : urls;
+    return m_content.fileURLs();
 }
 
 std::optional<Image> X11Pasteboard::image() const {
-    if (m_content.imageBytes.isNull()) {
-        return std::nullopt;
+    if (m_image || m_content.imageBytes.isNull()) {
+        return m_image;
     }
     auto pixels = decodeImage(m_content.imageBytes);
-    if (!pixels) {
-        printLine(QStringLiteral("[Pasteboard] ERROR: Cannot decode %1 of %2 bytes.")
-                      .arg(QString::fromUtf8(m_content.imageType))
-                      .arg(m_content.imageBytes.size()));
-        return std::nullopt;
-    }
-    return Image(std::move(*pixels));
+    return pixels ? std::optional(Image(std::move(*pixels))) : std::nullopt;
 }
 
 std::optional<QByteArray> X11Pasteboard::imageData(ImageType type) const {
@@ -193,15 +237,15 @@ std::optional<QByteArray> X11Pasteboard::imageData(ImageType type) const {
 }
 
 std::optional<QString> X11Pasteboard::string() const {
-    if (m_content.textBytes.isNull()) {
+    auto text = m_content.text();
+    if (!text) {
         return std::nullopt;
     }
-    DecodedText decoded = decodeText(m_content.textTarget, m_content.textBytes);
-    if (decoded.hadInvalidBytes) {
+    if (text->hadInvalidBytes) {
         printLine(QStringLiteral("[Pasteboard] ERROR: %1 holds invalid bytes, which are replaced.")
                       .arg(QString::fromUtf8(m_content.textTarget)));
     }
-    return std::move(decoded.text);
+    return std::move(text->text);
 }
 
 } // namespace corvatto

@@ -41,6 +41,7 @@ XcbConnection::XcbConnection(xcb_connection_t* connection, int screen)
 
 XcbConnection::~XcbConnection() {
     m_notifier.setEnabled(false);
+    m_pending.clear(); // without an answer: those who asked have gone, or are going
     xcb_disconnect(m_connection);
 }
 
@@ -70,7 +71,7 @@ void XcbConnection::addListener(XcbEventListener& listener) {
 }
 
 void XcbConnection::removeListener(XcbEventListener& listener) {
-    // Only marked here: a listener may go while events are being delivered.
+    // Only marked here: it may be removed while events are being delivered.
     std::replace(m_listeners.begin(), m_listeners.end(), &listener, static_cast<XcbEventListener*>(nullptr));
 }
 
@@ -112,12 +113,15 @@ bool XcbConnection::deliverNextEvent() {
     // Type 0 is the error of a request that nobody waits for, such as one about a window that has gone
     // meanwhile.
     if (event->response_type != 0) {
+        ++m_deliveries; // a listener may open an alert, whose event loop delivers the next events
         for (std::size_t i = 0; i < m_listeners.size(); ++i) {
             if (m_listeners[i] != nullptr) {
                 m_listeners[i]->handleEvent(*event);
             }
         }
-        std::erase(m_listeners, nullptr);
+        if (--m_deliveries == 0) {
+            std::erase(m_listeners, nullptr);
+        }
     }
     return true;
 }

@@ -58,7 +58,17 @@ public:
     // Creates an unmapped window for messages, with the given event mask.
     xcb_window_t createMessageWindow(quint32 eventMask);
 
-    // Listeners are not owned and are removed before they die.
+    // Whether a window or another resource was created over this connection.
+    bool isOwnResource(quint32 id) const {
+        return isOfSameClient(id, xcb_get_setup(m_connection)->resource_id_base);
+    }
+
+    // Whether both were created by the same client of the server.
+    bool isOfSameClient(quint32 first, quint32 second) const {
+        return ((first ^ second) & ~xcb_get_setup(m_connection)->resource_id_mask) == 0;
+    }
+
+    // Listeners are not owned and are removed before they die. Both may happen while an event is delivered.
     void addListener(XcbEventListener& listener);
     void removeListener(XcbEventListener& listener);
 
@@ -90,7 +100,8 @@ private:
     xcb_window_t m_root = XCB_NONE;
     QSocketNotifier m_notifier;
     QHash<QByteArray, xcb_atom_t> m_atoms;
-    std::vector<XcbEventListener*> m_listeners;
+    std::vector<XcbEventListener*> m_listeners; // null: removed
+    int m_deliveries = 0;                       // of events, one inside another
     std::deque<PendingReply> m_pending;
     bool m_pumpScheduled = false;
 };

@@ -1,6 +1,6 @@
 // Reading a selection from owners that keep to no rules, on a server of its own. The owner is a connection of
 // the test's, so that the test decides what has happened on the server before the reader hears of any of it.
-#include "platform/x11/SelectionReader.h"
+#include "platform/x11/SelectionSource.h"
 
 #include "base/ImageDecoding.h"
 #include "endtoend/Process.h"
@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 namespace corvatto::test {
 namespace {
 
-using Outcome = SelectionTransfer::Outcome;
+using Outcome = TransferOutcome;
 
 class SelectionTransferTest : public ::testing::Test, public XcbEventListener {
 protected:
@@ -30,6 +30,7 @@ protected:
         qputenv("DISPLAY", display);
         owner = std::make_unique<XConnection>(display);
         connection = XcbConnection::open();
+        properties.emplace(*connection);
         connection->addListener(*this);
         requestor = connection->createMessageWindow(XCB_EVENT_MASK_PROPERTY_CHANGE);
         waitForServer();
@@ -50,6 +51,16 @@ protected:
         }
     }
 
+    std::unique_ptr<ClipboardReading> startReading(const ClipboardReadLimits& limits) {
+        content.reset();
+        auto source = std::make_unique<SelectionSource>(
+            *connection, *properties,
+            SelectionSource::Ownership{requestor, owner->atom("CLIPBOARD"), XCB_CURRENT_TIME},
+            limits.silence);
+        return std::make_unique<ClipboardReading>(
+            std::move(source), limits,
+            [this](ClipboardContent read, const std::optional<Image>&) { content = std::move(read); });
+    }
     // Until it has taken what the reader has asked for.
     void waitForServer() {
         xcb_connection_t* raw = connection->raw();
@@ -60,9 +71,9 @@ protected:
             *connection,
             SelectionTransfer::Request{requestor, owner->atom("CLIPBOARD"), owner->atom("UTF8_STRING"),
                                        owner->atom("ANSWER"), XCB_CURRENT_TIME, 1 << 20, 1s},
-            [this](Outcome how, const QByteArray& what) {
-                outcome = how;
-                bytes = what;
+            [this](const SelectionTransfer::Result& result) {
+                outcome = result.outcome;
+                bytes = result.bytes;
             });
         waitForServer();
     }
@@ -148,6 +159,7 @@ protected:
     Process server;
     std::unique_ptr<XConnection> owner;
     std::unique_ptr<XcbConnection> connection;
+    std::optional<TransferProperties> properties;
     xcb_window_t requestor;
     std::unique_ptr<SelectionTransfer> transfer;
     int announcements = 0;
@@ -181,9 +193,7 @@ TEST_F(SelectionTransferTest, PiecesAreReadInTheirTime) {
 }
 
 TEST_F(SelectionTransferTest, AnOwnerThatTricklesRunsOutOfTime) {
-    const SelectionLimits limits{.silence = 5s, .altogether = 300ms};
-    SelectionReader reader(*connection, requestor, owner->atom("CLIPBOARD"), XCB_CURRENT_TIME, limits,
-                           [this](ClipboardContent read) { content = std::move(read); });
+    const auto reading = startReading({.silence = 5s, .total = 300ms});
     const auto put = [this](xcb_atom_t property, const char* type, quint32 value, quint8 format) {
         xcb_change_property(owner->raw(), XCB_PROP_MODE_REPLACE, requestor, property, owner->atom(type),
                             format, 1, &value);
@@ -247,13 +257,10 @@ TEST_F(SelectionTransferTest, OwnersWithoutRules) {
     };
     int withContent = 0;
     for (int round = 0; round < 150; ++round) {
-        const SelectionLimits limits{
-            .silence = 10ms, .altogether = 30ms, .textBytes = 4000, .imageBytes = 4000};
-        content.reset();
         QElapsedTimer time;
         time.start();
-        SelectionReader reader(*connection, requestor, owner->atom("CLIPBOARD"), XCB_CURRENT_TIME, limits,
-                               [this](ClipboardContent read) { content = std::move(read); });
+        const auto reading =
+            startReading({.silence = 10ms, .total = 30ms, .textBytes = 4000, .imageBytes = 4000});
         ASSERT_TRUE(soonRead(answerSomehow, goOnSometimes)) << round;
         EXPECT_LT(time.elapsed(), 1000) << round;
         withContent += content->isEmpty() ? 0 : 1;

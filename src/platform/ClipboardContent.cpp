@@ -1,5 +1,7 @@
-#include "platform/x11/ClipboardContent.h"
+#include "platform/ClipboardContent.h"
 
+#include "base/FilePath.h"
+#include "base/TextDecoding.h"
 #include "base/UriList.h"
 
 #include <QStringList>
@@ -29,7 +31,6 @@ ClipboardContent ClipboardContent::ofFileURLs(const QList<QUrl>& urls) {
     }
     ClipboardContent content = ofText(paths.join(QLatin1Char('\n')));
     content.uriList = present(uriListFromFileURLs(urls));
-    content.gnomeCopiedFiles = gnomeCopiedFilesFromFileURLs(urls);
     return content;
 }
 
@@ -42,6 +43,31 @@ ClipboardContent ClipboardContent::ofImage(const Image& image) {
 
 bool ClipboardContent::isEmpty() const {
     return uriList.isNull() && gnomeCopiedFiles.isNull() && imageBytes.isNull() && textBytes.isNull();
+}
+
+QList<QUrl> ClipboardContent::fileURLs() const {
+    const QList<QUrl> urls = fileURLsFromUriList(uriList);
+    return urls.isEmpty() ? fileURLsFromGnomeCopiedFiles(gnomeCopiedFiles) : urls;
+}
+
+std::optional<ClipboardContent::Text> ClipboardContent::text() const {
+    if (textBytes.isNull()) {
+        return std::nullopt;
+    }
+    DecodedText decoded = decodeText(textTarget, textBytes);
+    return Text{std::move(decoded.text), decoded.hadInvalidBytes};
+}
+
+bool ClipboardContent::isSameCopyAs(const ClipboardContent& other) const {
+    const QList<QUrl> urls = fileURLs();
+    if (const QList<QUrl> otherUrls = other.fileURLs(); !urls.isEmpty() || !otherUrls.isEmpty()) {
+        return urls == otherUrls;
+    }
+    const auto mine = text(), others = other.text();
+    if (mine || others) {
+        return mine && others && mine->text == others->text;
+    }
+    return !imageBytes.isNull() && imageBytes == other.imageBytes;
 }
 
 } // namespace corvatto

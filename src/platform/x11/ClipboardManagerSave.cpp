@@ -1,4 +1,4 @@
-#include "platform/x11/ClipboardHandOver.h"
+#include "platform/x11/ClipboardManagerSave.h"
 
 #include <chrono>
 #include <utility>
@@ -6,35 +6,35 @@
 namespace corvatto {
 namespace {
 
-constexpr std::chrono::seconds patience{2};
+constexpr std::chrono::seconds replyTimeout{2};
 
 } // namespace
 
-ClipboardHandOver::ClipboardHandOver(XcbConnection& connection, xcb_window_t owner,
-                                     std::function<void()> done)
+ClipboardManagerSave::ClipboardManagerSave(XcbConnection& connection, xcb_window_t owner,
+                                           std::function<void()> done)
     : m_connection(connection), m_owner(owner), m_manager(connection.atom("CLIPBOARD_MANAGER")),
       m_done(std::move(done)) {
     m_connection.addListener(*this);
-    m_patience.setSingleShot(true);
-    m_patience.callOnTimeout([this] { finish(); });
+    m_replyTimeout.setSingleShot(true);
+    m_replyTimeout.callOnTimeout([this] { finish(); });
     xcb_connection_t* raw = m_connection.raw();
     const XcbPointer<xcb_get_selection_owner_reply_t> manager(
         xcb_get_selection_owner_reply(raw, xcb_get_selection_owner(raw, m_manager), nullptr));
     if (!manager || manager->owner == XCB_NONE) {
-        m_patience.start(0);
+        m_replyTimeout.start(0);
         return;
     }
     xcb_convert_selection(raw, m_owner, m_manager, m_connection.atom("SAVE_TARGETS"),
                           m_connection.atom("CORVATTO_SAVE_TARGETS"), XCB_CURRENT_TIME);
     m_connection.flush();
-    m_patience.start(patience);
+    m_replyTimeout.start(replyTimeout);
 }
 
-ClipboardHandOver::~ClipboardHandOver() {
+ClipboardManagerSave::~ClipboardManagerSave() {
     m_connection.removeListener(*this);
 }
 
-void ClipboardHandOver::handleEvent(const xcb_generic_event_t& event) {
+void ClipboardManagerSave::handleEvent(const xcb_generic_event_t& event) {
     if ((event.response_type & 0x7F) != XCB_SELECTION_NOTIFY) {
         return;
     }
@@ -44,8 +44,8 @@ void ClipboardHandOver::handleEvent(const xcb_generic_event_t& event) {
     }
 }
 
-void ClipboardHandOver::finish() {
-    m_patience.stop();
+void ClipboardManagerSave::finish() {
+    m_replyTimeout.stop();
     if (const auto done = std::exchange(m_done, nullptr)) {
         done();
     }

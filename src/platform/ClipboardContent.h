@@ -1,6 +1,6 @@
 // The flavours of a clipboard that the history keeps: the list of files, one image, one text, as raw bytes.
 //
-// It is what a read collects, what answers the program's own questions, and what is offered to other
+// It is what a reading collects, what answers the program's own questions, and what is offered to other
 // programs.
 #pragma once
 
@@ -12,10 +12,11 @@
 
 namespace corvatto {
 
+// A null array is an absent flavour. Main thread.
 struct ClipboardContent {
-    // A null array is an absent flavour.
     QByteArray uriList;          // text/uri-list
     QByteArray gnomeCopiedFiles; // x-special/gnome-copied-files
+    bool filesAreCut = false;    // pasting moves them
     QByteArray imageType;        // the MIME type of imageBytes
     QByteArray imageBytes;
     QByteArray textTarget; // the target name that tells how textBytes are encoded
@@ -26,6 +27,20 @@ struct ClipboardContent {
     static ClipboardContent ofImage(const Image& image);
 
     bool isEmpty() const;
+
+    // The copied files in the order of the list; URLs of other schemes are left out.
+    QList<QUrl> fileURLs() const;
+
+    // Decodes the text at each call. Absent when there is none.
+    struct Text {
+        QString text;
+        bool hadInvalidBytes;
+    };
+    std::optional<Text> text() const;
+
+    // Whether a person would take both for the same copy: equal files, or without any equal texts, or without
+    // any equal images, however they are encoded. Decodes images only where their bytes differ.
+    bool isSameCopyAs(const ClipboardContent& other) const;
 };
 
 } // namespace corvatto

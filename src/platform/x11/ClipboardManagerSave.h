@@ -12,11 +12,11 @@ namespace corvatto {
 
 // The manager reads the content like any other program does, so the event loop has to run until `done` is
 // called: when the manager has answered, or after two seconds, or at once when there is none. Main thread.
-class ClipboardHandOver : public XcbEventListener {
+class ClipboardManagerSave : public XcbEventListener {
 public:
     // `owner` is the window that owns the clipboard.
-    ClipboardHandOver(XcbConnection& connection, xcb_window_t owner, std::function<void()> done);
-    ~ClipboardHandOver() override;
+    ClipboardManagerSave(XcbConnection& connection, xcb_window_t owner, std::function<void()> done);
+    ~ClipboardManagerSave() override;
 
     void handleEvent(const xcb_generic_event_t& event) override;
 
@@ -27,7 +27,7 @@ private:
     xcb_window_t m_owner;
     xcb_atom_t m_manager;
     std::function<void()> m_done;
-    QTimer m_patience;
+    QTimer m_replyTimeout;
 };
 
 } // namespace corvatto

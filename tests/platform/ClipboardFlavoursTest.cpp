@@ -1,0 +1,144 @@
+// Which flavours are asked for and offered, whatever the display system.
+#include "platform/ClipboardOffer.h"
+#include "platform/ClipboardReadPlan.h"
+
+#include "base/FilePath.h"
+#include "base/ImageDecoding.h"
+#include "support/CapturedOutput.h"
+
+#include <QBuffer>
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace corvatto {
+namespace {
+
+const QByteArray png = Image(QImage(3, 2, QImage::Format_ARGB32)).pngData();
+const QByteArray file = "file:///a.txt\r\n";
+
+// An owner whose flavours are as given, or which refuses what is null. Returns what it is asked for, in
+// order.
+QByteArrayList asked(const std::map<QByteArray, QByteArray>& owner, ClipboardContent* read = nullptr,
+                     TransferOutcome failure = TransferOutcome::refused) {
+    const ClipboardReadLimits limits;
+    QByteArrayList offered, requests;
+    for (const auto& [target, bytes] : owner) {
+        offered.append(target);
+    }
+    ClipboardReadPlan plan(offered, limits);
+    while (const auto request = plan.nextRequest()) {
+        requests.append(request->target);
+        const QByteArray& bytes = owner.at(request->target);
+        plan.answered(bytes.isNull() ? failure : TransferOutcome::complete, bytes);
+        if (request->kind == ClipboardReadPlan::Kind::image && !bytes.isNull()) {
+            plan.imageDecoded(bytes, bytes == png);
+        }
+    }
+    if (read != nullptr) {
+        *read = plan.content();
+    }
+    return requests;
+}
+
+using Names = QByteArrayList;
+
+TEST(ClipboardReadPlan, AsksForFilesBeforeAnImageAndForTheBestOfEachKind) {
+    EXPECT_EQ(asked({{"TARGETS", ""}, {"text/html", ""}}), Names());
+    EXPECT_EQ(asked({{"STRING", ""}, {"UTF8_STRING", ""}, {"text/plain", ""}}), Names({"UTF8_STRING"}));
+    EXPECT_EQ(asked({{"image/bmp", png}, {"image/tiff", png}, {"image/png", png}, {"text/plain", "x"}}),
+              Names({"image/png", "text/plain"}));
+    // Beside files an image is their icon. A file manager's own list is asked for only without the general
+    // one.
+    EXPECT_EQ(
+        asked(
+            {{"text/uri-list", file}, {"x-special/gnome-copied-files", "cut\n" + file}, {"image/png", png}}),
+        Names({"text/uri-list"}));
+    EXPECT_EQ(asked({{"text/uri-list", "https://example.org\r\n"},
+                     {"x-special/mate-copied-files", "cut\n" + file}}),
+              Names({"text/uri-list", "x-special/mate-copied-files"}));
+    EXPECT_EQ(asked({{"text/uri-list", "https://example.org\r\n"}, {"image/png", png}}),
+              Names({"text/uri-list", "image/png"}));
+}
+
+TEST(ClipboardReadPlan, NeverAsksForASecret) {
+    const QByteArray hint = ClipboardReadPlan::secrecyHintTarget;
+    EXPECT_EQ(asked({{"UTF8_STRING", "hunter2"}, {hint, "secret"}}), Names({hint}));
+    EXPECT_EQ(asked({{"UTF8_STRING", "hunter2"}, {hint, QByteArray()}}), Names({hint})) << "cannot be read";
+    EXPECT_EQ(asked({{"UTF8_STRING", "hunted"}, {hint, "public"}}), Names({hint, "UTF8_STRING"}));
+}
+
+TEST(ClipboardReadPlan, ReadsTheNextFlavourWhenOneFails) {
+    test::CapturedOutput output;
+    ClipboardContent read;
+    asked({{"image/png", png.chopped(9)}, {"image/tiff", QByteArray()}, {"image/jpeg", png}}, &read);
+    EXPECT_EQ(read.imageType, "image/jpeg");
+    EXPECT_EQ(output.text(), "[Pasteboard] ERROR: image/png of " + QByteArray::number(png.size() - 9) +
+                                 " bytes is not a readable image.\n");
+    asked({{"UTF8_STRING", QByteArray()}, {"STRING", "x"}}, &read);
+    EXPECT_EQ(read.textTarget, "STRING");
+    // The same text in another encoding would be as late.
+    EXPECT_EQ(asked({{"UTF8_STRING", QByteArray()}, {"STRING", "x"}}, &read, TransferOutcome::timedOut),
+              Names({"UTF8_STRING"}));
+}
+
+// A drawing of formatted text is no picture, and pasting it would be no text.
+TEST(ClipboardReadPlan, TellsPicturesFromDrawingsOfText) {
+    const struct {
+        const char* owner;
+        QByteArrayList offered;
+        bool isPicture;
+    } cases[] = {
+        {"a spreadsheet's cells",
+         {"image/png", "image/bmp", "text/html", "text/rtf", "text/richtext", "text/plain"},
+         false},
+        {"text of a writer", {"application/rtf", "image/bmp", "UTF8_STRING"}, false},
+        {"a picture of a writer", {"image/png", "image/bmp", "text/rtf"}, true},
+        {"a browser's image", {"text/html", "image/png"}, true},
+        {"an image with its address", {"image/png", "UTF8_STRING", "text/plain"}, true},
+    };
+    for (const auto& [owner, offered, isPicture] : cases) {
+        std::map<QByteArray, QByteArray> flavours;
+        for (const QByteArray& target : offered) {
+            flavours[target] = target.startsWith("image/") ? png : "x";
+        }
+        EXPECT_EQ(asked(flavours).contains("image/png") || asked(flavours).contains("image/bmp"), isPicture)
+            << owner;
+    }
+}
+
+std::map<QByteArray, QByteArray> offered(const ClipboardContent& content) {
+    std::map<QByteArray, QByteArray> flavours;
+    for (const OfferedFlavour& flavour : offeredFlavours(content)) {
+        flavours[flavour.target] = flavour.bytes();
+    }
+    return flavours;
+}
+
+TEST(ClipboardOffer, OffersFilesToEveryFileManager) {
+    auto content = ClipboardContent::ofFileURLs({fileUrl("/a b"), fileUrl("/caf\xE9")});
+    EXPECT_EQ(offered(content)["text/uri-list"], "file:///a%20b\r\nfile:///caf%E9\r\n");
+    for (const char* list : {"x-special/gnome-copied-files", "x-special/mate-copied-files"}) {
+        EXPECT_EQ(offered(content)[list], "copy\nfile:///a%20b\nfile:///caf%E9") << list;
+    }
+    EXPECT_FALSE(offered(content).contains("application/x-kde-cutselection"));
+    content.filesAreCut = true; // as when the program that cut them has exited
+    EXPECT_EQ(offered(content)["x-special/mate-copied-files"], "cut\nfile:///a%20b\nfile:///caf%E9");
+    EXPECT_EQ(offered(content)["application/x-kde-cutselection"], "1");
+}
+
+TEST(ClipboardOffer, ComposesTransparencyOverWhiteForFormatsThatHaveNone) {
+    QImage clear(8, 8, QImage::Format_ARGB32);
+    clear.fill(Qt::transparent);
+    const auto flavours = offered(ClipboardContent::ofImage(Image(clear)));
+    for (const char* type : {"image/bmp", "image/jpeg"}) {
+        EXPECT_EQ(decodeImage(flavours.at(type))->pixelColor(4, 4), QColor(Qt::white)) << type;
+    }
+    for (const char* type : {"image/png", "image/tiff"}) {
+        EXPECT_EQ(decodeImage(flavours.at(type))->pixelColor(4, 4).alpha(), 0) << type;
+    }
+}
+
+} // namespace
+} // namespace corvatto
