@@ -46,18 +46,17 @@ HistoryViewModel& AppDelegate::viewModel() {
 
 HistoryWindowController& AppDelegate::windowController() {
     if (!m_windowController) {
-        m_windowController = std::make_unique<HistoryWindowController>(
-            viewModel(),
-            HistoryWindowController::Desktop{m_desktop.pasteboard, m_desktop.screens, m_desktop.panelWindows,
-                                             m_desktop.defaults, m_desktop.relativeTimes});
+        m_windowController =
+            std::make_unique<HistoryWindowController>(viewModel(), m_desktop.pasteboard, m_desktop.presenter,
+                                                      m_desktop.defaults, m_desktop.relativeTimes);
     }
     return *m_windowController;
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    // The program is there without a window to its name, and with one takes no room in the task bar.
+    // The program goes on when all its windows are hidden, and never appears in the task bar.
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    m_desktop.panelWindows.becomeAccessory();
+    m_desktop.presenter.becomeAccessory();
     registerLaunchDefaults(m_desktop.defaults);
 
     HistoryViewModel& model = viewModel();
@@ -103,7 +102,7 @@ void AppDelegate::applicationWillTerminate() {
 void AppDelegate::toggleHistoryWindow() {
     FloatingPanel* panel = windowController().window();
     if (panel != nullptr && panel->isVisible()) {
-        panel->orderOut();
+        m_desktop.presenter.hidePanel(*panel);
     } else {
         windowController().show();
     }
@@ -135,7 +134,7 @@ void AppDelegate::openPreferences() {
     }
     m_preferencesWindow->show();
     m_preferencesWindow->raise();
-    m_desktop.panelWindows.activate(*m_preferencesWindow);
+    m_desktop.presenter.activate(*m_preferencesWindow);
     m_preferencesWindow->centre(); // at every opening, wherever the user has moved it
 }
 

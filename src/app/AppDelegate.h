@@ -10,12 +10,11 @@
 #include "hotkey/HotKeyManager.h"
 #include "platform/Alerts.h"
 #include "platform/HotKeyCenter.h"
-#include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
 #include "platform/RelativeDateTimeFormatter.h"
-#include "platform/Screens.h"
 #include "platform/Tray.h"
 #include "platform/UserDefaults.h"
+#include "platform/WindowPresenter.h"
 #include "platform/Workspace.h"
 #include "settings/Preferences.h"
 #include "store/ClipboardStore.h"
@@ -32,9 +31,8 @@ struct Desktop {
     Pasteboard& pasteboard;
     Workspace& workspace;
     HotKeyCenter& hotKeyCenter;
-    Screens& screens;
     Tray& tray;
-    PanelWindows& panelWindows;
+    WindowPresenter& presenter;
     Alerts& alerts;
     const RelativeDateTimeFormatter& relativeTimes;
     QString version; // of the program

@@ -10,9 +10,9 @@
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtScreens.h"
 #include "platform/x11/X11HotKeyCenter.h"
-#include "platform/x11/X11PanelWindows.h"
 #include "platform/x11/X11Pasteboard.h"
 #include "platform/x11/X11Tray.h"
+#include "platform/x11/X11WindowPresenter.h"
 #include "platform/x11/X11Workspace.h"
 #include "settings/ProductAddresses.h"
 #include "update/UpdateChecker.h"
@@ -167,9 +167,9 @@ int main(int argc, char** argv) {
     X11Workspace workspace(*connection);
     X11Pasteboard pasteboard(*connection, workspace);
     X11HotKeyCenter hotKeyCenter(*connection);
-    X11PanelWindows panelWindows(*connection);
     X11Tray tray(*connection);
     QtScreens screens;
+    X11WindowPresenter presenter(*connection, screens);
     QtAlerts alerts;
     const IcuRelativeDateTimeFormatter relativeTimes(QLocale::system().bcp47Name());
 
@@ -177,9 +177,8 @@ int main(int argc, char** argv) {
                                 QStringLiteral(CORVATTO_VERSION));
     UpdateChecker::install(updateChecker);
 
-    AppDelegate delegate({applicationSupportDirectory(), defaults, pasteboard, workspace, hotKeyCenter,
-                          screens, tray, panelWindows, alerts, relativeTimes,
-                          QStringLiteral(CORVATTO_VERSION)});
+    AppDelegate delegate({applicationSupportDirectory(), defaults, pasteboard, workspace, hotKeyCenter, tray,
+                          presenter, alerts, relativeTimes, QStringLiteral(CORVATTO_VERSION)});
     QObject::connect(&application, &QApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
     QObject::connect(connection.get(), &XcbConnection::disconnected, &application, [] {

@@ -10,8 +10,8 @@
 
 namespace corvatto {
 
-// A dialog to the window manager: tiling ones let it float, and none hides it when another program comes to
-// the front, as some do with tool windows.
+// To the window manager it is a dialog: tiling managers let dialogs float, and none hides them when another
+// program comes to the front, as some do with tool windows.
 FloatingPanel::FloatingPanel(QWidget* content)
     : QWidget(nullptr, Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
     setWindowTitle(QStringLiteral("Corvatto"));
@@ -24,31 +24,28 @@ FloatingPanel::FloatingPanel(QWidget* content)
     layout->addWidget(content);
 }
 
-void FloatingPanel::orderFront() {
-    show();
-    raise();
+void FloatingPanel::showEvent(QShowEvent* /*event*/) {
     // Shown again within moments of being hidden, the panel's window still counts as the one with the focus,
-    // because Qt believes in a loss of focus only after a while; but the widget was deactivated when it was
-    // hidden. The focus that now arrives is then no news to Qt, and nothing would make the panel active
+    // because Qt reports a loss of focus only after a while; but the widget was deactivated when it was
+    // hidden. The focus that now arrives is then no change to Qt, and nothing would make the panel active
     // again.
     if (QGuiApplication::focusWindow() != nullptr && QGuiApplication::focusWindow() == windowHandle()) {
         QApplication::setActiveWindow(this);
     }
 }
 
-void FloatingPanel::orderOut() {
-    hide();
-    // The panel is hidden nearly always, and what it looked like takes megabytes. It is drawn anew when it is
-    // shown.
-    if (QBackingStore* picture = backingStore()) {
-        picture->resize(QSize(1, 1));
-    }
+void FloatingPanel::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    Q_EMIT closeRequested();
 }
 
-void FloatingPanel::closeEvent(QCloseEvent* event) {
-    // A window manager's "close" hides the panel like Escape does; the panel lives as long as the program.
-    event->ignore();
-    orderOut();
+void FloatingPanel::hideEvent(QHideEvent* event) {
+    // The panel is hidden nearly always, and its picture takes megabytes. It is painted anew when it is
+    // shown.
+    QBackingStore* picture = backingStore();
+    if (picture != nullptr && !event->spontaneous()) {
+        picture->resize(QSize(1, 1));
+    }
 }
 
 } // namespace corvatto

@@ -12,16 +12,16 @@ public:
     // Takes ownership of `content`, which fills the panel whatever its size.
     explicit FloatingPanel(QWidget* content);
 
-    // Shows the panel above its siblings, ready to take the keyboard.
-    void orderFront();
-
-    // Hides the panel without closing it.
-    void orderOut();
-
     bool isKeyWindow() const { return isActiveWindow(); }
 
+Q_SIGNALS:
+    // The window manager wants the panel closed. It lives as long as the program, and can only be hidden.
+    void closeRequested();
+
 protected:
+    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 };
 
 } // namespace corvatto

@@ -8,9 +8,8 @@
 #include "support/CapturedOutput.h"
 #include "support/Eventually.h"
 #include "support/FakeAlerts.h"
-#include "support/FakePanelWindows.h"
 #include "support/FakeRelativeTimes.h"
-#include "support/FakeScreens.h"
+#include "support/FakeWindowPresenter.h"
 #include "support/FakeWorkspace.h"
 #include "update/UpdateChecker.h"
 
@@ -21,26 +20,17 @@
 namespace corvatto {
 namespace {
 
-constexpr Screen left{{0, 0, 1000, 1000}, {0, 30, 1000, 900}};
-constexpr Screen right{{1000, 0, 800, 1200}, {1000, 0, 800, 1200}};
-
 class Window : public test::HistoryTest {
 protected:
-    test::FakeScreens screens;
-    test::FakePanelWindows panelWindows;
+    test::FakeWindowPresenter presenter;
     test::FakeRelativeTimes relativeTimes;
-    std::optional<HistoryWindowController> controller;
+    HistoryWindowController controller{viewModel, pasteboard, presenter, defaults, relativeTimes};
 
-    void SetUp() override {
-        screens.all = {left, right};
-        screens.main = left;
-        controller.emplace(viewModel, HistoryWindowController::Desktop{pasteboard, screens, panelWindows,
-                                                                       defaults, relativeTimes});
-    }
-    FloatingPanel& panel() { return *controller->window(); }
+    void SetUp() override {} // the panel is what is dismissed
+    FloatingPanel& panel() { return *controller.window(); }
     SearchField& field() { return panel().findChild<HistoryView*>()->searchField(); }
     void show() {
-        controller->show();
+        controller.show();
         ASSERT_TRUE(test::eventually([this] { return panel().isKeyWindow() && field().hasFocus(); }));
     }
     // A key press that arrives from the window system at the window with the keyboard.
@@ -48,29 +38,6 @@ protected:
         QTest::keyClick(QGuiApplication::focusWindow(), key, modifiers);
     }
 };
-
-TEST_F(Window, ThePanelOpensAlongTheBottomOfTheScreenUnderTheMouse) {
-    screens.all = {};
-    screens.main = std::nullopt;
-    controller->show(); // on nothing
-    EXPECT_EQ(controller->window(), nullptr);
-    screens.all = {left, right};
-    screens.main = left;
-    for (const auto& [mouse, screen] :
-         {std::pair(QPoint(999, 999), left), {{1000, 0}, right}, {{1799, 1199}, right}, {{1800, 5}, left}}) {
-        screens.mouse = mouse;
-        controller->show();
-        EXPECT_EQ(panel().geometry(), HistoryWindowController::panelFrame(screen.visibleFrame)) << mouse.x();
-    }
-    EXPECT_EQ(panelWindows.preparedHidden, 1) << "prepared while hidden; it stayed visible since";
-    screens.all = {};
-    screens.main = std::nullopt;
-    screens.didChange();
-    EXPECT_EQ(panel().geometry(), HistoryWindowController::panelFrame(left.visibleFrame)) << "nowhere to go";
-    screens.all = {right, left};
-    controller->show();
-    EXPECT_EQ(panel().geometry().left(), 1000) << "the first when there is no main screen";
-}
 
 TEST_F(Window, TheKeyboardMayBeAnywhereInThePanelButNotInOtherWindows) {
     record({"B", "A"});
@@ -96,6 +63,8 @@ TEST_F(Window, TheKeyboardMayBeAnywhereInThePanelButNotInOtherWindows) {
     press(Qt::Key_Return);
     EXPECT_TRUE(panel().isVisible());
     EXPECT_EQ(pasteboard.count, count);
+    panel().close(); // by the window manager
+    EXPECT_FALSE(panel().isVisible());
 }
 
 TEST_F(Window, KeysBelongToTheInputMethodWhileItComposes) {
@@ -135,13 +104,16 @@ TEST_F(Window, EveryHundredthOpeningMayCheckForUpdates) {
         defaults.setInteger(SettingsKeys::corvattoHistoryWindowOpenCount, at.opening - 1);
         defaults.setNumber(SettingsKeys::corvattoLastUpdateCheckAt, now - at.secondsSinceCheck);
         test::CapturedOutput output;
-        controller->show(); // visible already, from the second time on
+        controller.show(); // visible already, from the second time on
         EXPECT_EQ(defaults.integer(SettingsKeys::corvattoHistoryWindowOpenCount), at.opening);
         // A check of nothing fails as soon as the event loop runs, and says so in print only.
         test::eventually([&] { return !output.text().isEmpty(); }, std::chrono::milliseconds(100));
         EXPECT_EQ(output.text().count("ERROR (manual=false)"), at.checks) << at.opening;
     }
     EXPECT_TRUE(alerts.shown.empty());
+    presenter.hasScreen = false;
+    controller.show();
+    EXPECT_EQ(defaults.integer(SettingsKeys::corvattoHistoryWindowOpenCount), 300) << "shown nowhere";
 }
 
 } // namespace

@@ -1,0 +1,56 @@
+// Presents the program's windows to an X11 window manager: sets the states that Qt has no names for, and
+// asks for the keyboard.
+//
+// Window managers lose requests: states that are set while a hiding before is still on its way, and, at the
+// start of a session, the request to map the window. Both are asked for again.
+#pragma once
+
+#include "platform/Screens.h"
+#include "platform/WindowPresenter.h"
+#include "platform/x11/XcbConnection.h"
+
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+#include <array>
+
+namespace corvatto {
+
+class X11WindowPresenter : public QObject, public WindowPresenter {
+    Q_OBJECT
+
+public:
+    // Both outlive this, which takes the screens' `didChange`.
+    X11WindowPresenter(XcbConnection& connection, Screens& screens);
+    ~X11WindowPresenter() override;
+
+    void becomeAccessory() override;
+    bool showPanel(QWidget& panel) override;
+    void hidePanel(QWidget& panel) override;
+    void activate(QWidget& window) override;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void place(const Screen& screen);
+    void placeAgain();
+    void prepareStatesOfPanel();
+    void takeKeyboard();
+    void mapAgainIfLost();
+    bool isUnmapped() const;
+
+    std::array<xcb_atom_t, 4> panelStates() const; // the last two are an accessory's
+    void writeStates(const QWidget& window, const xcb_atom_t* states, quint32 count) const;
+    void sendToWindowManager(QWidget& window, const QByteArray& message,
+                             const std::array<quint32, 5>& data) const;
+
+    XcbConnection& m_connection;
+    Screens& m_screens;
+    QPointer<QWidget> m_panel; // the one that was shown last
+    QPoint m_screenOrigin;     // of the screen that it was placed on
+    QTimer m_mapCheck;
+    int m_mapAttemptsLeft = 0;
+};
+
+} // namespace corvatto
