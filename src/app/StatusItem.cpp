@@ -43,7 +43,7 @@ QIcon paperclipIcon() {
 
 } // namespace
 
-StatusItem::StatusItem(Tray& tray, Actions actions) : m_actions(std::move(actions)) {
+StatusItem::StatusItem(Tray& tray, Actions actions) : m_tray(tray), m_actions(std::move(actions)) {
     m_menu.addAction(QStringLiteral("显示历史"), m_actions.showHistory);
     m_menu.addSeparator();
     m_menu.addAction(QStringLiteral("清空所有历史"), m_actions.clearAll);
@@ -53,19 +53,19 @@ StatusItem::StatusItem(Tray& tray, Actions actions) : m_actions(std::move(action
     m_menu.addAction(QStringLiteral("关于"), m_actions.showAbout);
     m_menu.addSeparator();
     m_menu.addAction(QStringLiteral("退出"), m_actions.quit)->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
-    QObject::connect(&tray, &Tray::found, &m_menu, [this] { show(); });
-    tray.find();
+    QObject::connect(&m_tray, &Tray::available, &m_menu, [this] { show(); });
+    m_tray.startWatching();
 }
 
 void StatusItem::show() {
     m_icon.emplace(paperclipIcon());
     m_icon->setContextMenu(&m_menu);
     m_icon->setToolTip(QStringLiteral("Corvatto"));
-    // A plain click does what a click on a status item does: it opens the menu.
+    // The menu opens at any click, not only at one with the secondary button.
     QObject::connect(&*m_icon, &QSystemTrayIcon::activated, &m_menu,
                      [this](QSystemTrayIcon::ActivationReason reason) {
                          if (reason == QSystemTrayIcon::Trigger) {
-                             m_menu.popup(QCursor::pos());
+                             m_tray.openMenu(m_menu);
                          }
                      });
     m_icon->show();

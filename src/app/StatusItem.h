@@ -11,7 +11,7 @@
 
 namespace corvatto {
 
-// Shows up whenever there is a tray, also one that starts later. Main thread.
+// Appears as soon as there is a tray, and again when the tray restarts. Main thread.
 class StatusItem {
 public:
     // What the menu's entries do.
@@ -23,15 +23,16 @@ public:
         std::function<void()> quit;
     };
 
-    // The tray outlives the item.
+    // `tray` must outlive the item.
     StatusItem(Tray& tray, Actions actions);
 
 private:
     void show();
 
+    Tray& m_tray;
     Actions m_actions;
     QMenu m_menu;
-    std::optional<QSystemTrayIcon> m_icon; // absent while there has been no tray
+    std::optional<QSystemTrayIcon> m_icon; // absent until there has been a tray
 };
 
 } // namespace corvatto

@@ -3,18 +3,24 @@
 
 #include <QObject>
 
+class QMenu;
+
 namespace corvatto {
 
+// Main thread.
 class Tray : public QObject {
     Q_OBJECT
 
 public:
-    // Looks for a tray, and goes on looking while there is none.
-    virtual void find() = 0;
+    // Starts looking for a tray, and waits for one as long as there is none.
+    virtual void startWatching() = 0;
+
+    // Opens the menu of the icon that the user has just clicked, at the icon.
+    virtual void openMenu(QMenu& menu) = 0;
 
 Q_SIGNALS:
-    // There is one, and QSystemTrayIcon takes the right kind from now on. Once, from the event loop.
-    void found();
+    // There is a tray, and QSystemTrayIcon will choose the right kind. Emitted once, from the event loop.
+    void available();
 };
 
 } // namespace corvatto

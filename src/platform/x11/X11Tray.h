@@ -1,15 +1,13 @@
-// The tray of an X11 desktop: one that shows StatusNotifierItems, which is met on the session bus, or an
-// older one that embeds windows.
+// The tray of an X11 desktop: one that shows StatusNotifierItems, or an older one that embeds windows.
 //
-// Qt decides between the two once, for good, when the first icon is made, and by asking over the bus in a way
-// that waits for the answer. So no icon is to be made before there is a tray, nor while the one on the bus
-// does not answer.
+// Qt chooses between the two kinds once, when the first icon is created, and asks over the bus in a way that
+// blocks until the answer comes. So no icon may be created before there is a tray, nor while the one on the
+// bus does not answer.
 #pragma once
 
 #include "platform/Tray.h"
+#include "platform/freedesktop/StatusNotifierHost.h"
 #include "platform/x11/XcbConnection.h"
-
-#include <QDBusPendingCall>
 
 namespace corvatto {
 
@@ -21,21 +19,21 @@ public:
     explicit X11Tray(XcbConnection& connection);
     ~X11Tray() override;
 
-    void find() override;
+    void startWatching() override;
+    void openMenu(QMenu& menu) override;
+
     void handleEvent(const xcb_generic_event_t& event) override;
 
 private:
-    void followBus();
-    void followEmbeddingTrays();
-    Q_SLOT void look();
-    void announce();
-    void answered(const QDBusPendingCall& call);
+    void watchEmbeddingTrays();
     bool hasEmbeddingTray() const;
+    void handleAnswer(StatusNotifierHost::Status status);
 
     XcbConnection& m_connection;
     xcb_atom_t m_embeddingTray; // the selection that such a tray owns
     quint8 m_firstXFixesEvent = 0;
-    bool m_isFound = false;
+    StatusNotifierHost m_statusNotifierHost;
+    bool m_isAvailable = false;
 };
 
 } // namespace corvatto

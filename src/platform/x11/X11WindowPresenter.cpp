@@ -24,15 +24,15 @@ constexpr quint32 everyDesktop = 0xFFFFFFFF;
 // as input to our windows.
 constexpr quint32 sourceUser = 2;
 
-constexpr int mapAttempts = 5;
+constexpr int remapAttempts = 5;
 
 } // namespace
 
 X11WindowPresenter::X11WindowPresenter(XcbConnection& connection, Screens& screens)
     : m_connection(connection), m_screens(screens) {
-    m_mapCheck.setSingleShot(true);
-    m_mapCheck.setInterval(std::chrono::milliseconds(500));
-    m_mapCheck.callOnTimeout(this, &X11WindowPresenter::mapAgainIfLost);
+    m_remapTimer.setSingleShot(true);
+    m_remapTimer.setInterval(std::chrono::milliseconds(500));
+    m_remapTimer.callOnTimeout(this, &X11WindowPresenter::remapIfLost);
     m_screens.didChange = [this] {
         placeAgain();
     };
@@ -71,8 +71,8 @@ bool X11WindowPresenter::showPanel(QWidget& panel) {
     }
     panel.show();
     panel.raise();
-    m_mapAttemptsLeft = mapAttempts;
-    takeKeyboard();
+    m_remapAttemptsLeft = remapAttempts;
+    requestStatesAndFocus();
     return true;
 }
 
@@ -123,7 +123,7 @@ void X11WindowPresenter::writeStates(const QWidget& window, const xcb_atom_t* st
 
 // Requests the states once more, for a window manager that handles the previous hiding only now and removes
 // what was prepared.
-void X11WindowPresenter::takeKeyboard() {
+void X11WindowPresenter::requestStatesAndFocus() {
     constexpr quint32 add = 1;
     const auto states = panelStates();
     for (std::size_t i = 0; i < states.size(); i += 2) { // a message takes two
@@ -131,20 +131,20 @@ void X11WindowPresenter::takeKeyboard() {
     }
     sendToWindowManager(*m_panel, "_NET_WM_DESKTOP", {everyDesktop, sourceUser, 0, 0, 0});
     activate(*m_panel);
-    m_mapCheck.start();
+    m_remapTimer.start();
 }
 
 // At the start of a session the window manager may be starting too and miss the request to map the panel. One
 // that is only slow is not disturbed by a second request; hiding and showing instead would make the panel
 // flicker on a busy desktop, and the shortcut, pressed in between, would do the opposite of what was meant.
-void X11WindowPresenter::mapAgainIfLost() {
+void X11WindowPresenter::remapIfLost() {
     const bool maybeLost = m_panel && m_panel->isVisible() && !m_panel->windowHandle()->isExposed();
-    if (!maybeLost || m_mapAttemptsLeft == 0 || !isUnmapped()) {
+    if (!maybeLost || m_remapAttemptsLeft == 0 || !isUnmapped()) {
         return;
     }
-    --m_mapAttemptsLeft;
+    --m_remapAttemptsLeft;
     xcb_map_window(qtConnection(), static_cast<xcb_window_t>(m_panel->winId()));
-    takeKeyboard();
+    requestStatesAndFocus();
 }
 
 bool X11WindowPresenter::isUnmapped() const {

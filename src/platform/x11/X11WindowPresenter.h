@@ -36,8 +36,8 @@ private:
     void place(const Screen& screen);
     void placeAgain();
     void prepareStatesOfPanel();
-    void takeKeyboard();
-    void mapAgainIfLost();
+    void requestStatesAndFocus();
+    void remapIfLost();
     bool isUnmapped() const;
 
     std::array<xcb_atom_t, 4> panelStates() const; // the last two are an accessory's
@@ -49,8 +49,8 @@ private:
     Screens& m_screens;
     QPointer<QWidget> m_panel; // the one that was shown last
     QPoint m_screenOrigin;     // of the screen that it was placed on
-    QTimer m_mapCheck;
-    int m_mapAttemptsLeft = 0;
+    QTimer m_remapTimer;
+    int m_remapAttemptsLeft = 0;
 };
 
 } // namespace corvatto
