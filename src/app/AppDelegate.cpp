@@ -18,37 +18,37 @@ StoredHotKey rawHotKey(const UserDefaults& defaults) {
 
 } // namespace
 
-AppDelegate::AppDelegate(const Desktop& desktop)
-    : m_desktop(desktop), m_preferences(desktop.defaults),
-      m_store(desktop.applicationSupportDirectory, m_preferences) {}
+AppDelegate::AppDelegate(const Environment& environment, const Platform& platform)
+    : m_environment(environment), m_platform(platform), m_preferences(environment.defaults),
+      m_store(environment.applicationSupportDirectory, m_preferences) {}
 
 ClipboardMonitor& AppDelegate::monitor() {
     if (!m_monitor) {
-        m_monitor = std::make_unique<ClipboardMonitor>(m_store, m_desktop.pasteboard, m_desktop.workspace,
-                                                       m_desktop.defaults);
+        m_monitor = std::make_unique<ClipboardMonitor>(m_store, m_platform.pasteboard, m_platform.workspace,
+                                                       m_environment.defaults);
     }
     return *m_monitor;
 }
 
 HotKeyManager& AppDelegate::hotKeyManager() {
     if (!m_hotKeyManager) {
-        m_hotKeyManager = std::make_unique<HotKeyManager>(m_desktop.hotKeyCenter, m_desktop.defaults);
+        m_hotKeyManager = std::make_unique<HotKeyManager>(m_platform.hotKeyCenter, m_environment.defaults);
     }
     return *m_hotKeyManager;
 }
 
 HistoryViewModel& AppDelegate::viewModel() {
     if (!m_viewModel) {
-        m_viewModel = std::make_unique<HistoryViewModel>(m_store, m_desktop.pasteboard);
+        m_viewModel = std::make_unique<HistoryViewModel>(m_store, m_platform.pasteboard);
     }
     return *m_viewModel;
 }
 
 HistoryWindowController& AppDelegate::windowController() {
     if (!m_windowController) {
-        m_windowController =
-            std::make_unique<HistoryWindowController>(viewModel(), m_desktop.pasteboard, m_desktop.presenter,
-                                                      m_desktop.defaults, m_desktop.relativeTimes);
+        m_windowController = std::make_unique<HistoryWindowController>(
+            viewModel(), m_platform.pasteboard, m_platform.presenter, m_environment.defaults,
+            m_environment.relativeTimes);
     }
     return *m_windowController;
 }
@@ -56,8 +56,8 @@ HistoryWindowController& AppDelegate::windowController() {
 void AppDelegate::applicationDidFinishLaunching() {
     // The program goes on when all its windows are hidden, and never appears in the task bar.
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    m_desktop.presenter.becomeAccessory();
-    registerLaunchDefaults(m_desktop.defaults);
+    m_platform.presenter.becomeAccessory();
+    registerLaunchDefaults(m_environment.defaults);
 
     HistoryViewModel& model = viewModel();
     model.monitor = &monitor();
@@ -102,7 +102,7 @@ void AppDelegate::applicationWillTerminate() {
 void AppDelegate::toggleHistoryWindow() {
     FloatingPanel* panel = windowController().window();
     if (panel != nullptr && panel->isVisible()) {
-        m_desktop.presenter.hidePanel(*panel);
+        m_platform.presenter.hidePanel(*panel);
     } else {
         windowController().show();
     }
@@ -114,32 +114,32 @@ void AppDelegate::showHistoryWindow() {
 
 void AppDelegate::terminate() {
     // Not quit(), which asks every window first: the panel does not let itself be closed.
-    m_desktop.pasteboard.handOver([] { QCoreApplication::exit(); });
+    m_platform.pasteboard.handOver([] { QCoreApplication::exit(); });
 }
 
 void AppDelegate::setupMenuBar() {
-    m_statusItem = std::make_unique<StatusItem>(m_desktop.tray, StatusItem::Actions{
-                                                                    [this] { showHistoryWindow(); },
-                                                                    [this] { viewModel().clearAll(); },
-                                                                    [this] { openPreferences(); },
-                                                                    [this] { showAboutPanel(); },
-                                                                    [this] { terminate(); },
-                                                                });
+    m_statusItem = std::make_unique<StatusItem>(m_platform.tray, StatusItem::Actions{
+                                                                     [this] { showHistoryWindow(); },
+                                                                     [this] { viewModel().clearAll(); },
+                                                                     [this] { openPreferences(); },
+                                                                     [this] { showAboutPanel(); },
+                                                                     [this] { terminate(); },
+                                                                 });
 }
 
 void AppDelegate::openPreferences() {
     if (!m_preferencesWindow) {
         m_preferencesWindow = std::make_unique<PreferencesWindow>(
-            new PreferencesView(m_desktop.defaults, m_desktop.pasteboard));
+            new PreferencesView(m_environment.defaults, m_platform.pasteboard));
     }
     m_preferencesWindow->show();
     m_preferencesWindow->raise();
-    m_desktop.presenter.activate(*m_preferencesWindow);
+    m_platform.presenter.activate(*m_preferencesWindow);
     m_preferencesWindow->centre(); // at every opening, wherever the user has moved it
 }
 
 void AppDelegate::showAboutPanel() {
-    m_desktop.alerts.runModal(aboutAlert(m_desktop.version));
+    m_environment.alerts.runModal(aboutAlert(m_environment.version));
 }
 
 void AppDelegate::setupAppShortcuts() {
@@ -154,9 +154,9 @@ void AppDelegate::setupAppShortcuts() {
 
 void AppDelegate::observeHotkeyChanges() {
     // Told of every change of any setting; only one of the shortcut counts.
-    connect(&m_desktop.defaults, &UserDefaults::didChange, this,
-            [this, lastSeen = rawHotKey(m_desktop.defaults)]() mutable {
-                const StoredHotKey stored = rawHotKey(m_desktop.defaults);
+    connect(&m_environment.defaults, &UserDefaults::didChange, this,
+            [this, lastSeen = rawHotKey(m_environment.defaults)]() mutable {
+                const StoredHotKey stored = rawHotKey(m_environment.defaults);
                 if (stored == lastSeen) {
                     return;
                 }
@@ -167,10 +167,10 @@ void AppDelegate::observeHotkeyChanges() {
 }
 
 bool AppDelegate::confirmClearAll() {
-    return m_desktop.alerts.runModal({QStringLiteral("清空历史记录"),
-                                      QStringLiteral("你正在清除全部历史记录，清除后无法恢复。"),
-                                      Alert::Style::Warning,
-                                      {QStringLiteral("确定"), QStringLiteral("取消")}}) == 0;
+    return m_environment.alerts.runModal({QStringLiteral("清空历史记录"),
+                                          QStringLiteral("你正在清除全部历史记录，清除后无法恢复。"),
+                                          Alert::Style::Warning,
+                                          {QStringLiteral("确定"), QStringLiteral("取消")}}) == 0;
 }
 
 } // namespace corvatto

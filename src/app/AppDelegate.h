@@ -2,6 +2,7 @@
 // launch and tears both down at termination.
 #pragma once
 
+#include "app/Platform.h"
 #include "app/PreferencesWindow.h"
 #include "app/StatusItem.h"
 #include "capture/ClipboardMonitor.h"
@@ -9,13 +10,8 @@
 #include "history/HistoryWindowController.h"
 #include "hotkey/HotKeyManager.h"
 #include "platform/Alerts.h"
-#include "platform/HotKeyCenter.h"
-#include "platform/Pasteboard.h"
 #include "platform/RelativeDateTimeFormatter.h"
-#include "platform/Tray.h"
 #include "platform/UserDefaults.h"
-#include "platform/WindowPresenter.h"
-#include "platform/Workspace.h"
 #include "settings/Preferences.h"
 #include "store/ClipboardStore.h"
 #include "ui/LocalKeyMonitor.h"
@@ -24,18 +20,13 @@
 
 namespace corvatto {
 
-// What the program needs of the desktop it runs on. All outlive the delegate.
-struct Desktop {
+// What is the same on every display system. All outlive the delegate.
+struct Environment {
+    QString version;                     // of the program
     QString applicationSupportDirectory; // empty when there is none
     UserDefaults& defaults;
-    Pasteboard& pasteboard;
-    Workspace& workspace;
-    HotKeyCenter& hotKeyCenter;
-    Tray& tray;
-    WindowPresenter& presenter;
     Alerts& alerts;
     const RelativeDateTimeFormatter& relativeTimes;
-    QString version; // of the program
 };
 
 // Main thread.
@@ -43,8 +34,8 @@ class AppDelegate : public QObject {
     Q_OBJECT
 
 public:
-    // Opens the history at once.
-    explicit AppDelegate(const Desktop& desktop);
+    // Opens the history at once. What `platform` refers to outlives the delegate.
+    AppDelegate(const Environment& environment, const Platform& platform);
 
     void applicationDidFinishLaunching();
     void applicationWillTerminate();
@@ -72,7 +63,8 @@ private:
     void setupAppShortcuts();
     bool confirmClearAll();
 
-    Desktop m_desktop;
+    Environment m_environment;
+    Platform m_platform;
     Preferences m_preferences;
     ClipboardStore m_store;
     // Created on first use. Destroyed in the reverse order: the controller before the model that it shows.
