@@ -3,7 +3,7 @@
 #include "DataSets.h"
 #include "Suites.h"
 
-#include "endtoend/Desktop.h"
+#include "endtoend/TestDesktop.h"
 #include "endtoend/XClient.h"
 
 #include <QColor>
@@ -21,9 +21,9 @@
 namespace corvatto::bench {
 namespace {
 
-using test::Desktop;
 using test::Process;
 using test::soon;
+using test::TestDesktop;
 using test::XClient;
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
@@ -136,7 +136,7 @@ private:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
-    Desktop m_desktop;
+    TestDesktop m_desktop;
     QProcessEnvironment m_environment;
     std::optional<Process> m_program;
 

@@ -34,7 +34,7 @@ class PictureOfFailure : public ::testing::EmptyTestEventListener {
 
 } // namespace
 
-EndToEndTest::EndToEndTest(const Desktop::Options& options)
+EndToEndTest::EndToEndTest(const TestDesktop::Options& options)
     : desktop(options), x(desktop.display()), database(desktop.dataDirectory() + "/corvatto.sqlite3") {
     runningTest = this;
     setSetting("clipboardPollingInterval", 0.1); // seconds

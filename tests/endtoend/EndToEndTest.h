@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Database.h"
-#include "Desktop.h"
+#include "TestDesktop.h"
 #include "XClient.h"
 
 #include <QColor>
@@ -23,7 +23,7 @@ public:
     void keepPicture(const QString& name); // of the screen, in the build directory
 
 protected:
-    explicit EndToEndTest(const Desktop::Options& options = {});
+    explicit EndToEndTest(const TestDesktop::Options& options = {});
     ~EndToEndTest() override;
     void TearDown() override; // the program must have lived through the test, and must end in order
 
@@ -54,7 +54,7 @@ protected:
     // that is stored: the copies before have then been dealt with. Returns what else is stored.
     QList<Database::Row> rowsAfterNextCopy();
 
-    Desktop desktop;
+    TestDesktop desktop;
     XClient x;
     Database database;
     std::unique_ptr<Process> program, owner;

@@ -12,7 +12,7 @@
 
 namespace corvatto::test {
 
-class Desktop {
+class TestDesktop {
 public:
     struct Options {
         QSize screen = {1280, 1100}; // pixels
@@ -21,7 +21,7 @@ public:
     };
 
     // Returns when the window manager is in charge. Throws std::runtime_error when that does not come about.
-    explicit Desktop(const Options& options);
+    explicit TestDesktop(const Options& options);
 
     const QByteArray& display() const { return m_display; }
     const QByteArray& sessionBus() const { return m_sessionBus; }            // its address

@@ -1,4 +1,4 @@
-#include "Desktop.h"
+#include "TestDesktop.h"
 
 #include "XClient.h"
 
@@ -30,7 +30,7 @@ constexpr auto windowManagerSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
 
 } // namespace
 
-Desktop::Desktop(const Options& options) {
+TestDesktop::TestDesktop(const Options& options) {
     const auto inherited = QProcessEnvironment::systemEnvironment();
     m_environment.insert(QStringLiteral("PATH"), inherited.value(QStringLiteral("PATH")));
     for (const char* sanitizer : {"ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"}) {
@@ -68,7 +68,7 @@ Desktop::Desktop(const Options& options) {
     startWindowManager();
 }
 
-void Desktop::startWindowManager() {
+void TestDesktop::startWindowManager() {
     m_windowManager.reset();
     m_windowManager = std::make_unique<Process>(
         "openbox", QByteArrayList{"--sm-disable", "--config-file", m_windowManagerSettings}, m_environment,
@@ -79,7 +79,7 @@ void Desktop::startWindowManager() {
     }
 }
 
-void Desktop::startSessionBus() {
+void TestDesktop::startSessionBus() {
     const QByteArray socket = home() + "/runtime/test-bus";
     const auto settings = writeFile("bus.conf", QByteArray(busSettings).replace("SOCKET", socket));
     m_bus = std::make_unique<Process>("dbus-daemon",
@@ -92,7 +92,7 @@ void Desktop::startSessionBus() {
     m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(m_sessionBus));
 }
 
-QByteArray Desktop::writeFile(const QByteArray& name, const QByteArray& bytes) const {
+QByteArray TestDesktop::writeFile(const QByteArray& name, const QByteArray& bytes) const {
     QByteArray path = home() + '/' + name;
     std::filesystem::create_directories(std::filesystem::path(path.constData()).parent_path());
     QFile file(QString::fromUtf8(path));
