@@ -3,12 +3,19 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
+
+#include <algorithm>
 
 namespace corvatto {
 namespace {
 
 constexpr qint64 largestEntry = 1 << 20; // bytes; desktop entries have a few thousand
+
+QDateTime modificationTime(const QString& path) {
+    return QFileInfo(path).lastModified();
+}
 
 } // namespace
 
@@ -16,11 +23,28 @@ DesktopEntries::DesktopEntries(QStringList directories, QStringList languages)
     : m_directories(std::move(directories)), m_languages(std::move(languages)) {}
 
 std::optional<QString> DesktopEntries::nameForWindowClass(const QString& windowClass) {
+    forgetWhenChanged();
     auto known = m_names.constFind(windowClass);
     if (known == m_names.constEnd()) {
         known = m_names.insert(windowClass, findName(windowClass));
     }
     return *known;
+}
+
+// Installing, renaming or removing an entry changes its directory.
+void DesktopEntries::forgetWhenChanged() {
+    const bool hasChanged =
+        std::any_of(m_modificationTimes.keyValueBegin(), m_modificationTimes.keyValueEnd(),
+                    [](const auto& each) { return modificationTime(each.first) != each.second; });
+    if (!hasChanged && !m_modificationTimes.isEmpty()) {
+        return;
+    }
+    m_names.clear();
+    m_declared.reset();
+    m_modificationTimes.clear();
+    for (const QString& directory : m_directories) {
+        m_modificationTimes.insert(directory, modificationTime(directory));
+    }
 }
 
 std::optional<QString> DesktopEntries::findName(const QString& windowClass) {
@@ -82,10 +106,15 @@ void DesktopEntries::indexDeclaredClasses() {
     }
     m_declared.emplace();
     for (const QString& directory : m_directories) {
-        QDirIterator files(directory, {QStringLiteral("*.desktop")}, QDir::Files,
-                           QDirIterator::Subdirectories);
+        QDirIterator files(directory, {QStringLiteral("*.desktop")},
+                           QDir::Files | QDir::AllDirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
         while (files.hasNext()) {
-            const auto entry = readEntry(files.next());
+            const QString path = files.next();
+            if (files.fileInfo().isDir()) {
+                m_modificationTimes.insert(path, modificationTime(path));
+                continue;
+            }
+            const auto entry = readEntry(path);
             if (entry && !entry->startupClass.isEmpty() &&
                 !m_declared->contains(entry->startupClass.toLower())) {
                 m_declared->insert(entry->startupClass.toLower(), entry->name);

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace corvatto {
 namespace {
 
@@ -53,6 +55,31 @@ TEST_F(Entries, EntriesAreFoundByFileNameBeforeDeclaredClassAndTheUsersFirst) {
     write(system, "navigator.desktop", "[Desktop Entry]\nName=By file\n");
     EXPECT_EQ(name("navigator"), u"By file");
     EXPECT_EQ(name("nobody"), u"(none)");
+}
+
+TEST_F(Entries, WhatIsInstalledLaterIsFoundWhenItsDirectoryHasChanged) {
+    namespace fs = std::filesystem;
+    write(system, "kde/other.desktop", "[Desktop Entry]\nName=Other\n");
+    const fs::path folder = system.toStdString(), subfolder = folder / "kde";
+    const auto before = fs::file_time_type::clock::now() - std::chrono::hours(1);
+    const auto isUnchanged = [&](const fs::path& path) {
+        fs::last_write_time(path, before);
+    };
+    isUnchanged(folder);
+    isUnchanged(subfolder);
+    DesktopEntries entries({user, system}, {});
+    const auto found = [&](const char* name) {
+        return entries.nameForWindowClass(QString::fromLatin1(name)).value_or(QStringLiteral("(none)"));
+    };
+    EXPECT_EQ(found("Player"), u"(none)");
+    write(QString::fromStdString(subfolder.string()), "player.desktop",
+          "[Desktop Entry]\nName=Songs\nStartupWMClass=Player\n");
+    isUnchanged(subfolder);
+    EXPECT_EQ(found("Player"), u"(none)") << "no file is looked at while no directory changes";
+    fs::last_write_time(subfolder, before + std::chrono::minutes(1));
+    EXPECT_EQ(found("Player"), u"Songs");
+    write(user, "player.desktop", "[Desktop Entry]\nName=Mine\n"); // with the directory, which was missing
+    EXPECT_EQ(found("Player"), u"Mine");
 }
 
 TEST_F(Entries, WhatAWindowSaysOfItselfLeadsNowhereElse) {
