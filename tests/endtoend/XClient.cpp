@@ -81,9 +81,20 @@ XClient::Window XClient::topWindow() {
 }
 
 bool XClient::hasWindowManager() {
-    const Window check = cardinal(root(), "_NET_SUPPORTING_WM_CHECK");
-    return check != XCB_NONE && cardinal(check, "_NET_SUPPORTING_WM_CHECK") == check &&
-           cardinal(root(), "_NET_NUMBER_OF_DESKTOPS") > 0;
+    if (m_unmapped == XCB_NONE) {
+        m_unmapped = xcb_generate_id(raw());
+        xcb_create_window(raw(), XCB_COPY_FROM_PARENT, m_unmapped, root(), 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    }
+    xcb_generic_event_t request{};
+    auto& message = reinterpret_cast<xcb_client_message_event_t&>(request);
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = m_unmapped;
+    message.type = atom("_NET_REQUEST_FRAME_EXTENTS");
+    xcb_send_event(raw(), 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&request));
+    return !property(m_unmapped, "_NET_FRAME_EXTENTS").isEmpty();
 }
 
 XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowClass) {
