@@ -11,7 +11,7 @@ namespace {
 void fetch(benchmark::State& state, const std::optional<QString>& query, bool findsMany) {
     test::FakeUserDefaults defaults;
     const Preferences preferences(defaults);
-    const ClipboardStore store(dataSet(state.range(0)), preferences);
+    ClipboardStore store(dataSet(state.range(0)), preferences);
     // Another limit each time, because the same fetch again is answered from memory.
     int limit = 100;
     for (auto _ : state) {
@@ -32,7 +32,7 @@ void add(const char* name, const std::optional<QString>& query, bool findsMany) 
 void typeAnotherLetter(benchmark::State& state) {
     test::FakeUserDefaults defaults;
     const Preferences preferences(defaults);
-    const ClipboardStore store(dataSet(state.range(0)), preferences);
+    ClipboardStore store(dataSet(state.range(0)), preferences);
     const QString word = QString::number(state.range(0) - 1);
     if (store.fetchRecent(word, 100).size() != 1) {
         state.SkipWithError("not the expected number of results");

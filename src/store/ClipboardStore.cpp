@@ -6,6 +6,7 @@
 #include "base/FileSystem.h"
 
 #include "ContentReader.h"
+#include "FetchCache.h"
 #include "SqliteStatement.h"
 
 namespace corvatto {

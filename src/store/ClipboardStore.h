@@ -6,7 +6,6 @@
 #include "settings/Preferences.h"
 #include "store/ClipboardItem.h"
 
-#include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -21,6 +20,7 @@ struct sqlite3;
 namespace corvatto {
 
 class ContentReader;
+class FetchCache;
 
 // No operation fails outward: a failure prints one line, and the result is nothing or an empty list. Without
 // a connection every operation does nothing. Main thread.
@@ -58,7 +58,7 @@ public:
     // The most recent entries, newest first, at most `limit`. With a query that is not blank, those that
     // contain it, as typed, in content, preview, source application or type; "%" and "_" in it are wildcards,
     // and only ASCII letters match in either case. Long texts come by their beginnings.
-    QList<ClipboardItem> fetchRecent(const std::optional<QString>& searchQuery, int limit) const;
+    QList<ClipboardItem> fetchRecent(const std::optional<QString>& searchQuery, int limit);
 
     // Deletes all entries and both image directories. When the entries cannot be deleted their files stay
     // too.
@@ -67,21 +67,6 @@ public:
 private:
     struct Kind;
     struct Capture;
-
-    // A state of the database.
-    struct Version {
-        qint64 byThis, byOthers; // changes
-        bool operator==(const Version&) const = default;
-    };
-    struct Fetch {
-        std::optional<Version> version; // absent when it cannot be told
-        std::optional<QByteArray> pattern;
-        int limit;
-    };
-    struct Known {
-        Fetch fetch;
-        QList<ClipboardItem> items;
-    };
 
     void openDatabase();
     void createTable();
@@ -94,11 +79,6 @@ private:
     bool updateByHash(const Capture& capture, qint64 time);
     bool insert(const Capture& capture, qint64 time);
 
-    std::optional<Version> version() const;
-    std::optional<QList<ClipboardItem>> knownAnswer(const Fetch& fetch) const;
-    std::optional<QList<ClipboardItem>> matchesAmong(const QList<ClipboardItem>& items,
-                                                     const QByteArray& pattern) const;
-
     void deleteImageDirectories() const;
     void cleanupByDays();
     void cleanupByCount();
@@ -110,7 +90,7 @@ private:
     const Clock m_clock;
     sqlite3* m_db = nullptr;
     std::shared_ptr<const ContentReader> m_contentReader; // with the connection
-    mutable std::optional<Known> m_known;
+    std::unique_ptr<FetchCache> m_fetchCache;             // likewise
 };
 
 } // namespace corvatto

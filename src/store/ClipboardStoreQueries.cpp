@@ -1,18 +1,13 @@
-// The list and the search. What the last fetch found is kept: as long as nobody changes the database, the
-// same fetch is answered from it.
+// The list and the search.
 #include "store/ClipboardStore.h"
 
 #include "base/Diagnostics.h"
 
 #include "ContentReader.h"
+#include "FetchCache.h"
 #include "SqliteStatement.h"
 
-#include <QSet>
-
 #include <algorithm>
-#include <iterator>
-
-#include <sqlite3.h>
 
 namespace corvatto {
 namespace {
@@ -42,6 +37,13 @@ bool isBlank(const QString& query) {
     });
 }
 
+// Matches what contains the query. A NUL ends the pattern, and with it goes the "%" behind the query.
+QByteArray patternFor(const QString& query) {
+    const QByteArray pattern = '%' + query.toUtf8() + '%';
+    const qsizetype end = pattern.indexOf('\0');
+    return end < 0 ? pattern : pattern.first(end);
+}
+
 // In the order of the select list above.
 ClipboardItem rowToItem(const SqliteStatement& row, const std::shared_ptr<const ContentReader>& reader) {
     ClipboardItem item;
@@ -62,70 +64,20 @@ ClipboardItem rowToItem(const SqliteStatement& row, const std::shared_ptr<const 
 
 } // namespace
 
-std::optional<ClipboardStore::Version> ClipboardStore::version() const {
-    // Changes by this connection, and a number that changes with each commit of another one.
-    SqliteStatement others(m_db, "PRAGMA data_version");
-    if (!others.isPrepared() || others.step() != SQLITE_ROW) {
-        return std::nullopt;
-    }
-    return Version{sqlite3_total_changes64(m_db), others.columnInt64(0)};
-}
-
-// The answer that what is known already gives, if it does.
-std::optional<QList<ClipboardItem>> ClipboardStore::knownAnswer(const Fetch& fetch) const {
-    if (!m_known || !fetch.version || m_known->fetch.version != fetch.version ||
-        m_known->fetch.limit != fetch.limit) {
-        return std::nullopt;
-    }
-    if (m_known->fetch.pattern == fetch.pattern) {
-        return m_known->items;
-    }
-    // Whatever matches a longer word is among all that matched a part of it. A NUL would end the pattern.
-    const bool isExtended = m_known->fetch.pattern && fetch.pattern &&
-                            !m_known->fetch.pattern->contains('\0') &&
-                            fetch.pattern->contains(m_known->fetch.pattern->mid(1).chopped(1));
-    const bool areAll = m_known->items.size() < fetch.limit;
-    return isExtended && areAll ? matchesAmong(m_known->items, *fetch.pattern) : std::nullopt;
-}
-
-// Those of `items` that the search statement would find, in the same order. Nothing when that cannot be told.
-std::optional<QList<ClipboardItem>> ClipboardStore::matchesAmong(const QList<ClipboardItem>& items,
-                                                                 const QByteArray& pattern) const {
-    QByteArrayList ids;
-    for (const ClipboardItem& item : items) {
-        ids.append(QByteArray::number(item.id));
-    }
-    SqliteStatement query(m_db, "SELECT id FROM clipboard_items WHERE id IN (" + ids.join(',') +
-                                    ") AND (content LIKE ?1 OR preview LIKE ?1 OR source_app LIKE ?1 OR "
-                                    "content_type LIKE ?1)");
-    if (!query.isPrepared()) {
-        return std::nullopt;
-    }
-    query.bindUtf8(1, pattern);
-    QSet<qint64> found;
-    int status = query.step();
-    for (; status == SQLITE_ROW; status = query.step()) {
-        found.insert(query.columnInt64(0));
-    }
-    if (status != SQLITE_DONE) {
-        return std::nullopt;
-    }
-    QList<ClipboardItem> matches;
-    std::copy_if(items.cbegin(), items.cend(), std::back_inserter(matches),
-                 [&](const ClipboardItem& item) { return found.contains(item.id); });
-    return matches;
-}
-
-QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& searchQuery, int limit) const {
+QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& searchQuery, int limit) {
     if (m_db == nullptr) {
         return {};
     }
-    Fetch fetch{version(), std::nullopt, limit};
+    FetchCache::Fetch fetch{std::nullopt, limit};
     if (searchQuery && !isBlank(*searchQuery)) {
-        fetch.pattern = '%' + searchQuery->toUtf8() + '%';
+        fetch.pattern = patternFor(*searchQuery);
     }
-    if (const auto known = knownAnswer(fetch)) {
-        return *known; // what it comes from stays known, for when the last letter is taken back
+    const auto version = m_fetchCache->currentVersion();
+    if (version) {
+        // What answers a longer search stays in the cache, for when the last letter is deleted again.
+        if (const auto cached = m_fetchCache->find(*version, fetch)) {
+            return *cached;
+        }
     }
     SqliteStatement query(m_db, fetch.pattern ? searchSql : listSql);
     if (!query.isPrepared()) {
@@ -144,9 +96,8 @@ QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& s
     for (; status == SQLITE_ROW; status = query.step()) {
         items.append(rowToItem(query, m_contentReader));
     }
-    m_known.reset();
-    if (fetch.version && status == SQLITE_DONE) {
-        m_known = {fetch, items};
+    if (version && status == SQLITE_DONE) {
+        m_fetchCache->insert(*version, fetch, items);
     }
     return items;
 }

@@ -6,6 +6,7 @@
 #include "base/FileSystem.h"
 
 #include "ContentReader.h"
+#include "FetchCache.h"
 #include "LikeFunction.h"
 #include "SqliteStatement.h"
 
@@ -81,6 +82,7 @@ void ClipboardStore::openDatabase() {
         return;
     }
     m_contentReader = std::make_shared<const ContentReader>(m_db);
+    m_fetchCache = std::make_unique<FetchCache>(m_db);
     installLikeFunction(m_db);
     executeSql(m_db, pageSql);
     executeSql(m_db, journalSql);

@@ -42,8 +42,8 @@ protected:
         tick();
     }
 
-    QList<ClipboardItem> items() const { return store.fetchRecent(std::nullopt, 100); }
-    ClipboardItem newest() const { return items().value(0); }
+    QList<ClipboardItem> items() { return store.fetchRecent(std::nullopt, 100); }
+    ClipboardItem newest() { return items().value(0); }
 
     static Image picture() {
         QImage pixels(3, 2, QImage::Format_RGB32);

@@ -44,7 +44,7 @@ protected:
         }
     }
 
-    ClipboardItem newest() const { return store.fetchRecent(std::nullopt, 1).value(0); }
+    ClipboardItem newest() { return store.fetchRecent(std::nullopt, 1).value(0); }
     QString selected() const {
         for (const ClipboardItem& item : viewModel.items()) {
             if (item.id == viewModel.selectedItemId()) {

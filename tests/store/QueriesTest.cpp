@@ -1,5 +1,7 @@
 #include "StoreTest.h"
 
+#include <QMap>
+
 namespace corvatto {
 namespace {
 
@@ -8,35 +10,51 @@ using test::texts;
 class Queries : public test::StoreTest {
 protected:
     void SetUp() override { open(); }
-    // What is found for a query that is typed letter by letter.
-    QStringList found(const char* query) const {
-        const QString whole = QString::fromUtf8(query);
-        for (int size = 1; size < whole.size(); ++size) {
-            contents(whole.left(size));
-        }
-        return contents(whole);
-    }
 };
 
-TEST_F(Queries, AnswerFromWhatIsKnownOnlyWhileNothingHasChanged) {
-    record(QStringLiteral("a"));
-    record(QStringLiteral("b"));
-    EXPECT_EQ(contents(), texts({"b", "a"}));
-    sql("UPDATE clipboard_items SET content = 'by another program' WHERE id = 1");
-    EXPECT_EQ(contents(), texts({"b", "by another program"}));
+TEST_F(Queries, TheCacheAnswersAsTheStatementDoesWhateverWasAskedBefore) {
+    const QStringList pieces{u"a"_qs, u"b"_qs, u"A"_qs, u"%"_qs, u"_"_qs, u"é"_qs, QString(QChar(0))};
+    QStringList queries{u"image"_qs, QChar(0) + u"image"_qs};
+    for (const QString& first : pieces) {
+        queries << first;
+        for (const QString& second : pieces) {
+            queries << first + second;
+            store->insertOrUpdate(first + second, {});
+        }
+    }
+    recordImage("x");
+    QMap<QString, QStringList> found;
+    for (const QString& query : queries) {
+        open(); // without a cache
+        found[query] = contents(query);
+    }
+    EXPECT_LT(found[queries[0]].size(), found[queries[1]].size());
+    for (const QString& before : queries) {
+        for (const QString& query : queries) {
+            contents(before);
+            ASSERT_EQ(contents(query), found[query]) << before.toStdString() << ", " << query.toStdString();
+        }
+    }
+}
 
-    EXPECT_EQ(found("yes"), QStringList());
-    EXPECT_EQ(found("yes!"), QStringList());
-    EXPECT_EQ(found("ye").size() + found("other").size(), 1);
-    EXPECT_EQ(found("yes"), QStringList());
-    record(QStringLiteral("yes!"));
-    EXPECT_EQ(found("yes!"), texts({"yes!"}));
-    EXPECT_EQ(contents(QStringLiteral("yes!"), 0), QStringList());
-    EXPECT_EQ(found("yes!"), texts({"yes!"}));
-    store->incrementCopyCount(3);
-    EXPECT_EQ(store->fetchRecent(QStringLiteral("yes!"), 100)[0].copyCount, 2);
-    store->deleteAll();
-    EXPECT_EQ(found("yes!") + contents(), QStringList());
+TEST_F(Queries, TheCacheAnswersOnlyWhileNothingHasChanged) {
+    for (const std::optional<QString>& query : {std::optional<QString>(), {u"ye"_qs}}) {
+        record(u"yes"_qs);
+        EXPECT_EQ(contents(query), texts({"yes"}));
+        sql("UPDATE clipboard_items SET content = 'yet', preview = ''"); // by another program
+        EXPECT_EQ(contents(query), texts({"yet"}));
+        EXPECT_EQ(contents(query, 0), QStringList());
+        contents(query);
+        EXPECT_EQ(contents(u"yea"_qs), QStringList());
+        contents(query);
+        record(u"yea"_qs);
+        EXPECT_EQ(contents(query, 1) + contents(u"yea"_qs), texts({"yea", "yea"}));
+        contents(query);
+        store->incrementCopyCount(store->fetchRecent(query, 100)[0].id);
+        EXPECT_EQ(store->fetchRecent(query, 100)[0].copyCount, 2);
+        store->deleteAll();
+        EXPECT_EQ(contents(query), QStringList());
+    }
 }
 
 TEST_F(Queries, ALongTextIsHeldByItsBeginningAndReadWhenItIsNeeded) {
@@ -57,7 +75,7 @@ TEST_F(Queries, ALongTextIsHeldByItsBeginningAndReadWhenItIsNeeded) {
     }
     const ItemContent content = item().content;
     sql("UPDATE clipboard_items SET content = 'by another program'");
-    EXPECT_EQ(content.whole(), QStringLiteral("by another program"));
+    EXPECT_EQ(content.whole(), u"by another program"_qs);
     sql("DELETE FROM clipboard_items");
     EXPECT_EQ(content.whole(), std::nullopt);
     record(QString(70'000, u'x'));
@@ -67,16 +85,17 @@ TEST_F(Queries, ALongTextIsHeldByItsBeginningAndReadWhenItIsNeeded) {
 }
 
 TEST_F(Queries, SearchIsLiteralSubstringWithWildcardsInEveryColumn) {
-    record(QStringLiteral("word first"));
-    record(QStringLiteral("axb 50 Ünïcode"));
-    store->insertOrUpdateFile({QStringLiteral("/home/a/notes.md")}, QStringLiteral("Konqueror"));
+    record(u"word first"_qs);
+    record(u"axb 50 Ünïcode"_qs);
+    store->insertOrUpdateFile({u"/home/a/notes.md"_qs}, u"Konqueror"_qs);
+    store->insertOrUpdateImage(u"/i/1.png"_qs, {}, u"hash"_qs, u"Image 64×48"_qs, {});
     wait(std::chrono::seconds(1));
     store->incrementCopyCount(1);
     EXPECT_EQ(contents(std::nullopt, 1), texts({"word first"})) << "the newest first";
-    EXPECT_EQ(contents(QStringLiteral("o"), 1), texts({"word first"}));
-    EXPECT_EQ(contents(QStringLiteral("kon"), 1), texts({"/home/a/notes.md"})) << "not among the first";
+    EXPECT_EQ(contents(u"o"_qs, 1), texts({"word first"}));
+    EXPECT_EQ(contents(u"kon"_qs, 1), texts({"/home/a/notes.md"})) << "not among the first";
     for (const char* blank : {"", "   ", " \t\u3000\u00A0 "}) {
-        EXPECT_EQ(found(blank).size(), 3) << '"' << blank << '"';
+        EXPECT_EQ(contents(QString::fromUtf8(blank)).size(), 4) << '"' << blank << '"';
     }
     struct Case {
         const char* query;
@@ -90,9 +109,10 @@ TEST_F(Queries, SearchIsLiteralSubstringWithWildcardsInEveryColumn) {
              Case{"ünï", {}}, // only ASCII letters fold
              Case{"konq", {"/home/a/notes.md"}},
              Case{"file", {"/home/a/notes.md"}}, // the type is searched too
+             Case{"64×4", {"/i/1.png"}},         // and the preview
              Case{"%' OR 1=1 --", {}},
          }) {
-        EXPECT_EQ(found(each.query), texts(each.contents)) << each.query;
+        EXPECT_EQ(contents(QString::fromUtf8(each.query)), texts(each.contents)) << each.query;
     }
 }
 
