@@ -41,7 +41,7 @@ ClipboardMonitor::~ClipboardMonitor() {
 }
 
 void ClipboardMonitor::start() {
-    m_lastChangeCount = m_pasteboard.changeCount();
+    ignoreCurrentContent();
     scheduleTimer();
     observeIntervalChanges();
 }
@@ -52,9 +52,13 @@ void ClipboardMonitor::stop() {
     m_defaultsObserver = {};
 }
 
+void ClipboardMonitor::ignoreCurrentContent() {
+    m_lastChangeCount = m_pasteboard.changeCount();
+}
+
 std::chrono::milliseconds ClipboardMonitor::effectiveInterval() const {
-    constexpr double shortest = 0.1; // seconds, as the others here
-    constexpr double longest = 5.0;
+    constexpr double shortest = 0.1; // seconds
+    constexpr double longest = 5.0;  // seconds
     const double stored = m_defaults.number(SettingsKeys::clipboardPollingInterval);
     const double seconds =
         stored <= 0 ? SettingsKeys::defaultClipboardPollingInterval : std::clamp(stored, shortest, longest);

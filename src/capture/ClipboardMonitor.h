@@ -35,12 +35,12 @@ public:
     void start();
     void stop();
 
-    // The change count that was last dealt with. Whoever writes to the clipboard without wanting it recorded
-    // sets this to the pasteboard's new change count.
-    qint64 lastChangeCount() const { return m_lastChangeCount; }
-    void setLastChangeCount(qint64 changeCount) { m_lastChangeCount = changeCount; }
+    // Counts what is on the clipboard now as dealt with. For whoever writes to the clipboard and does not
+    // want that recorded.
+    void ignoreCurrentContent();
 
-    Pasteboard& pasteboard() const { return m_pasteboard; }
+    // The change count that was last dealt with.
+    qint64 lastChangeCount() const { return m_lastChangeCount; }
 
 private:
     std::chrono::milliseconds effectiveInterval() const;

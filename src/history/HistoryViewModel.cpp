@@ -103,7 +103,7 @@ void HistoryViewModel::copyItem(const ClipboardItem& item) {
         return;
     }
     if (monitor) {
-        monitor->setLastChangeCount(monitor->pasteboard().changeCount());
+        monitor->ignoreCurrentContent();
     }
     m_store.incrementCopyCount(item.id);
     if (onDismiss) {
