@@ -4,19 +4,12 @@
 #include "history/FloatingPanel.h"
 #include "preferences/PreferencesView.h"
 #include "settings/LaunchDefaults.h"
-#include "settings/SettingsKeys.h"
+#include "settings/Shortcut.h"
 
 #include <QGuiApplication>
 #include <QPointer>
 
 namespace corvatto {
-namespace {
-
-StoredHotKey rawHotKey(const UserDefaults& defaults) {
-    return {defaults.integer(SettingsKeys::hotkeyKeyCode), defaults.integer(SettingsKeys::hotkeyModifiers)};
-}
-
-} // namespace
 
 AppDelegate::AppDelegate(const Environment& environment, const Platform& platform)
     : m_environment(environment), m_platform(platform), m_preferences(environment.defaults),
@@ -155,13 +148,13 @@ void AppDelegate::setupAppShortcuts() {
 void AppDelegate::observeHotkeyChanges() {
     // Told of every change of any setting; only one of the shortcut counts.
     connect(&m_environment.defaults, &UserDefaults::didChange, this,
-            [this, lastSeen = rawHotKey(m_environment.defaults)]() mutable {
-                const StoredHotKey stored = rawHotKey(m_environment.defaults);
+            [this, lastSeen = storedShortcut(m_environment.defaults)]() mutable {
+                const Shortcut stored = storedShortcut(m_environment.defaults);
                 if (stored == lastSeen) {
                     return;
                 }
                 lastSeen = stored;
-                const StoredHotKey effective = withDefaults(stored.keyCode, stored.modifiers);
+                const Shortcut effective = registeredShortcut(m_desktop.defaults);
                 hotKeyManager().reregister(effective.keyCode, effective.modifiers);
             });
 }

@@ -1,28 +1,14 @@
 #include "hotkey/HotKeyManager.h"
 
 #include "base/Diagnostics.h"
-#include "settings/SettingsKeys.h"
-
-#include <limits>
+#include "settings/Shortcut.h"
 
 namespace corvatto {
 namespace {
 
 constexpr EventHotKeyID hotKeyIdentity{1, 1};
 
-// Values that no key code or mask can have come from a settings file edited by hand; the default serves
-// better than no shortcut.
-quint32 validOr(qint64 value, qint64 fallback) {
-    const bool valid = value >= 0 && value <= std::numeric_limits<quint32>::max();
-    return static_cast<quint32>(valid ? value : fallback);
-}
-
 } // namespace
-
-StoredHotKey withDefaults(qint64 keyCode, qint64 modifiers) {
-    return {keyCode == 0 ? SettingsKeys::defaultHotkeyKeyCode : keyCode,
-            modifiers == 0 ? SettingsKeys::defaultHotkeyModifiers : modifiers};
-}
 
 HotKeyManager::HotKeyManager(HotKeyCenter& center, const UserDefaults& defaults)
     : m_center(center), m_defaults(defaults) {}
@@ -32,16 +18,13 @@ HotKeyManager::~HotKeyManager() {
 }
 
 void HotKeyManager::registerStoredHotKey() {
-    const StoredHotKey stored = withDefaults(m_defaults.integer(SettingsKeys::hotkeyKeyCode),
-                                             m_defaults.integer(SettingsKeys::hotkeyModifiers));
-    registerHotKey(validOr(stored.keyCode, SettingsKeys::defaultHotkeyKeyCode),
-                   validOr(stored.modifiers, SettingsKeys::defaultHotkeyModifiers));
+    const Shortcut shortcut = registeredShortcut(m_defaults);
+    registerHotKey(shortcut.keyCode, shortcut.modifiers);
 }
 
 void HotKeyManager::reregister(qint64 keyCode, qint64 modifiers) {
     unregister();
-    registerHotKey(validOr(keyCode, SettingsKeys::defaultHotkeyKeyCode),
-                   validOr(modifiers, SettingsKeys::defaultHotkeyModifiers));
+    registerHotKey(keyCode, modifiers);
 }
 
 void HotKeyManager::unregister() {
@@ -55,7 +38,7 @@ void HotKeyManager::unregister() {
     }
 }
 
-void HotKeyManager::registerHotKey(quint32 keyCode, quint32 modifiers) {
+void HotKeyManager::registerHotKey(qint64 keyCode, qint64 modifiers) {
     EventHandlerRef handler{};
     const auto handle = [this] {
         // The callback shows windows and may replace the registration: not inside the delivery of the press.
@@ -77,7 +60,8 @@ void HotKeyManager::registerHotKey(quint32 keyCode, quint32 modifiers) {
     m_handlerRef = handler;
 
     EventHotKeyRef hotKey{};
-    const HotKeyStatus status = m_center.registerEventHotKey(keyCode, modifiers, hotKeyIdentity, hotKey);
+    const HotKeyStatus status = m_center.registerEventHotKey(
+        static_cast<quint32>(keyCode), static_cast<quint32>(modifiers), hotKeyIdentity, hotKey);
     if (status != noErr) {
         printLine(
             QStringLiteral("[HotKeyManager] ERROR: RegisterEventHotKey failed with status %1").arg(status));

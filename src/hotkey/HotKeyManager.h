@@ -22,33 +22,25 @@ public:
     HotKeyManager(HotKeyCenter& center, const UserDefaults& defaults);
     ~HotKeyManager() override;
 
-    // Called from the event loop once a press. May be unset.
+    // Called from the event loop for each press. May be unset.
     std::function<void()> onHotKeyPressed;
 
     // Registers the stored combination. Called only while nothing is installed.
     void registerStoredHotKey();
 
-    // Replaces what is registered. Zeros have been replaced by the defaults before.
+    // Replaces what is registered. Both values fit in 32 bits unsigned and stand for no default.
     void reregister(qint64 keyCode, qint64 modifiers);
 
     // Returns to the state before registration.
     void unregister();
 
 private:
-    void registerHotKey(quint32 keyCode, quint32 modifiers);
+    void registerHotKey(qint64 keyCode, qint64 modifiers);
 
     HotKeyCenter& m_center;
     const UserDefaults& m_defaults;
     std::optional<EventHotKeyRef> m_hotKeyRef;
     std::optional<EventHandlerRef> m_handlerRef;
 };
-
-// The stored combination with unset values, which are 0, replaced by the defaults.
-struct StoredHotKey {
-    qint64 keyCode;
-    qint64 modifiers;
-    bool operator==(const StoredHotKey&) const = default;
-};
-StoredHotKey withDefaults(qint64 keyCode, qint64 modifiers);
 
 } // namespace corvatto

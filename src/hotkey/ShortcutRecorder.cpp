@@ -1,7 +1,7 @@
 #include "hotkey/ShortcutRecorder.h"
 
 #include "settings/SettingsKeys.h"
-#include "settings/UserDefault.h"
+#include "settings/Shortcut.h"
 
 namespace corvatto {
 
@@ -15,9 +15,8 @@ ShortcutRecorder::ShortcutRecorder(UserDefaults& defaults) : m_defaults(defaults
 }
 
 void ShortcutRecorder::showStored() {
-    using namespace SettingsKeys;
-    setShortcut(UserDefault<qint64>(m_defaults, hotkeyKeyCode, defaultHotkeyKeyCode).wrappedValue(),
-                UserDefault<qint64>(m_defaults, hotkeyModifiers, defaultHotkeyModifiers).wrappedValue());
+    const Shortcut shortcut = shownShortcut(m_defaults);
+    setShortcut(shortcut.keyCode, shortcut.modifiers);
 }
 
 } // namespace corvatto

@@ -67,7 +67,7 @@ QWidget* centred(QWidget* control) {
 } // namespace
 
 PreferencesView::PreferencesView(UserDefaults& defaults, const Pasteboard& pasteboard)
-    : m_defaults(defaults), m_sections(new QVBoxLayout(this)), m_lastShortcut(shortcut()) {
+    : m_defaults(defaults), m_sections(new QVBoxLayout(this)), m_lastShortcut(shownShortcut(defaults)) {
     setPalette(lightPalette());
     setAutoFillBackground(true);
     setFixedWidth(viewWidth);
@@ -197,12 +197,6 @@ double PreferencesView::pollingInterval() const {
         .wrappedValue();
 }
 
-PreferencesView::StoredShortcut PreferencesView::shortcut() const {
-    using namespace SettingsKeys;
-    return {UserDefault<qint64>(m_defaults, hotkeyKeyCode, defaultHotkeyKeyCode).wrappedValue(),
-            UserDefault<qint64>(m_defaults, hotkeyModifiers, defaultHotkeyModifiers).wrappedValue()};
-}
-
 void PreferencesView::showStored() {
     const double seconds = pollingInterval();
     m_intervalText->setText(QString::asprintf("%.1f", seconds) + QStringLiteral(" 秒"));
@@ -213,8 +207,8 @@ void PreferencesView::showStored() {
         const double step = std::round(seconds / secondsPerStep);
         m_interval->setValue(static_cast<int>(std::clamp(step, double{shortestStep}, double{longestStep})));
     }
-    if (const StoredShortcut stored = shortcut(); stored != m_lastShortcut) {
-        m_lastShortcut = stored;
+    if (const Shortcut shortcut = shownShortcut(m_defaults); shortcut != m_lastShortcut) {
+        m_lastShortcut = shortcut;
         if (onHotkeyChanged) {
             onHotkeyChanged();
         }

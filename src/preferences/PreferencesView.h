@@ -4,6 +4,7 @@
 
 #include "platform/Pasteboard.h"
 #include "platform/UserDefaults.h"
+#include "settings/Shortcut.h"
 
 #include <QWidget>
 
@@ -33,12 +34,6 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    struct StoredShortcut {
-        qint64 keyCode;
-        qint64 modifiers;
-        bool operator==(const StoredShortcut&) const = default;
-    };
-
     QVBoxLayout* addSection(const QString& title, int spacing);
     void addRow(QVBoxLayout& section, const QString& label, const QString& help, QWidget* control);
     void buildHistorySection(const Pasteboard& pasteboard);
@@ -49,7 +44,6 @@ private:
 
     void showStored();
     double pollingInterval() const; // seconds
-    StoredShortcut shortcut() const;
 
     UserDefaults& m_defaults;
     QVBoxLayout* m_sections;
@@ -57,7 +51,7 @@ private:
     LimitField* m_retentionDays = nullptr;
     QSlider* m_interval = nullptr;
     QLabel* m_intervalText = nullptr;
-    StoredShortcut m_lastShortcut;
+    Shortcut m_lastShortcut;
 };
 
 } // namespace corvatto

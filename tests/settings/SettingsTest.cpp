@@ -1,6 +1,7 @@
 #include "settings/LaunchDefaults.h"
 #include "settings/Preferences.h"
 #include "settings/SettingsKeys.h"
+#include "settings/Shortcut.h"
 #include "support/FakeUserDefaults.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +31,25 @@ TEST(Settings, DefaultsAreReadAndNotStoredAndWhatDoesNotConvertIsTheDefault) {
         defaults.setObject(number.key, QString::fromLatin1(stored));
         EXPECT_EQ(number.wrappedValue(), expected);
     }
+}
+
+TEST(Settings, TheShortcutIsShownAsItIsStoredAndRegisteredWithDefaults) {
+    test::FakeUserDefaults defaults;
+    EXPECT_EQ(storedShortcut(defaults), (Shortcut{0, 0}));
+    EXPECT_EQ(shownShortcut(defaults), (Shortcut{9, 768}));
+    EXPECT_EQ(registeredShortcut(defaults), (Shortcut{9, 768}));
+    for (const auto& [stored, shown, registered] : {std::tuple<const char*, qint64, qint64>("40", 40, 40),
+                                                    {"40.9", 40, 40},
+                                                    {"0", 0, 9},
+                                                    {"-1", -1, 9},
+                                                    {"4294967305", 4294967305, 9},
+                                                    {"V", 9, 9}}) {
+        defaults.setObject(SettingsKeys::hotkeyKeyCode, QString::fromLatin1(stored));
+        EXPECT_EQ(shownShortcut(defaults), (Shortcut{shown, 768})) << stored;
+        EXPECT_EQ(registeredShortcut(defaults), (Shortcut{registered, 768})) << stored;
+    }
+    defaults.setInteger(SettingsKeys::hotkeyModifiers, 2304);
+    EXPECT_EQ(registeredShortcut(defaults), (Shortcut{9, 2304}));
 }
 
 } // namespace
