@@ -3,6 +3,8 @@
 #include "base/Diagnostics.h"
 #include "settings/Shortcut.h"
 
+#include <utility>
+
 namespace corvatto {
 namespace {
 
@@ -28,18 +30,15 @@ void HotKeyManager::reregister(qint64 keyCode, qint64 modifiers) {
 }
 
 void HotKeyManager::unregister() {
-    if (m_hotKeyRef) {
-        m_center.unregisterEventHotKey(*m_hotKeyRef);
-        m_hotKeyRef.reset();
+    if (m_hotKeyRef != 0) {
+        m_center.unregisterEventHotKey(std::exchange(m_hotKeyRef, 0));
     }
-    if (m_handlerRef) {
-        m_center.removeEventHandler(*m_handlerRef);
-        m_handlerRef.reset();
+    if (m_handlerRef != 0) {
+        m_center.removeEventHandler(std::exchange(m_handlerRef, 0));
     }
 }
 
 void HotKeyManager::registerHotKey(qint64 keyCode, qint64 modifiers) {
-    EventHandlerRef handler{};
     const auto handle = [this] {
         // The callback shows windows and may replace the registration: not inside the delivery of the press.
         QMetaObject::invokeMethod(
@@ -52,22 +51,22 @@ void HotKeyManager::registerHotKey(qint64 keyCode, qint64 modifiers) {
             Qt::QueuedConnection);
         return noErr;
     };
+    EventHandlerRef handler = 0;
     if (const HotKeyStatus status = m_center.installEventHandler(handle, handler); status != noErr) {
         printLine(
             QStringLiteral("[HotKeyManager] ERROR: InstallEventHandler failed with status %1").arg(status));
         return;
     }
     m_handlerRef = handler;
-
-    EventHotKeyRef hotKey{};
-    const HotKeyStatus status = m_center.registerEventHotKey(
-        static_cast<quint32>(keyCode), static_cast<quint32>(modifiers), hotKeyIdentity, hotKey);
-    if (status != noErr) {
-        printLine(
-            QStringLiteral("[HotKeyManager] ERROR: RegisterEventHotKey failed with status %1").arg(status));
-        return;
-    }
-    m_hotKeyRef = hotKey;
+    m_hotKeyRef = m_center.registerEventHotKey(
+        static_cast<quint32>(keyCode), static_cast<quint32>(modifiers), hotKeyIdentity,
+        [this](HotKeyStatus status) {
+            if (status != noErr) {
+                printLine(QStringLiteral("[HotKeyManager] ERROR: RegisterEventHotKey failed with status %1")
+                              .arg(status));
+                m_hotKeyRef = 0;
+            }
+        });
 }
 
 } // namespace corvatto

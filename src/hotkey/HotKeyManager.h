@@ -8,12 +8,11 @@
 #include <QObject>
 
 #include <functional>
-#include <optional>
 
 namespace corvatto {
 
-// A combination that cannot be registered costs one printed line; the program goes on without a shortcut, and
-// the next change of the settings tries again. Main thread.
+// A combination that cannot be registered costs one printed line as soon as that is known; the program goes
+// on without a shortcut, and the next change of the settings tries again. Main thread.
 class HotKeyManager : public QObject {
     Q_OBJECT
 
@@ -39,8 +38,8 @@ private:
 
     HotKeyCenter& m_center;
     const UserDefaults& m_defaults;
-    std::optional<EventHotKeyRef> m_hotKeyRef;
-    std::optional<EventHandlerRef> m_handlerRef;
+    EventHotKeyRef m_hotKeyRef = 0; // registered, or about to be
+    EventHandlerRef m_handlerRef = 0;
 };
 
 } // namespace corvatto

@@ -7,7 +7,7 @@
 
 namespace corvatto {
 
-// What the operations answer: noErr, or a negative code.
+// The result of an operation: noErr, or a negative code.
 using HotKeyStatus = qint32;
 constexpr HotKeyStatus noErr = 0;
 constexpr HotKeyStatus eventHotKeyExistsErr = -9878;  // another program has taken the combination
@@ -27,20 +27,28 @@ struct EventHotKeyID {
 
 class HotKeyCenter {
 public:
+    using StatusHandler = std::function<void(HotKeyStatus)>;
+
     HotKeyCenter() = default;
     virtual ~HotKeyCenter() = default;
     HotKeyCenter(const HotKeyCenter&) = delete;
     HotKeyCenter& operator=(const HotKeyCenter&) = delete;
 
-    // Has `handler` called for every press of a registered hot key, on the main thread, once a press: holding
-    // the key does not repeat it. The handler returns noErr when it has handled the press.
+    // Has `handler` called on the main thread, once for every press of a registered hot key: holding the key
+    // does not repeat it. The handler returns noErr when it has handled the press.
     virtual HotKeyStatus installEventHandler(std::function<HotKeyStatus()> handler, EventHandlerRef& out) = 0;
     virtual HotKeyStatus removeEventHandler(EventHandlerRef handler) = 0;
 
-    // `keyCode` is a virtual key code (KeyEvent.h): a position on the keyboard, whatever letter the layout
-    // puts there. `modifiers` is a mask of HotKeyModifier.
-    virtual HotKeyStatus registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID id,
-                                             EventHotKeyRef& out) = 0;
+    // Starts a registration. `keyCode` is a virtual key code (KeyEvent.h): a position on the keyboard,
+    // whatever letter the layout puts there. `modifiers` is a mask of HotKeyModifier.
+    //
+    // `done` is called once with the result: before this returns where the system answers at once, else from
+    // the event loop, because somebody may have to be asked first. A registration that fails is over with
+    // that call; the reference is 0 if it has failed before this returns.
+    virtual EventHotKeyRef registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID id,
+                                               StatusHandler done) = 0;
+
+    // Ends a registration, also one whose result is still to come: its `done` is not called any more.
     virtual HotKeyStatus unregisterEventHotKey(EventHotKeyRef hotKey) = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "hotkey/HotKeyManager.h"
 
+#include "support/CapturedOutput.h"
 #include "support/FakeHotKeyCenter.h"
 #include "support/FakeUserDefaults.h"
 
@@ -10,10 +11,14 @@
 namespace corvatto {
 namespace {
 
-TEST(HotKeyManager, PressesArriveFromTheEventLoopUnlessTheManagerHasGone) {
+class HotKeys : public ::testing::Test {
+protected:
     test::FakeHotKeyCenter center;
     test::FakeUserDefaults defaults;
-    std::optional<HotKeyManager> manager(std::in_place, center, defaults);
+    std::optional<HotKeyManager> manager{std::in_place, center, defaults};
+};
+
+TEST_F(HotKeys, PressesArriveFromTheEventLoopUnlessTheManagerHasGone) {
     int presses = 0;
     manager->registerStoredHotKey();
     center.press(); // with no callback when it is delivered
@@ -33,6 +38,27 @@ TEST(HotKeyManager, PressesArriveFromTheEventLoopUnlessTheManagerHasGone) {
     EXPECT_EQ(center.removals, hotKeyFirst);
     QCoreApplication::processEvents();
     EXPECT_EQ(presses, 2);
+}
+
+TEST_F(HotKeys, OnlyTheLatestRegistrationReportsItsFailureWheneverThatIsKnown) {
+    test::CapturedOutput output;
+    manager->registerStoredHotKey();
+    manager->reregister(40, 2304);
+    ASSERT_EQ(center.hotKeys.size(), 1U);
+    EXPECT_EQ(center.hotKeys.begin()->second.keyCode, 40U);
+    EXPECT_EQ(center.hotKeys.begin()->second.modifiers, 2304U);
+    center.answer(eventHotKeyExistsErr);
+    QByteArray lines = "[HotKeyManager] ERROR: RegisterEventHotKey failed with status -9878\n";
+    EXPECT_EQ(output.text(), lines);
+    EXPECT_EQ(center.handlers.size(), 1U);
+
+    center.removals.clear();
+    center.handlerStatus = eventHotKeyInvalidErr;
+    manager->reregister(9, 768);
+    EXPECT_EQ(center.removals, QStringList(QStringLiteral("handler"))) << "nothing else was registered";
+    lines += "[HotKeyManager] ERROR: InstallEventHandler failed with status -9879\n";
+    EXPECT_EQ(output.text(), lines);
+    EXPECT_TRUE(center.hotKeys.empty());
 }
 
 } // namespace

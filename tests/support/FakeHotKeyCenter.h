@@ -1,4 +1,4 @@
-// A keyboard on which the test presses the shortcut.
+// A keyboard on which the test presses the shortcut, and says what becomes of each registration.
 #pragma once
 
 #include "platform/HotKeyCenter.h"
@@ -12,10 +12,14 @@ namespace corvatto::test {
 
 class FakeHotKeyCenter : public HotKeyCenter {
 public:
-    using Combination = std::pair<quint32, quint32>; // key code and modifiers
+    struct HotKey {
+        quint32 keyCode, modifiers;
+        StatusHandler done;
+    };
 
+    HotKeyStatus handlerStatus = noErr; // what installing a handler gives
     std::map<EventHandlerRef, std::function<HotKeyStatus()>> handlers;
-    std::map<EventHotKeyRef, Combination> hotKeys;
+    std::map<EventHotKeyRef, HotKey> hotKeys;
     QStringList removals; // what was taken away, in order
 
     // Presses every registered combination once.
@@ -26,21 +30,32 @@ public:
             }
         }
     }
+    // Gives the registrations that wait for it their result.
+    void answer(HotKeyStatus status) {
+        for (auto& [ref, hotKey] : std::exchange(hotKeys, {})) {
+            const auto done = std::exchange(hotKey.done, [](HotKeyStatus) {});
+            if (status == noErr) {
+                hotKeys.emplace(ref, hotKey);
+            }
+            done(status);
+        }
+    }
 
     HotKeyStatus installEventHandler(std::function<HotKeyStatus()> handler, EventHandlerRef& out) override {
-        out = ++m_lastRef;
-        handlers[out] = std::move(handler);
-        return noErr;
+        if (handlerStatus == noErr) {
+            out = ++m_lastRef;
+            handlers[out] = std::move(handler);
+        }
+        return handlerStatus;
     }
     HotKeyStatus removeEventHandler(EventHandlerRef handler) override {
         removals << QStringLiteral("handler");
         return handlers.erase(handler) == 1 ? noErr : eventHotKeyInvalidErr;
     }
-    HotKeyStatus registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID /*id*/,
-                                     EventHotKeyRef& out) override {
-        out = ++m_lastRef;
-        hotKeys[out] = {keyCode, modifiers};
-        return noErr;
+    EventHotKeyRef registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID /*id*/,
+                                       StatusHandler done) override {
+        hotKeys[++m_lastRef] = {keyCode, modifiers, std::move(done)};
+        return m_lastRef;
     }
     HotKeyStatus unregisterEventHotKey(EventHotKeyRef hotKey) override {
         removals << QStringLiteral("hot key");

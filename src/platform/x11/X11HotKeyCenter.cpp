@@ -65,19 +65,22 @@ HotKeyStatus X11HotKeyCenter::removeEventHandler(EventHandlerRef handler) {
     return m_handlers.erase(handler) == 1 ? noErr : eventHotKeyInvalidErr;
 }
 
-HotKeyStatus X11HotKeyCenter::registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID /*id*/,
-                                                  EventHotKeyRef& out) {
+EventHotKeyRef X11HotKeyCenter::registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID /*id*/,
+                                                    StatusHandler done) {
+    // The server answers at once.
+    HotKeyStatus status = eventHotKeyInvalidErr;
+    EventHotKeyRef ref = 0;
     const auto evdev = evdevCodeForKeyCode(keyCode);
-    if (!evdev || *evdev + xKeycodeOffset > std::numeric_limits<xcb_keycode_t>::max()) {
-        return eventHotKeyInvalidErr;
+    if (evdev && *evdev + xKeycodeOffset <= std::numeric_limits<xcb_keycode_t>::max()) {
+        HotKey hotKey{static_cast<xcb_keycode_t>(*evdev + xKeycodeOffset), modifiers};
+        status = grab(hotKey);
+        if (status == noErr) {
+            ref = ++m_lastRef;
+            m_hotKeys.emplace(ref, hotKey);
+        }
     }
-    HotKey hotKey{static_cast<xcb_keycode_t>(*evdev + xKeycodeOffset), modifiers};
-    const HotKeyStatus status = grab(hotKey);
-    if (status == noErr) {
-        out = ++m_lastRef;
-        m_hotKeys.emplace(out, hotKey);
-    }
-    return status;
+    done(status);
+    return ref;
 }
 
 HotKeyStatus X11HotKeyCenter::unregisterEventHotKey(EventHotKeyRef ref) {

@@ -19,8 +19,8 @@ public:
 
     HotKeyStatus installEventHandler(std::function<HotKeyStatus()> handler, EventHandlerRef& out) override;
     HotKeyStatus removeEventHandler(EventHandlerRef handler) override;
-    HotKeyStatus registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID id,
-                                     EventHotKeyRef& out) override;
+    EventHotKeyRef registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID id,
+                                       StatusHandler done) override;
     HotKeyStatus unregisterEventHotKey(EventHotKeyRef hotKey) override;
 
     void handleEvent(const xcb_generic_event_t& event) override;
