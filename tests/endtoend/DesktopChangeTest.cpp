@@ -13,6 +13,16 @@ protected:
         ASSERT_EQ(process.exitStatus(), 0) << command.constData();
     }
 
+    // It may take a moment until the program has followed a change of the keyboard.
+    void expectShortcutShowsPanel(const QByteArray& keys) {
+        EXPECT_TRUE(soon([&] {
+            x.key(keys);
+            return soon([this] { return panelHasKeyboard(); }, std::chrono::seconds(1));
+        }));
+        x.key("Escape");
+        EXPECT_TRUE(soonHidden());
+    }
+
     // The panel lies there and answers.
     void expectPanelAt(const QRect& expected) {
         EXPECT_TRUE(soon([&] { return x.geometry(panel()) == expected; }))
@@ -73,13 +83,19 @@ TEST_F(DesktopChangeTest, TheShortcutStaysOnItsKeyInAnotherLayout) {
         SCOPED_TRACE(layout);
         run(QByteArray("setxkbmap -layout ") +
             (layout == QByteArray("dvorak") ? "us -variant dvorak" : layout));
-        EXPECT_TRUE(soon([&] {
-            x.key(QByteArray("super+shift+") + key);
-            return soon([this] { return panelHasKeyboard(); }, std::chrono::seconds(1));
-        }));
-        x.key("Escape");
-        EXPECT_TRUE(soonHidden());
+        expectShortcutShowsPanel(QByteArray("super+shift+") + key);
     }
+}
+
+TEST_F(DesktopChangeTest, TheShortcutFollowsItsModifierToAnotherBit) {
+    launch();
+    hidePanel();
+    run("xmodmap " + desktop.writeFile("modifiers", "remove mod4 = Super_L\nadd mod3 = Super_L\n"));
+    expectShortcutShowsPanel("super+shift+v");
+    run("setxkbmap -option altwin:swap_lalt_lwin"); // a new keyboard, with Super where Alt was
+    expectShortcutShowsPanel("super+shift+v");
+    run("setxkbmap -option");
+    expectShortcutShowsPanel("super+shift+v");
 }
 
 TEST_F(DesktopChangeTest, TheWindowManagerStartsAnew) {

@@ -31,17 +31,7 @@ enum KeySymbol : xcb_keysym_t {
 } // namespace
 
 X11HotKeyCenter::X11HotKeyCenter(XcbConnection& connection) : m_connection(connection) {
-    xcb_connection_t* raw = m_connection.raw();
-    const xcb_query_extension_reply_t* extension = xcb_get_extension_data(raw, &xcb_xkb_id);
-    if (extension != nullptr && extension->present != 0) {
-        const XcbPointer<xcb_xkb_use_extension_reply_t> used(xcb_xkb_use_extension_reply(
-            raw, xcb_xkb_use_extension(raw, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION), nullptr));
-        // A held key then repeats as presses only, so that a repeat is recognised by the missing release.
-        constexpr quint32 detectable = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
-        const XcbPointer<xcb_xkb_per_client_flags_reply_t> flags(xcb_xkb_per_client_flags_reply(
-            raw, xcb_xkb_per_client_flags(raw, XCB_XKB_ID_USE_CORE_KBD, detectable, detectable, 0, 0, 0),
-            nullptr));
-    }
+    useXkb();
     readModifierMapping();
     m_connection.addListener(*this);
 }
@@ -92,6 +82,31 @@ HotKeyStatus X11HotKeyCenter::unregisterEventHotKey(EventHotKeyRef ref) {
     m_hotKeys.erase(found);
     m_connection.flush();
     return noErr;
+}
+
+void X11HotKeyCenter::useXkb() {
+    xcb_connection_t* raw = m_connection.raw();
+    const xcb_query_extension_reply_t* extension = xcb_get_extension_data(raw, &xcb_xkb_id);
+    if (extension == nullptr || extension->present == 0) {
+        return;
+    }
+    const XcbPointer<xcb_xkb_use_extension_reply_t> used(xcb_xkb_use_extension_reply(
+        raw, xcb_xkb_use_extension(raw, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION), nullptr));
+    if (!used || used->supported == 0) {
+        return;
+    }
+    // A held key then repeats as presses only, so that a repeat is recognised by the missing release.
+    constexpr quint32 detectable = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
+    const XcbPointer<xcb_xkb_per_client_flags_reply_t> flags(xcb_xkb_per_client_flags_reply(
+        raw, xcb_xkb_per_client_flags(raw, XCB_XKB_ID_USE_CORE_KBD, detectable, detectable, 0, 0, 0),
+        nullptr));
+    // To a client that uses XKB the server sends no core MappingNotify when it gets a new keyboard, so the
+    // mapping is followed by XKB's own events.
+    m_xkbEvent = extension->first_event;
+    constexpr quint16 mappings = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
+    xcb_xkb_select_events(raw, XCB_XKB_ID_USE_CORE_KBD,
+                          XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY, 0,
+                          XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY, mappings, mappings, nullptr);
 }
 
 void X11HotKeyCenter::readModifierMapping() {
@@ -232,11 +247,10 @@ void X11HotKeyCenter::handleEvent(const xcb_generic_event_t& event) {
         pressed(reinterpret_cast<const xcb_key_press_event_t&>(event));
     } else if (type == XCB_KEY_RELEASE) {
         released(reinterpret_cast<const xcb_key_release_event_t&>(event));
-    } else if (type == XCB_MAPPING_NOTIFY) {
-        // Sent to every client that has not asked XKB for something finer.
-        if (reinterpret_cast<const xcb_mapping_notify_event_t&>(event).request != XCB_MAPPING_POINTER) {
-            followMapping();
-        }
+    } else if (m_xkbEvent != 0 && type == m_xkbEvent) {
+        followMapping(); // only changes of the mapping are selected
+    } else if (m_xkbEvent == 0 && type == XCB_MAPPING_NOTIFY) {
+        followMapping();
     }
 }
 

@@ -34,6 +34,7 @@ private:
         xcb_timestamp_t lastPress = 0; // the server's milliseconds, which wrap
     };
 
+    void useXkb();
     void readModifierMapping();
     quint16 stateFor(quint32 modifiers) const;
     std::vector<quint16> lockStates() const;
@@ -45,6 +46,7 @@ private:
     void released(const xcb_key_release_event_t& event);
 
     XcbConnection& m_connection;
+    int m_xkbEvent = 0;  // the type of all events of XKB; 0 without XKB
     quint16 m_super = 0; // modifier bits
     quint16 m_alt = 0;
     quint16 m_numLock = 0;
