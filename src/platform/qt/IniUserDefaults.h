@@ -15,8 +15,8 @@ class IniUserDefaults : public UserDefaults {
     Q_OBJECT
 
 public:
-    // `path` may be empty: the settings then last for the run.
-    explicit IniUserDefaults(const QString& path);
+    // The path may be empty: the settings then last for the run.
+    explicit IniUserDefaults(const QString& settingsFile);
 
     void setObject(const QString& key, const QVariant& value) override;
 
@@ -24,16 +24,25 @@ protected:
     QVariant storedObject(const QString& key) const override;
 
 private:
+    // Tells one content of the file from the next. Default-constructed when there is no file.
+    struct FileStamp {
+        quint64 inode = 0;                             // another one whenever the file is replaced
+        qint64 size = 0, seconds = 0, nanoseconds = 0; // the times are those of the last modification
+        bool operator==(const FileStamp&) const = default;
+    };
+
     void write();
     void watch();
     void fileChanged();
+    FileStamp stampOfFile() const;
 
     QString m_path;
     std::optional<QSettings> m_settings; // absent without a path
-    QVariantMap m_kept;                  // what is set then
+    QVariantMap m_unsaved;               // what is set then
     QFileSystemWatcher m_watcher;
     QTimer m_reload;
-    bool m_complained = false;
+    FileStamp m_stamp; // of what is in m_settings
+    bool m_hasWriteFailed = false;
 };
 
 } // namespace corvatto

@@ -54,6 +54,18 @@ TEST_F(IniDefaults, EditsOfTheFileAreNoticedHoweverItIsSaved) {
     }
 }
 
+TEST_F(IniDefaults, OwnWritesAreAnnouncedOnceAndEditsOfTheSameMomentAreNotMissed) {
+    open();
+    defaults->setInteger(count, 1);
+    EXPECT_FALSE(test::eventually([this] { return changes > 1; }, std::chrono::milliseconds(300)));
+    for (int i = 2; i < 9; ++i) { // as long as before, and most likely within one tick of the clock
+        defaults->setInteger(count, i);
+        edit(onDisk().replace("=" + QByteArray::number(i), "=" + QByteArray::number(i + 1)), path);
+        EXPECT_TRUE(test::eventually([&] { return changes == 2 * i - 1; })) << i;
+        EXPECT_EQ(defaults->integer(count), i + 1);
+    }
+}
+
 TEST_F(IniDefaults, WhatCannotBeWrittenHoldsForTheRunAndCostsOneLine) {
     open();
     defaults->setInteger(count, 1);
