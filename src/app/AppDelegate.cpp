@@ -154,7 +154,7 @@ void AppDelegate::observeHotkeyChanges() {
                     return;
                 }
                 lastSeen = stored;
-                const Shortcut effective = registeredShortcut(m_desktop.defaults);
+                const Shortcut effective = registeredShortcut(m_environment.defaults);
                 hotKeyManager().reregister(effective.keyCode, effective.modifiers);
             });
 }

@@ -62,10 +62,10 @@ std::optional<QUrl> fileURL(QByteArrayView line) {
         }
         line = line.sliced(pathStart);
     }
-    while (line.startsWith("//")) {
-        line = line.sliced(1);
+    QByteArray path = unescape(line);
+    while (path.startsWith("//")) {
+        path.remove(0, 1);
     }
-    const QByteArray path = unescape(line);
     if (!path.startsWith('/') || path.contains('\0')) {
         return std::nullopt;
     }

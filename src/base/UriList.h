@@ -14,8 +14,8 @@ namespace corvatto {
 QList<QUrl> fileURLsFromUriList(const QByteArray& bytes,
                                 qsizetype atMost = std::numeric_limits<qsizetype>::max());
 
-// The file URLs of an `x-special/gnome-copied-files` or `x-special/mate-copied-files`: a first line "copy" or "cut",
-// then one URL per line.
+// The file URLs of an `x-special/gnome-copied-files` or `x-special/mate-copied-files`: a first line "copy" or
+// "cut", then one URL per line.
 QList<QUrl> fileURLsFromGnomeCopiedFiles(const QByteArray& bytes,
                                          qsizetype atMost = std::numeric_limits<qsizetype>::max());
 

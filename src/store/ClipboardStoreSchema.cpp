@@ -76,13 +76,15 @@ void ClipboardStore::openDatabase() {
                                 database + QStringLiteral("-shm"), imagesDir(), thumbnailsDir()}) {
         makePrivate(path);
     }
-    if (sqlite3_open(QFile::encodeName(database).constData(), &m_db) != SQLITE_OK) {
+    const int status = sqlite3_open(QFile::encodeName(database).constData(), &m_db);
+    // A connection that could not be opened is one all the same: what is asked of it fails, and says so.
+    m_contentReader = std::make_shared<const ContentReader>(m_db);
+    m_fetchCache = std::make_unique<FetchCache>(m_db);
+    if (status != SQLITE_OK) {
         printLine(QStringLiteral("[ClipboardStore] ERROR: Failed to open database: ") +
                   lastSqliteError(m_db));
         return;
     }
-    m_contentReader = std::make_shared<const ContentReader>(m_db);
-    m_fetchCache = std::make_unique<FetchCache>(m_db);
     installLikeFunction(m_db);
     executeSql(m_db, pageSql);
     executeSql(m_db, journalSql);

@@ -33,8 +33,8 @@ public:
     quint32 cardinal(Window window, const char* property); // the first value, 0 without one
     QList<QByteArray> states(Window window);               // the names in _NET_WM_STATE
     Window topWindow();
-    // Whether one answers. Its properties tell less: they outlive it, and one that is starting sets them before
-    // it takes charge of the windows that are there.
+    // Whether one answers. Its properties tell less: they outlive it, and one that is starting sets them
+    // before it takes charge of the windows that are there.
     bool hasWindowManager();
 
     // A window of another application, which the window manager shows and gives the keyboard. Filled with

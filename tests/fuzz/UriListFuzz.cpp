@@ -1,4 +1,5 @@
 #include "Fuzz.h"
+#include "base/FilePath.h"
 #include "base/UriList.h"
 
 using namespace corvatto;
@@ -16,8 +17,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QByteArray bytes = fuzz::bytesOf(data, size);
     for (const QList<QUrl>& urls : {fileURLsFromUriList(bytes), fileURLsFromGnomeCopiedFiles(bytes)}) {
         for (const QUrl& url : urls) {
-            const QString path = url.toLocalFile();
-            fuzz::require(path.startsWith(u'/') && !path.contains(u'\n') && !path.contains(QChar(0)));
+            const QByteArray path = pathOf(url);
+            fuzz::require(path.startsWith('/') && !path.contains('\0') && nativePath(pathLine(path)) == path);
         }
         fuzz::require(fileURLsFromUriList(uriListFromFileURLs(urls)) == urls);
         fuzz::require(fileURLsFromGnomeCopiedFiles(copiedFilesFromFileURLs(urls, false)) == urls);
