@@ -104,16 +104,18 @@ void SelectionSource::fetch(const QByteArray& target, qint64 byteLimit, Fetched 
     transfer(m_connection.atom(target), byteLimit, fetched);
 }
 
-// Asked for these two, owners choose the encoding and tell it by the type of the answer.
+// Asked for these two, owners choose the encoding and tell it by the type of the answer. Some call UTF-8 a
+// STRING, which decoding as TEXT allows for.
 QByteArray SelectionSource::encodingOf(const QByteArray& target, xcb_atom_t type) {
-    if (target == "TEXT" || target == "COMPOUND_TEXT") {
-        for (const char* encoding : {"UTF8_STRING", "COMPOUND_TEXT", "STRING", "C_STRING"}) {
-            if (type == m_connection.atom(encoding)) {
-                return encoding;
-            }
+    if (target != "TEXT" && target != "COMPOUND_TEXT") {
+        return {};
+    }
+    for (const char* encoding : {"UTF8_STRING", "COMPOUND_TEXT"}) {
+        if (type == m_connection.atom(encoding)) {
+            return encoding;
         }
     }
-    return {};
+    return "TEXT";
 }
 
 } // namespace corvatto

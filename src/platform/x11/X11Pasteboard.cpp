@@ -11,6 +11,8 @@ namespace {
 // Longer than the longest polling interval, so that whoever looks at a change finds its picture decoded.
 constexpr std::chrono::seconds decodedImageLifetime{6};
 
+constexpr std::chrono::milliseconds rereadingDelay{200};
+
 // Marks what a clipboard manager offers in place of a clipboard that its owner has left.
 constexpr char replacesEmptyTarget[] = "application/x-kde-onlyReplaceEmpty";
 
@@ -24,6 +26,9 @@ X11Pasteboard::X11Pasteboard(XcbConnection& connection, Workspace& workspace,
       m_owner(connection, m_selection) {
     m_clearWithoutWrite.setSingleShot(true);
     m_clearWithoutWrite.callOnTimeout([this] { offer(); });
+    m_rereading.setSingleShot(true);
+    m_rereading.setInterval(rereadingDelay);
+    m_rereading.callOnTimeout([this] { read(m_ownership, Meaning::aChangeIfDifferent); });
     m_forgetImage.setSingleShot(true);
     m_forgetImage.setInterval(decodedImageLifetime);
     m_forgetImage.callOnTimeout([this] { m_image.reset(); });
@@ -85,6 +90,7 @@ void X11Pasteboard::handleEvent(const xcb_generic_event_t& event) {
 void X11Pasteboard::ownershipChanged(const xcb_xfixes_selection_notify_event_t& event) {
     const bool isTakeover = event.subtype == XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER;
     if (isTakeover && event.owner == m_owner.window()) {
+        m_rereading.stop();
         m_ownership = {event.owner, event.selection_timestamp};
         m_owner.takeoverAnnounced(event.selection_timestamp);
     } else if (m_owner.hasUnannouncedTakeover()) {
@@ -97,14 +103,19 @@ void X11Pasteboard::ownershipChanged(const xcb_xfixes_selection_notify_event_t& 
 }
 
 void X11Pasteboard::announced(const Ownership& ownership) {
-    // An owner that takes over again at the same time, to the millisecond, is not read again: one that does
-    // so without end would be read without end.
     if (ownership == m_ownership) {
+        // The same takeover told again, or another one at the same time, as of a program that copies twice in
+        // answer to one key. Only the content tells. Looked at after a while, because some programs do this
+        // without end.
+        if (!m_rereading.isActive()) {
+            m_rereading.start();
+        }
         return;
     }
     m_ownership = ownership;
     if (ownership.owner == XCB_NONE) {
         m_reading.reset();
+        m_rereading.stop();
         m_isOwnerGone = false;
         setContent({});
         ++m_changeCount;
@@ -117,8 +128,9 @@ void X11Pasteboard::read(const Ownership& ownership, Meaning meaning) {
     // A change that is overtaken by the next one before it was read is not there any more to be recorded. The
     // change before stays what it is until the new one is complete.
     m_clearWithoutWrite.stop();
+    m_rereading.stop();
     m_isOwnerGone = false;
-    const QString source = meaning == Meaning::aChange ? m_workspace.frontmostApplicationName() : QString();
+    const QString source = m_workspace.frontmostApplicationName();
     const bool isByManager = isOwnedByManager();
     auto selection = std::make_unique<SelectionSource>(
         m_connection, m_properties, SelectionSource::Ownership{m_requestor, m_selection, ownership.since},
@@ -128,22 +140,22 @@ void X11Pasteboard::read(const Ownership& ownership, Meaning meaning) {
         [this, meaning, source, isByManager](ClipboardContent content, std::optional<Image> image) {
             const auto ended = std::move(m_reading); // it makes this call
             // A manager that goes on offering what the user has copied before makes no new copy of it.
-            const bool isRescue =
-                (isByManager || ended->isOffered(replacesEmptyTarget)) && content.isSameCopyAs(m_content);
-            readingEnded(isRescue ? Meaning::noChange : meaning, std::move(content), std::move(image));
-            m_sourceApplication = isRescue ? m_sourceApplication : source;
+            const bool isRescue = isByManager || ended->isOffered(replacesEmptyTarget);
+            const bool mayBeTheSame = isRescue || meaning == Meaning::aChangeIfDifferent;
+            const bool isChange =
+                meaning != Meaning::noChange && !(mayBeTheSame && content.isSameCopyAs(m_content));
+            setContent(std::move(content), std::move(image));
+            if (isChange) {
+                m_sourceApplication = source;
+                ++m_changeCount;
+            }
+            offerAgain();
         });
 }
 
 // Whether the owner is the desktop's clipboard manager, to which programs that exit hand their content.
 bool X11Pasteboard::isOwnedByManager() const {
     return m_manager != XCB_NONE && m_connection.isOfSameClient(m_manager, m_ownership.owner);
-}
-
-void X11Pasteboard::readingEnded(Meaning meaning, ClipboardContent content, std::optional<Image> image) {
-    setContent(std::move(content), std::move(image));
-    m_changeCount += meaning == Meaning::aChange ? 1 : 0;
-    offerAgain();
 }
 
 void X11Pasteboard::setContent(ClipboardContent content, std::optional<Image> image) {
@@ -155,6 +167,7 @@ void X11Pasteboard::setContent(ClipboardContent content, std::optional<Image> im
 }
 
 void X11Pasteboard::ownerGone() {
+    m_rereading.stop();
     m_isOwnerGone = true;
     m_ownership = {};
     if (m_reading) {
@@ -177,6 +190,7 @@ void X11Pasteboard::offer() {
 
 void X11Pasteboard::clearContents() {
     m_reading.reset();
+    m_rereading.stop();
     setContent({});
     ++m_changeCount;
     // A write usually follows at once. Other programs then see one change, and not an empty clipboard in
@@ -187,6 +201,7 @@ void X11Pasteboard::clearContents() {
 void X11Pasteboard::write(ClipboardContent content) {
     m_clearWithoutWrite.stop();
     m_reading.reset();
+    m_rereading.stop();
     setContent(std::move(content));
     ++m_changeCount;
     offer();

@@ -47,14 +47,13 @@ private:
         xcb_timestamp_t since = XCB_CURRENT_TIME;
         bool operator==(const Ownership&) const = default;
     };
-    enum class Meaning { aChange, noChange };
+    enum class Meaning { aChange, aChangeIfDifferent, noChange };
 
     void watchSelections();
     void readInitialContent();
     void ownershipChanged(const xcb_xfixes_selection_notify_event_t& event);
     void announced(const Ownership& ownership);
     void read(const Ownership& ownership, Meaning meaning);
-    void readingEnded(Meaning meaning, ClipboardContent content, std::optional<Image> image);
     bool isOwnedByManager() const;
     void ownerGone();
     void offerAgain();
@@ -80,6 +79,7 @@ private:
     Ownership m_ownership;             // the last one announced
     xcb_window_t m_manager = XCB_NONE; // which the desktop's clipboard manager owns its own selection with
     bool m_isOwnerGone = false;        // the owner that was announced last has exited
+    QTimer m_rereading;                // after the same ownership was announced again
     std::unique_ptr<ClipboardReading> m_reading; // while content is being collected
     std::unique_ptr<ClipboardManagerSave> m_save;
     QTimer m_clearWithoutWrite; // carries out a clear that no write follows

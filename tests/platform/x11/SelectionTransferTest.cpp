@@ -70,7 +70,7 @@ protected:
         transfer = std::make_unique<SelectionTransfer>(
             *connection,
             SelectionTransfer::Request{requestor, owner->atom("CLIPBOARD"), owner->atom("UTF8_STRING"),
-                                       owner->atom("ANSWER"), XCB_CURRENT_TIME, 1 << 20, 1s},
+                                       owner->atom("ANSWER"), XCB_CURRENT_TIME, 1 << 22, 1s},
             [this](const SelectionTransfer::Result& result) {
                 outcome = result.outcome;
                 bytes = result.bytes;
@@ -190,6 +190,19 @@ TEST_F(SelectionTransferTest, PiecesAreReadInTheirTime) {
     startTransfer();
     notify();
     EXPECT_TRUE(soon([this] { return outcome == Outcome::refused; }));
+}
+
+// A large answer may come in one property, of which a request reads a part.
+TEST_F(SelectionTransferTest, APropertyOfMegabytesIsReadWhole) {
+    QByteArray large;
+    for (quint32 word = 0; word < 700'000; ++word) {
+        large.append(reinterpret_cast<const char*>(&word), sizeof word);
+    }
+    startTransfer();
+    write("UTF8_STRING", large);
+    notify();
+    EXPECT_TRUE(soonComplete());
+    EXPECT_TRUE(bytes == large); // no printing of all of it
 }
 
 TEST_F(SelectionTransferTest, AnOwnerThatTricklesRunsOutOfTime) {
