@@ -6,7 +6,6 @@
 #include "capture/ClipboardMonitor.h"
 #include "support/FakePasteboard.h"
 #include "support/FakeUserDefaults.h"
-#include "support/FakeWorkspace.h"
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
@@ -23,8 +22,7 @@ struct Monitor {
     Preferences preferences{defaults};
     ClipboardStore store{home.path(), preferences};
     test::FakePasteboard pasteboard;
-    test::FakeWorkspace workspace;
-    ClipboardMonitor monitor{store, pasteboard, workspace, defaults};
+    ClipboardMonitor monitor{store, pasteboard, defaults};
     int captures = 0;
 
     Monitor() {

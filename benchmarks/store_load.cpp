@@ -12,7 +12,6 @@
 #include "settings/SettingsKeys.h"
 #include "support/FakePasteboard.h"
 #include "support/FakeUserDefaults.h"
-#include "support/FakeWorkspace.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -78,15 +77,14 @@ struct Program {
     std::chrono::system_clock::time_point time = std::chrono::system_clock::now();
     test::FakeUserDefaults defaults;
     test::FakePasteboard pasteboard;
-    test::FakeWorkspace workspace;
     Preferences preferences{defaults};
     ClipboardStore store;
-    ClipboardMonitor monitor{store, pasteboard, workspace, defaults};
+    ClipboardMonitor monitor{store, pasteboard, defaults};
     HistoryViewModel viewModel{store, pasteboard};
 
     explicit Program(const QString& directory) : store(directory, preferences, [this] { return time; }) {
         registerLaunchDefaults(defaults);
-        workspace.frontmost = QStringLiteral("Editor");
+        pasteboard.sourceApplication = QStringLiteral("Editor");
         viewModel.monitor = &monitor;
         monitor.onNewItem = [this] {
             viewModel.refresh();

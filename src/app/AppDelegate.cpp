@@ -17,8 +17,8 @@ AppDelegate::AppDelegate(const Environment& environment, const Platform& platfor
 
 ClipboardMonitor& AppDelegate::monitor() {
     if (!m_monitor) {
-        m_monitor = std::make_unique<ClipboardMonitor>(m_store, m_platform.pasteboard, m_platform.workspace,
-                                                       m_environment.defaults);
+        m_monitor =
+            std::make_unique<ClipboardMonitor>(m_store, m_platform.pasteboard, m_environment.defaults);
     }
     return *m_monitor;
 }
@@ -88,6 +88,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::applicationWillTerminate() {
+    monitor().checkNow();
     monitor().stop();
     hotKeyManager().unregister();
 }

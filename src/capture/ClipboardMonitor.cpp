@@ -1,5 +1,6 @@
 #include "capture/ClipboardMonitor.h"
 
+#include "base/FilePath.h"
 #include "capture/ImageStorage.h"
 #include "settings/SettingsKeys.h"
 #include "store/ContentHash.h"
@@ -25,10 +26,9 @@ QString imageHash(const Image& image) {
 
 } // namespace
 
-ClipboardMonitor::ClipboardMonitor(ClipboardStore& store, Pasteboard& pasteboard, Workspace& workspace,
-                                   UserDefaults& defaults)
+ClipboardMonitor::ClipboardMonitor(ClipboardStore& store, Pasteboard& pasteboard, UserDefaults& defaults)
     : m_timer(this), m_lastChangeCount(pasteboard.changeCount()), m_store(store), m_pasteboard(pasteboard),
-      m_workspace(workspace), m_defaults(defaults) {
+      m_defaults(defaults) {
     // Coarse, within 5 % of the interval: whether a copy is seen a few hundredths of a second earlier shows
     // nowhere, and the system can serve such timers together, so that an idle program wakes the processor
     // less.
@@ -50,6 +50,12 @@ void ClipboardMonitor::stop() {
     m_timer.stop();
     disconnect(m_defaultsObserver);
     m_defaultsObserver = {};
+}
+
+void ClipboardMonitor::checkNow() {
+    if (m_timer.isActive()) {
+        checkPasteboard();
+    }
 }
 
 void ClipboardMonitor::ignoreCurrentContent() {
@@ -92,7 +98,7 @@ void ClipboardMonitor::checkPasteboard() {
     }
     // Before anything is read, so that a change is dealt with once even if nothing comes of it.
     m_lastChangeCount = changeCount;
-    const QString sourceApp = m_workspace.frontmostApplicationName();
+    const QString sourceApp = m_pasteboard.sourceApplicationName();
     if ((recordFiles(sourceApp) || recordImage(sourceApp) || recordText(sourceApp)) && onNewItem) {
         onNewItem();
     }
@@ -103,7 +109,7 @@ bool ClipboardMonitor::recordFiles(const QString& sourceApp) {
     QStringList paths;
     for (const QUrl& url : m_pasteboard.fileURLs()) {
         // A directory is the same one with and without a slash behind its name.
-        paths.append(url.adjusted(QUrl::StripTrailingSlash).toLocalFile());
+        paths.append(pathLine(pathOf(url.adjusted(QUrl::StripTrailingSlash))));
     }
     if (paths.isEmpty()) {
         return false;

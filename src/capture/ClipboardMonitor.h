@@ -5,7 +5,6 @@
 
 #include "platform/Pasteboard.h"
 #include "platform/UserDefaults.h"
-#include "platform/Workspace.h"
 #include "store/ClipboardStore.h"
 
 #include <QMetaObject>
@@ -23,9 +22,8 @@ class ClipboardMonitor : public QObject {
     Q_OBJECT
 
 public:
-    // All four outlive the monitor. A new monitor is stopped.
-    ClipboardMonitor(ClipboardStore& store, Pasteboard& pasteboard, Workspace& workspace,
-                     UserDefaults& defaults);
+    // All three outlive the monitor. A new monitor is stopped.
+    ClipboardMonitor(ClipboardStore& store, Pasteboard& pasteboard, UserDefaults& defaults);
     ~ClipboardMonitor() override;
 
     // Fired after every capture that reached the store.
@@ -34,6 +32,10 @@ public:
     // Starts polling. What is on the clipboard at this moment is not recorded. Called while stopped.
     void start();
     void stop();
+
+    // Looks at the clipboard at once, as at the next tick, when that would be too late: before the history is
+    // shown, before the clipboard is written to, and at the end. A stopped monitor does nothing.
+    void checkNow();
 
     // Counts what is on the clipboard now as dealt with. For whoever writes to the clipboard and does not
     // want that recorded.
@@ -56,7 +58,6 @@ private:
     qint64 m_lastChangeCount = 0;
     ClipboardStore& m_store;
     Pasteboard& m_pasteboard;
-    Workspace& m_workspace;
     UserDefaults& m_defaults;
     QMetaObject::Connection m_defaultsObserver;
 };

@@ -1,9 +1,8 @@
 #include "history/HistoryViewModel.h"
 
 #include "base/Diagnostics.h"
+#include "base/FilePath.h"
 #include "base/Image.h"
-
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -34,6 +33,12 @@ void HistoryViewModel::setSelectedItemId(std::optional<qint64> id) {
 void HistoryViewModel::setItems(QList<ClipboardItem> items) {
     m_items = std::move(items);
     Q_EMIT itemsChanged();
+}
+
+void HistoryViewModel::recordPendingCopy() {
+    if (monitor) {
+        monitor->checkNow();
+    }
 }
 
 void HistoryViewModel::refresh() {
@@ -99,6 +104,7 @@ void HistoryViewModel::copyItem(qsizetype index) {
 }
 
 void HistoryViewModel::copyItem(const ClipboardItem& item) {
+    recordPendingCopy(); // it is about to be replaced
     if (!write(item)) {
         return;
     }
@@ -131,8 +137,8 @@ bool HistoryViewModel::write(const ClipboardItem& item) {
 bool HistoryViewModel::writeFiles(const QString& content) {
     QList<QUrl> urls;
     for (const QString& path : content.split(QLatin1Char('\n'))) {
-        if (!path.isEmpty() && QFileInfo::exists(path)) {
-            urls.append(QUrl::fromLocalFile(path));
+        if (pathExists(path)) {
+            urls.append(fileUrl(nativePath(path)));
         }
     }
     if (urls.isEmpty()) {

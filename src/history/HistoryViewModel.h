@@ -39,6 +39,9 @@ public:
     std::function<void()> showAbout;
     std::function<bool()> confirmClearAll; // true means go ahead
 
+    // Records what was copied since the monitor last looked, so that what follows finds it in the history.
+    void recordPendingCopy();
+
     // Loads the most recent entries, whatever the search text, and selects the second: the first is what the
     // clipboard holds already.
     void refresh();

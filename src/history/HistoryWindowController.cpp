@@ -51,6 +51,7 @@ void HistoryWindowController::show() {
     if (!m_window) {
         createWindow();
     }
+    m_viewModel.recordPendingCopy(); // what was copied just now belongs into the list
     if (m_presenter.showPanel(*m_window)) {
         m_viewModel.refresh();
         trackWindowOpen();

@@ -29,8 +29,9 @@ public:
     // Rises by one with each change of the content, another program's or our own. Never falls.
     virtual qint64 changeCount() const = 0;
 
-    // The display name of the application that was in front when the last change by another program was
-    // announced; empty when there was none.
+    // The display name, in the user's language, of the application that was in front when the last change was
+    // announced; empty when there was none, or it has no name. This program's own only for a copy made in its
+    // windows.
     virtual QString sourceApplicationName() const = 0;
 
     // The copied files in the order of the clipboard; URLs of other schemes are left out. Empty when there

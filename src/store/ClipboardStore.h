@@ -49,7 +49,8 @@ public:
     // The image's files exist already; `hash` is the image's content hash.
     void insertOrUpdateImage(const QString& imagePath, const QString& thumbnailPath, const QString& hash,
                              const QString& preview, const QString& sourceApp);
-    // Absolute paths, in the order of the clipboard. An empty list records nothing.
+    // Absolute paths as base/FilePath.h writes them, in the order of the clipboard. An empty list records
+    // nothing.
     void insertOrUpdateFile(const QStringList& paths, const QString& sourceApp);
 
     // Counts that the user copied the entry back, which moves it to the front. An unknown id changes nothing.

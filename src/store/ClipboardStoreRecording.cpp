@@ -2,6 +2,7 @@
 #include "store/ClipboardStore.h"
 
 #include "base/Diagnostics.h"
+#include "base/FilePath.h"
 #include "base/Graphemes.h"
 #include "store/ContentHash.h"
 
@@ -66,18 +67,11 @@ QString makeTextPreview(QStringView text) {
     }
 }
 
-QString lastPathComponent(QStringView path) {
-    while (path.size() > 1 && path.endsWith(u'/')) {
-        path.chop(1);
-    }
-    return path == u'/' ? path.toString() : path.sliced(path.lastIndexOf(u'/') + 1).toString();
-}
-
 QString makeFilePreview(const QStringList& paths) {
     if (paths.isEmpty()) {
         return QStringLiteral("0 files");
     }
-    const QString name = lastPathComponent(paths.first());
+    const QString name = displayName(paths.first());
     return paths.size() == 1 ? name : name + QStringLiteral(" + %1 more").arg(paths.size() - 1);
 }
 

@@ -6,7 +6,6 @@
 #include "support/Eventually.h"
 #include "support/FakePasteboard.h"
 #include "support/FakeUserDefaults.h"
-#include "support/FakeWorkspace.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -26,8 +25,7 @@ protected:
     Preferences preferences{defaults};
     ClipboardStore store{home.path(), preferences};
     test::FakePasteboard pasteboard;
-    test::FakeWorkspace workspace;
-    ClipboardMonitor monitor{store, pasteboard, workspace, defaults};
+    ClipboardMonitor monitor{store, pasteboard, defaults};
 
     void SetUp() override { registerLaunchDefaults(defaults); }
     QTimer* timer() const { return monitor.findChild<QTimer*>(); }
@@ -99,6 +97,20 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
                            QUrl::fromLocalFile(QStringLiteral("/"))};
     copy({urls, picture(), {}, {}, {}}); // files come with icons
     EXPECT_EQ(newest().content.beginning(), u"/a/folder\n/");
+}
+
+TEST_F(Monitor, LooksAtOnceWhenItIsAskedTo) {
+    pasteboard.copyText(QStringLiteral("before it runs"));
+    monitor.checkNow();
+    EXPECT_TRUE(items().isEmpty());
+    monitor.start();
+    pasteboard.copyText(QStringLiteral("just now"));
+    pasteboard.sourceApplication = QStringLiteral("Editor");
+    monitor.checkNow();
+    EXPECT_EQ(newest().preview, u"just now");
+    EXPECT_EQ(newest().sourceApp, u"Editor");
+    tick();
+    EXPECT_EQ(newest().copyCount, 1);
 }
 
 TEST_F(Monitor, FollowsTheIntervalWithinItsBoundsAndNoOtherSetting) {

@@ -1,7 +1,6 @@
 #include "HistoryTest.h"
 
 #include "support/CapturedOutput.h"
-#include "support/FakeWorkspace.h"
 
 namespace corvatto {
 namespace {
@@ -29,8 +28,7 @@ TEST_F(ViewModel, AnySelectionMayBeMovedAndCopied) {
 }
 
 TEST_F(ViewModel, AWriteIsSettledWithTheMonitorThenCountedThenDismissed) {
-    test::FakeWorkspace workspace;
-    std::optional<ClipboardMonitor> monitor(std::in_place, store, pasteboard, workspace, defaults);
+    std::optional<ClipboardMonitor> monitor(std::in_place, store, pasteboard, defaults);
     viewModel.monitor = &*monitor;
     record({"text", "newer"});
     viewModel.refresh();

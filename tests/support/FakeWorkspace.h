@@ -1,4 +1,4 @@
-// A desktop on which the test decides what is in front.
+// A desktop that keeps the addresses it is asked to open.
 #pragma once
 
 #include "platform/Workspace.h"
@@ -9,10 +9,8 @@ namespace corvatto::test {
 
 class FakeWorkspace : public Workspace {
 public:
-    QString frontmost;
     QList<QUrl> opened;
 
-    QString frontmostApplicationName() override { return frontmost; }
     bool openURL(const QUrl& url) override {
         opened << url;
         return true;

@@ -18,9 +18,9 @@ constexpr char replacesEmptyTarget[] = "application/x-kde-onlyReplaceEmpty";
 
 } // namespace
 
-X11Pasteboard::X11Pasteboard(XcbConnection& connection, Workspace& workspace,
+X11Pasteboard::X11Pasteboard(XcbConnection& connection, NameOfSource nameOfSource,
                              const ClipboardReadLimits& limits)
-    : m_connection(connection), m_workspace(workspace), m_limits(limits),
+    : m_connection(connection), m_nameOfSource(std::move(nameOfSource)), m_limits(limits),
       m_selection(connection.atom("CLIPBOARD")), m_managerSelection(connection.atom("CLIPBOARD_MANAGER")),
       m_requestor(connection.createMessageWindow(XCB_EVENT_MASK_PROPERTY_CHANGE)), m_properties(connection),
       m_owner(connection, m_selection) {
@@ -130,7 +130,7 @@ void X11Pasteboard::read(const Ownership& ownership, Meaning meaning) {
     m_clearWithoutWrite.stop();
     m_rereading.stop();
     m_isOwnerGone = false;
-    const QString source = m_workspace.frontmostApplicationName();
+    const QString source = m_nameOfSource(ownership.owner);
     const bool isByManager = isOwnedByManager();
     auto selection = std::make_unique<SelectionSource>(
         m_connection, m_properties, SelectionSource::Ownership{m_requestor, m_selection, ownership.since},

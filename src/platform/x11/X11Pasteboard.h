@@ -8,7 +8,6 @@
 #pragma once
 
 #include "platform/Pasteboard.h"
-#include "platform/Workspace.h"
 #include "platform/x11/ClipboardManagerSave.h"
 #include "platform/x11/SelectionOwner.h"
 #include "platform/x11/SelectionSource.h"
@@ -20,8 +19,12 @@ namespace corvatto {
 // Main thread.
 class X11Pasteboard : public Pasteboard, public XcbEventListener {
 public:
-    // The connection and the workspace outlive the pasteboard.
-    X11Pasteboard(XcbConnection& connection, Workspace& workspace, const ClipboardReadLimits& limits = {});
+    // The display name of the application that was copied in, when that window takes the clipboard over.
+    using NameOfSource = std::function<QString(xcb_window_t owner)>;
+
+    // The connection, and what the function refers to, outlive the pasteboard.
+    X11Pasteboard(XcbConnection& connection, NameOfSource nameOfSource,
+                  const ClipboardReadLimits& limits = {});
     ~X11Pasteboard() override;
 
     qint64 changeCount() const override { return m_changeCount; }
@@ -62,7 +65,7 @@ private:
     void write(ClipboardContent content);
 
     XcbConnection& m_connection;
-    Workspace& m_workspace;
+    NameOfSource m_nameOfSource;
     ClipboardReadLimits m_limits;
     xcb_atom_t m_selection;
     xcb_atom_t m_managerSelection;

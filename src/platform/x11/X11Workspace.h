@@ -1,4 +1,5 @@
-// The application in front on an X11 desktop, as the window manager tells it.
+// The application in front on an X11 desktop, as the window manager tells it, and the desktop's opener of
+// addresses.
 #pragma once
 
 #include "platform/Workspace.h"
@@ -7,19 +8,26 @@
 
 namespace corvatto {
 
+// Main thread.
 class X11Workspace : public Workspace {
 public:
+    // The connection outlives the workspace.
     explicit X11Workspace(XcbConnection& connection);
 
-    // The name in the desktop entry that belongs to the active window's class, else the class itself. Two
-    // short questions to the X server.
-    QString frontmostApplicationName() override;
+    // The name of the application that the user copied in, at the moment that `clipboardOwner` took the
+    // clipboard over: that of the active window, by the desktop entry that the window names or that belongs
+    // to its class, else the class itself. Empty when the active window is one of this program's and the
+    // owner is another program: window managers may leave a hidden window active. A few short questions to
+    // the X server.
+    QString nameOfCopySource(xcb_window_t clipboardOwner);
 
     // Through the desktop's own opener (xdg-open, where there is one).
     bool openURL(const QUrl& url) override;
 
 private:
     QByteArray property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type) const;
+    template <typename Value>
+    Value value(xcb_window_t window, const char* name, xcb_atom_t type) const;
 
     XcbConnection& m_connection;
     DesktopEntries m_entries;
