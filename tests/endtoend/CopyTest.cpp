@@ -1,17 +1,11 @@
 // The roads of a copy: what other programs put on the clipboard, and what the history then holds.
 #include "EndToEndTest.h"
 
-#include <QCryptographicHash>
-
 #include <filesystem>
 
 namespace corvatto::test {
 
 namespace {
-
-QByteArray sha256(const QByteArray& bytes) {
-    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
-}
 
 class CopyTest : public EndToEndTest {
 protected:
@@ -34,34 +28,24 @@ protected:
 
 TEST_F(CopyTest, TextIsStoredAsItIs) {
     launch();
-    const QByteArray family = "👩‍👩‍👧‍👦"; // one character of seven code points
-    const struct {
-        QByteArray text, preview;
-    } cases[] = {
-        {"  padded \t", "  padded \t"},
-        {"one\ntwo\r\nthree\n", "one two  three "},
-        {"表情 " + family + " 和中文，é", "表情 " + family + " 和中文，é"},
-        {QByteArray(119, 'x') + family + "y", QByteArray(119, 'x') + family},
-        {"a'b\"c;--%_", "a'b\"c;--%_"},
-        {QByteArray("before\0after\0", 13), QByteArray("before\0after\0", 13)},
-        {"before", "before"},
-    };
-    for (const auto& [text, preview] : cases) {
+    const QByteArrayList texts{"  padded \t",
+                               "one\ntwo\r\nthree\n",
+                               "表情 👩‍👩‍👧‍👦 和中文，é",
+                               "a'b\"c;--%_",
+                               QByteArray("before\0after\0", 13),
+                               "before"};
+    for (const QByteArray& text : texts) {
         copyText(text);
         ASSERT_TRUE(soonStored(text)) << text.constData();
-        const auto row = *database.find(text);
-        EXPECT_EQ(row.preview, preview);
-        EXPECT_EQ(row.hash, sha256(text));
-        EXPECT_EQ(row.type, "text");
-        EXPECT_EQ(row.thumbnail, std::nullopt);
-        EXPECT_EQ(row.firstCopiedAt, row.lastCopiedAt);
     }
-    EXPECT_EQ(database.rows().size(), std::size(cases));
+    EXPECT_EQ(database.rows().size(), texts.size());
     // Of several flavours the one that loses nothing wins; any will do.
     copy({{"STRING", "??"}, {"text/html", "<b>汉字</b>"}, {"UTF8_STRING", "汉字"}});
     EXPECT_TRUE(soonStored("汉字"));
     copy({{"text/plain;charset=gb18030", "\xd6\xd0\xce\xc4"}});
     EXPECT_TRUE(soonStored("中文"));
+    copy({{"application/x-unknown", "content"}});
+    EXPECT_EQ(rowsAfterNextCopy().size(), texts.size() + 2);
 }
 
 TEST_F(CopyTest, ATextOfTwentyMegabytesAndBack) {
@@ -75,8 +59,6 @@ TEST_F(CopyTest, ATextOfTwentyMegabytesAndBack) {
         const auto rows = database.rows();
         return rows.size() == 1 && rows.first().content == text;
     }));
-    EXPECT_EQ(database.rows().first().preview.left(15), "line 0 汉字 l");
-
     copyText("something else");
     ASSERT_TRUE(soonStored("something else"));
     hidePanel();
@@ -87,14 +69,6 @@ TEST_F(CopyTest, ATextOfTwentyMegabytesAndBack) {
     EXPECT_TRUE(paste() == text); // no printing of all of it
 }
 
-TEST_F(CopyTest, WhiteSpaceAndUnknownContentAreNoCopies) {
-    launch();
-    copyText(" \t\r\n \n");
-    EXPECT_TRUE(rowsAfterNextCopy().isEmpty());
-    copy({{"application/x-unknown", "content"}});
-    EXPECT_EQ(rowsAfterNextCopy().size(), 1); // the copy before
-}
-
 TEST_F(CopyTest, ImagesOfEveryFormatBecomeTwoFiles) {
     const QImage image = testImage({1000, 500});
     launch();
@@ -103,13 +77,10 @@ TEST_F(CopyTest, ImagesOfEveryFormatBecomeTwoFiles) {
         copy({{QByteArray("image/") + format, encoded(image, format)}});
         const auto row = soonImage();
         ASSERT_TRUE(row);
-        EXPECT_EQ(row->preview, "Image 1000×500");
         EXPECT_EQ(row->content, desktop.dataDirectory() + "/images/" + row->hash + ".png");
         EXPECT_EQ(row->thumbnail, desktop.dataDirectory() + "/thumbnails/" + row->hash + ".png");
         EXPECT_EQ(decoded(bytesOf(row->content)), image);
-        const QSize thumbnail = decoded(bytesOf(*row->thumbnail)).size();
-        EXPECT_EQ(thumbnail.width(), 2 * thumbnail.height());
-        EXPECT_TRUE(thumbnail.width() >= 360 && thumbnail.width() <= 720) << thumbnail.width();
+        EXPECT_EQ(decoded(bytesOf(*row->thumbnail)).size(), QSize(720, 360));
         EXPECT_EQ(rowsAfterNextCopy().size(), 1);
         database.execute("DELETE FROM clipboard_items");
     }
@@ -123,12 +94,12 @@ TEST_F(CopyTest, TextStandsInForAnImageThatCannotBeSaved) {
     EXPECT_TRUE(soonStored("what the image says"));
     EXPECT_TRUE(program->hasPrinted("[ImageStorage] ERROR: Failed to write original image."));
     EXPECT_TRUE(program->hasPrinted("  parent exists: true"));
-    copy({{"image/png", png}});
-    EXPECT_EQ(rowsAfterNextCopy().size(), 1);
-
     std::filesystem::remove(images.constData());
     copy({{"image/png", png}, {"UTF8_STRING", "what the image says"}});
     EXPECT_TRUE(soonImage());
+    librariesMayComplain = true;
+    copy({{"image/png", png.left(png.size() / 2)}, {"UTF8_STRING", "half an image"}});
+    EXPECT_TRUE(soonStored("half an image"));
 }
 
 TEST_F(CopyTest, FilesAreStoredByTheirPaths) {
@@ -139,28 +110,18 @@ TEST_F(CopyTest, FilesAreStoredByTheirPaths) {
 
     copy({{"text/uri-list", fileUrl(plain) + "\r\n"}, {"UTF8_STRING", plain}});
     ASSERT_TRUE(soonStored(plain));
-    EXPECT_EQ(database.find(plain)->type, "file");
-    EXPECT_EQ(database.find(plain)->preview, "report.pdf");
-    EXPECT_EQ(database.find(plain)->hash, sha256("file|" + plain));
-
     const QByteArray all = spaced + '\n' + chinese + '\n' + plain;
-    copy({{"text/uri-list", "# a comment\r\n" + fileUrl(spaced) + "\r\n" + fileUrl(chinese) + "\r\n" +
-                                fileUrl(plain) + "\r\n"}});
+    copy({{"text/uri-list", fileUrl(spaced) + "\r\n" + fileUrl(chinese) + "\r\n" + fileUrl(plain)}});
     ASSERT_TRUE(soonStored(all));
-    EXPECT_EQ(database.find(all)->preview, "my notes 50%.txt + 2 more");
-    EXPECT_EQ(database.find(all)->hash, sha256("file|" + all));
 
     // What is on other machines is no file, and a list of nothing else is as good as its text.
     copy({{"text/uri-list", "https://example.org/a\r\n"}, {"UTF8_STRING", "a link"}});
     EXPECT_TRUE(soonStored("a link"));
-    copy({{"text/uri-list",
-           "https://example.org/a\r\n" + fileUrl(spaced) + "\r\nfile://elsewhere.org/c\r\n"}});
-    EXPECT_TRUE(soonStored(spaced));
     // A file comes with its icon, or only in the form of a file manager.
     copy({{"text/uri-list", fileUrl(chinese)}, {"image/png", encoded(testImage({16, 16}), "png")}});
     EXPECT_TRUE(soonStored(chinese));
     copy({{"x-special/gnome-copied-files", "copy\n" + fileUrl(spaced)}, {"UTF8_STRING", spaced}});
-    EXPECT_TRUE(soonStored(spaced, 2));
+    EXPECT_TRUE(soonStored(spaced));
     for (const auto& row : rowsAfterNextCopy()) {
         EXPECT_EQ(row.type, row.content == "a link" ? "text" : "file");
     }

@@ -16,7 +16,6 @@ namespace corvatto::test {
 namespace {
 
 using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
-using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
 
 Connection open(const QByteArray& path, int flags) {
     sqlite3* handle = nullptr;
@@ -26,30 +25,26 @@ Connection open(const QByteArray& path, int flags) {
 }
 
 std::optional<QList<Database::Row>> read(const QByteArray& path) {
+    const auto append = [](void* rows, int, char** values, char**) {
+        const auto text = [&](int column) { // whole, whatever characters are in it
+            return QByteArray::fromHex(values[column]);
+        };
+        static_cast<QList<Database::Row>*>(rows)->append(
+            {text(0), text(1), text(2), text(3), values[4] != nullptr ? std::optional(text(4)) : std::nullopt,
+             text(5), QByteArray(values[6]).toLongLong(), QByteArray(values[7]).toLongLong(),
+             QByteArray(values[8]).toLongLong()});
+        return 0;
+    };
     const Connection connection = open(path, SQLITE_OPEN_READONLY);
-    sqlite3_stmt* handle = nullptr;
-    sqlite3_prepare_v2(connection.get(),
-                       "SELECT id, content, content_hash, preview, content_type, source_app, thumbnail_path, "
-                       "copy_count, first_copied_at, last_copied_at FROM clipboard_items "
-                       "ORDER BY last_copied_at DESC, id DESC",
-                       -1, &handle, nullptr);
-    const Statement statement(handle, &sqlite3_finalize);
-    const auto number = [&](int column) {
-        return qint64{sqlite3_column_int64(handle, column)};
-    };
-    const auto text = [&](int column) { // whole, whatever characters are in it
-        const auto* bytes = static_cast<const char*>(sqlite3_column_blob(handle, column));
-        return QByteArray(bytes, sqlite3_column_bytes(handle, column));
-    };
     QList<Database::Row> rows;
-    int result = SQLITE_ERROR;
-    while (handle != nullptr && (result = sqlite3_step(handle)) == SQLITE_ROW) {
-        const bool hasThumbnail = sqlite3_column_type(handle, 6) != SQLITE_NULL;
-        rows.append({number(0), text(1), text(2), text(3), text(4),
-                     hasThumbnail ? std::optional(text(6)) : std::nullopt, text(5), number(7), number(8),
-                     number(9)});
-    }
-    return result == SQLITE_DONE ? std::optional(rows) : std::nullopt;
+    const int result =
+        sqlite3_exec(connection.get(),
+                     "SELECT hex(content), hex(content_hash), hex(preview), hex(content_type), "
+                     "iif(thumbnail_path IS NULL, NULL, hex(thumbnail_path)), hex(source_app), "
+                     "copy_count, first_copied_at, last_copied_at FROM clipboard_items "
+                     "ORDER BY last_copied_at DESC, id DESC",
+                     append, &rows, nullptr);
+    return result == SQLITE_OK ? std::optional(rows) : std::nullopt;
 }
 
 } // namespace

@@ -11,7 +11,6 @@ namespace corvatto::test {
 class Database {
 public:
     struct Row {
-        qint64 id = 0;
         QByteArray content, hash, preview, type;
         std::optional<QByteArray> thumbnail;
         QByteArray sourceApp;

@@ -194,12 +194,6 @@ QImage testImage(QSize size) {
     return image;
 }
 
-QImage filled(const QColor& colour) {
-    QImage image(200, 100, QImage::Format_RGB32);
-    image.fill(colour);
-    return image;
-}
-
 QByteArray encoded(const QImage& image, const char* format) {
     QBuffer buffer;
     image.save(&buffer, format);

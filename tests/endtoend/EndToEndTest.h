@@ -6,7 +6,6 @@
 #include "TestDesktop.h"
 #include "XClient.h"
 
-#include <QColor>
 #include <QVariant>
 
 #include <gmock/gmock.h>
@@ -69,7 +68,6 @@ private:
 QList<Database::Entry> numberedEntries(); // "entry 0", the newest, to "entry 16"
 
 QImage testImage(QSize size); // no pixel of it is like the next
-QImage filled(const QColor& colour);
 QByteArray encoded(const QImage& image, const char* format);
 QImage decoded(const QByteArray& bytes); // without the transparency that nothing shows
 QByteArray bytesOf(const QByteArray& path);

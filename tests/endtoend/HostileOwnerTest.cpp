@@ -60,27 +60,19 @@ protected:
 
 } // namespace
 
-TEST_F(HostileOwnerTest, OneThatNeverAnswers) {
-    for (const char* mute : {"--mute=1", "--mute=2"}) {
-        SCOPED_TRACE(mute);
-        copy({{"UTF8_STRING", "unheard"}, {"image/png", "unseen"}, {"text/uri-list", "file:///tmp"}}, {mute});
-        ASSERT_TRUE(soon([this] { return owner->output().contains("request"); }));
+TEST_F(HostileOwnerTest, OneThatNeverAnswersOrStopsOrDies) {
+    for (const QByteArray option : {"--mute=1", "--mute=2", "--stop-after=3", "--die-after=1"}) {
+        SCOPED_TRACE(option.toStdString());
+        copy(megabyte, {"--chunk=100000", option});
+        ASSERT_TRUE(soon([&] {
+            return option.startsWith("--die")    ? !owner->isRunning()
+                   : option.startsWith("--stop") ? owner->output().count("chunk UTF8_STRING\n") == 3
+                                                 : owner->output().contains("request");
+        }));
         QElapsedTimer time;
         time.start();
         expectPanelToAnswer();
         EXPECT_LT(time.elapsed(), 4500); // a single read that waits takes longer
-    }
-    expectOnlyTheNextCopyStored();
-}
-
-TEST_F(HostileOwnerTest, OneThatDiesOrStopsInTheMiddleOfATransfer) {
-    for (const char* end : {"--die-after=1", "--die-after=5", "--stop-after=3"}) {
-        SCOPED_TRACE(end);
-        copy(megabyte, {"--chunk=100000", end});
-        const bool dies = QByteArray(end).startsWith("--die");
-        EXPECT_TRUE(soon(
-            [&] { return dies ? !owner->isRunning() : owner->output().count("chunk UTF8_STRING\n") == 3; }));
-        expectPanelToAnswer();
     }
     expectOnlyTheNextCopyStored();
 }
@@ -106,35 +98,15 @@ TEST_F(HostileOwnerTest, OneThatListsThousandsOfTargets) {
     EXPECT_LT(longestStallUntil([this] { return owner->hasPrinted("request x-kde-passwordManagerHint"); }),
               noticeable);
     const auto keepsSecret = std::move(owner);
-    copy({{"UTF8_STRING", "unheard"}}, {"--targets=20000"});
-    EXPECT_LT(longestStallUntil([this] { return owner->hasPrinted("request TARGETS"); }), noticeable);
     expectOnlyTheNextCopyStored(4);
     EXPECT_FALSE(keepsSecret->hasPrinted("request UTF8_STRING"));
 }
 
-TEST_F(HostileOwnerTest, OneThatAnswersWrongly) {
-    for (const char* lie : {"--lie=1", "--lie=2", "--lie=3", "--lie=4", "--lie=5"}) {
-        SCOPED_TRACE(lie);
-        copy({{"UTF8_STRING", QByteArray("text of ") + lie + '.'}}, {lie});
-        ASSERT_TRUE(soon([this] { return owner->output().contains("request"); }));
-        expectPanelToAnswer();
-        const bool isReadable = lie[6] == '1' || lie[6] == '3'; // as far as it tells; once
-        EXPECT_TRUE(!isReadable || soonStored(QByteArray("text of ") + lie + '.'));
-    }
-    expectOnlyTheNextCopyStored(5);
-}
-
-TEST_F(HostileOwnerTest, OneThatAnnouncesHundredMegabytes) {
-    copy(megabyte, {"--announce=104857600", "--stop-after=0"});
-    ASSERT_TRUE(soonSaid("request UTF8_STRING"));
-    expectPanelToAnswer();
-    expectOnlyTheNextCopyStored();
-
-    // Sent, too, behind an announcement of next to nothing.
+TEST_F(HostileOwnerTest, OneThatSendsHundredMegabytesAndAnnouncesTen) {
     copy({{"UTF8_STRING", QByteArray(100 << 20, 'x')}}, {"--announce=10", "--chunk=1000000"});
     ASSERT_TRUE(soonSaid("chunk UTF8_STRING"));
     expectPanelToAnswer();
-    expectOnlyTheNextCopyStored(4);
+    expectOnlyTheNextCopyStored();
 }
 
 TEST_F(HostileOwnerTest, OneThatAnnouncesItselfAgainAndAgain) {
@@ -144,19 +116,14 @@ TEST_F(HostileOwnerTest, OneThatAnnouncesItselfAgainAndAgain) {
     EXPECT_TRUE(soon([this] { return owner->output().count("owner\n") >= 50; }));
     expectOnlyTheNextCopyStored(4); // no new ownership, no new copy
 
-    for (const char* period : {"--again=50", "--again=3"}) {
-        SCOPED_TRACE(period);
-        copy({{"UTF8_STRING", period}}, {period, "--renew=1"});
-        EXPECT_TRUE(soon([&] { return database.find(period).has_value(); }));
-        expectPanelToAnswer();
-        EXPECT_TRUE(owner->isRunning());
-        showPanel();
-        x.key("ctrl+a BackSpace Right Right Return"); // a write against the flood
-        EXPECT_TRUE(soonHidden());
-        EXPECT_TRUE(soon([this] { return owner->hasPrinted("lost"); }));
-        rowsAfterNextCopy();
-    }
-    EXPECT_EQ(rowsAfterNextCopy().size(), 9); // nothing but what was copied
+    copy({{"UTF8_STRING", "anew"}}, {"--again=3", "--renew=1"});
+    EXPECT_TRUE(soon([&] { return database.find("anew").has_value(); }));
+    expectPanelToAnswer();
+    showPanel();
+    x.key("ctrl+a BackSpace Right Right Return"); // a write against the flood
+    EXPECT_TRUE(soonHidden());
+    EXPECT_TRUE(soon([this] { return owner->hasPrinted("lost"); }));
+    EXPECT_EQ(rowsAfterNextCopy().size(), 6); // nothing but what was copied
 }
 
 } // namespace corvatto::test

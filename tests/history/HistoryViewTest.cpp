@@ -178,11 +178,17 @@ TEST_F(View, MenusOfferWhatTheyAreOpenedOn) {
         asked += u"preferences ";
     };
     viewModel.showAbout = [&] {
-        asked += u"about";
+        asked += u"about ";
     };
-    menu->actions()[2]->trigger();
-    menu->actions()[4]->trigger();
-    EXPECT_EQ(asked, u"preferences about");
+    viewModel.confirmClearAll = [&] {
+        asked += u"clear";
+        return true;
+    };
+    for (const int entry : {2, 4, 0}) {
+        menu->actions()[entry]->trigger();
+    }
+    EXPECT_EQ(asked, u"preferences about clear");
+    EXPECT_TRUE(emptyShelf.isVisible());
     menu->close();
 }
 
