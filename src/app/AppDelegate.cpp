@@ -107,7 +107,7 @@ void AppDelegate::showHistoryWindow() {
 }
 
 void AppDelegate::terminate() {
-    // Not quit(), which asks every window first: the panel does not let itself be closed.
+    // Not quit(), which closes every window first and stops when one refuses, as the panel does.
     m_platform.pasteboard.handOver([] { QCoreApplication::exit(); });
 }
 
@@ -129,7 +129,7 @@ void AppDelegate::openPreferences() {
     m_preferencesWindow->show();
     m_preferencesWindow->raise();
     m_platform.presenter.activate(*m_preferencesWindow);
-    m_preferencesWindow->centre(); // at every opening, wherever the user has moved it
+    m_preferencesWindow->centre(); // at every opening, even if the user had moved it
 }
 
 void AppDelegate::showAboutPanel() {
@@ -147,7 +147,7 @@ void AppDelegate::setupAppShortcuts() {
 }
 
 void AppDelegate::observeHotkeyChanges() {
-    // Told of every change of any setting; only one of the shortcut counts.
+    // The notification comes for every setting; only a change of the shortcut counts.
     connect(&m_environment.defaults, &UserDefaults::didChange, this,
             [this, lastSeen = storedShortcut(m_environment.defaults)]() mutable {
                 const Shortcut stored = storedShortcut(m_environment.defaults);

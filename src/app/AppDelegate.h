@@ -1,5 +1,5 @@
 // The composition root: creates every long-lived object once, connects them, starts capture and shortcut at
-// launch and tears both down at termination.
+// launch, and stops both at termination.
 #pragma once
 
 #include "app/Platform.h"
@@ -34,7 +34,7 @@ class AppDelegate : public QObject {
     Q_OBJECT
 
 public:
-    // Opens the history at once. What `platform` refers to outlives the delegate.
+    // Opens the history database. What `platform` refers to outlives the delegate.
     AppDelegate(const Environment& environment, const Platform& platform);
 
     void applicationDidFinishLaunching();

@@ -10,16 +10,16 @@ namespace corvatto {
 
 struct CommandLine {
     enum class Action {
-        run,    // start, or show the panel of the instance that runs
-        show,   // the rest are for the running instance
-        toggle, //
+        run,  // start, or show the panel of the instance that runs
+        show, // this and the next two are requests to the running instance
+        toggle,
         quit,
         printVersion,
         printHelp,
     };
 
     Action action = Action::run;
-    QString error; // not empty: the arguments make no sense, and this says why
+    QString error; // why the arguments are invalid; empty when they are valid
 
     // `arguments` without the program's name.
     static CommandLine parse(const QStringList& arguments);
@@ -27,7 +27,7 @@ struct CommandLine {
     static QString helpText();
 };
 
-// The word that asks a running instance for `action`; empty for what needs none.
+// The request that is sent to a running instance for `action`; empty when the action needs no instance.
 QString requestFor(CommandLine::Action action);
 
 } // namespace corvatto

@@ -1,5 +1,5 @@
-// The platform's classes as implemented for the display system that the program runs on. Whoever fills this
-// in, one factory for each display system, is the only one to name implementations.
+// The implementations of the platform's interfaces for the display system that the program runs on. Each
+// display system has one factory that fills this in; nothing else names implementations.
 #pragma once
 
 #include "platform/HotKeyCenter.h"

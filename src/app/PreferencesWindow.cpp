@@ -10,7 +10,7 @@
 namespace corvatto {
 namespace {
 
-// Points. Fonts whose lines are taller than most make the window higher, never its content cramped.
+// Points. The window is higher than this when the font needs more room.
 constexpr int contentWidth = 680;
 constexpr int contentHeight = 460;
 
@@ -19,7 +19,7 @@ constexpr int contentHeight = 460;
 PreferencesWindow::PreferencesWindow(QWidget* content)
     : QWidget(nullptr, Qt::Dialog | // without buttons to minimise and maximise
                            Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
-                           Qt::WindowStaysOnTopHint), // or it would open behind the panel it is opened from
+                           Qt::WindowStaysOnTopHint), // like the panel, which would hide it
       m_content(content) {
     setWindowTitle(QStringLiteral("Corvatto Preferences"));
     setPalette(appearance::lightPalette());

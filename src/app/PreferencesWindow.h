@@ -1,11 +1,11 @@
-// The window around the preferences view: a fixed size, a title, a close button, and nothing else.
+// The window around the preferences view: fixed size, title and close button.
 #pragma once
 
 #include <QWidget>
 
 namespace corvatto {
 
-// Closing hides it; it lasts as long as the program, with its state.
+// Closing only hides it, and its state is kept.
 class PreferencesWindow : public QWidget {
     Q_OBJECT
 

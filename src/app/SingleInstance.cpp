@@ -43,8 +43,7 @@ bool isOwnUser(const QLocalSocket& socket) {
 SingleInstance::SingleInstance(const QString& directory)
     : m_directory(directory), m_socketPath(directory + QStringLiteral("/instance")),
       m_lock(directory + QStringLiteral("/lock")) {
-    m_lock.setStaleLockTime(
-        0); // however long it runs; the lock of a process that has gone counts as free anyway
+    m_lock.setStaleLockTime(0); // never by age; the lock of a process that has ended counts as free anyway
 }
 
 QString SingleInstance::defaultDirectory() {
@@ -59,11 +58,11 @@ bool SingleInstance::becomePrimary() {
     if (const auto error = createDirectories(m_directory)) {
         printLine(QStringLiteral("[CorvattoApp] ERROR: Cannot create %1: %2")
                       .arg(m_directory, error->description()));
-        return true; // better two than none
+        return true; // two instances are better than none
     }
     const QFileInfo directory(m_directory);
     if (directory.ownerId() != getuid() || directory.isSymLink()) {
-        // Somebody has put it there for us; what we would say there is not for them.
+        // Another user may have put it there to read our requests.
         printLine(QStringLiteral("[CorvattoApp] ERROR: %1 is another user's, or a link; not used.")
                       .arg(m_directory));
         return true;
@@ -78,7 +77,7 @@ void SingleInstance::listen(std::function<void(const QString& request)> handle) 
     }
     m_handle = std::move(handle);
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
-    // Whoever left the socket behind does not hold the lock any more.
+    // A socket that is left over: we hold the lock, so its process has ended.
     QLocalServer::removeServer(m_socketPath);
     if (!m_server.listen(m_socketPath)) {
         printLine(QStringLiteral("[CorvattoApp] ERROR: Cannot listen on %1: %2")
@@ -94,7 +93,7 @@ void SingleInstance::listen(std::function<void(const QString& request)> handle) 
                 continue;
             }
             QObject::connect(socket, &QLocalSocket::readyRead, &m_server, [this, socket] { answer(socket); });
-            answer(socket); // it may have written before we listened
+            answer(socket); // the request may have arrived before the connection above was made
         }
     });
 }
@@ -115,7 +114,7 @@ void SingleInstance::answer(QLocalSocket* socket) {
 }
 
 bool SingleInstance::send(const QString& request) const {
-    // Without Qt's sockets, which need an application object and its event loop.
+    // Not with Qt's sockets, which need an application object and its event loop.
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     const QByteArray path = QFile::encodeName(m_socketPath);

@@ -1,5 +1,5 @@
-// One Corvatto a user: the first listens on a socket that only its user can reach, later ones tell it what is
-// asked of them.
+// Lets only one Corvatto run for each user. The first process listens on a socket that only its user can
+// reach; later ones send it their request.
 #pragma once
 
 #include <QLocalServer>
@@ -13,18 +13,18 @@ namespace corvatto {
 
 class SingleInstance {
 public:
-    // The socket and the lock live in `directory`, which is created, for this user alone, if it does not
-    // exist.
+    // Keeps the socket and a lock in `directory`, which is created if necessary, accessible to this user
+    // only.
     explicit SingleInstance(const QString& directory);
 
-    // Becomes the instance that answers. False when another one is there already.
+    // Becomes the instance that answers requests. False when there is one already.
     bool becomePrimary();
 
     // Calls `handle` from the event loop with each request. Requests of other users are not read.
     void listen(std::function<void(const QString& request)> handle);
 
-    // Hands `request` to the instance that runs and waits for its answer, five seconds at most. False when
-    // there is none, or it does not answer. For a process that does nothing else.
+    // Sends `request` to the running instance and waits up to five seconds for its answer. False when there
+    // is no instance, or no answer. Blocks, so only for a process that does nothing else.
     bool send(const QString& request) const;
 
     // $XDG_RUNTIME_DIR/corvatto, else a directory of the user's own below the system's temporary one.

@@ -12,7 +12,7 @@ namespace {
 
 QPixmap paperclipPixmap(int side) {
     const QString name = QStringLiteral("paperclip");
-    // The point size whose drawing fills the pixmap, less a margin for the edge.
+    // The symbol fills the pixmap but for a margin for the edge.
     const double edge = std::max(1.0, side / 32.0);
     const double pointSize = (side - 2 * edge) / symbols::size(name, 1).height();
     const QPixmap light = symbols::pixmap(name, pointSize, QColor(255, 255, 255, 150), 1);
@@ -32,7 +32,7 @@ QPixmap paperclipPixmap(int side) {
     return pixmap;
 }
 
-// Dark with a light edge, so that it can be read on light and on dark panels.
+// Dark with a light edge, to be visible on light and on dark trays.
 QIcon paperclipIcon() {
     QIcon icon;
     for (const int side : {16, 22, 24, 32, 48, 64}) {

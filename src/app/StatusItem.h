@@ -1,4 +1,4 @@
-// The program's permanent handle: a paper clip in the desktop's tray, with a menu.
+// The icon in the desktop's tray, a paper clip with a menu. It is there as long as the program runs.
 #pragma once
 
 #include "platform/Tray.h"

@@ -9,7 +9,7 @@
 namespace corvatto {
 namespace {
 
-// A signal handler may do little more than write to a descriptor.
+// Writing to a descriptor is one of the few things that a signal handler may do.
 std::array<int, 2> wakeUpPipe{-1, -1};
 
 void handleSignal(int /*signal*/) {
@@ -22,7 +22,7 @@ void handleSignal(int /*signal*/) {
 TerminationSignals::TerminationSignals(std::function<void()> onTerminate)
     : m_onTerminate(std::move(onTerminate)) {
     if (pipe2(wakeUpPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
-        return; // the signals then end the program as they always do
+        return; // the signals keep their default effect
     }
     m_notifier = std::make_unique<QSocketNotifier>(wakeUpPipe[0], QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] {

@@ -8,10 +8,10 @@
 
 namespace corvatto {
 
-// One at a time. The handlers are installed while the object lives.
+// There may be only one object. The handlers are installed while it lives.
 class TerminationSignals {
 public:
-    // `onTerminate` is called from the event loop, once a signal.
+    // `onTerminate` is called from the event loop, once for each signal.
     explicit TerminationSignals(std::function<void()> onTerminate);
     ~TerminationSignals();
     TerminationSignals(const TerminationSignals&) = delete;

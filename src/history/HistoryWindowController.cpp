@@ -13,7 +13,7 @@
 namespace corvatto {
 namespace {
 
-// An automatic check for updates is considered at every so many openings.
+// The number of openings after which an automatic check for updates may run.
 constexpr qint64 openingsBetweenChecks = 100;
 
 // The digit keys in the order of the entries that they copy.
@@ -94,7 +94,7 @@ bool HistoryWindowController::handleKey(const KeyEvent& event) {
         return isCommand;
     case keyReturn:
         if (m_view->searchField().hasFocus()) {
-            return false; // the field submits
+            return false; // the field handles it
         }
         m_viewModel.selectAndCopy();
         return true;

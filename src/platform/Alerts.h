@@ -13,7 +13,7 @@ struct Alert {
     QString informativeText;
     Style style = Style::Informational;
     QStringList buttons; // in order; the first is the default
-    // The index of the button that Escape, or closing the alert otherwise, counts as. Below zero: the last.
+    // The index of the button that closing the alert counts as, with Escape or otherwise. Negative: the last.
     int buttonOnClosing = -1;
 };
 
@@ -24,8 +24,8 @@ public:
     Alerts(const Alerts&) = delete;
     Alerts& operator=(const Alerts&) = delete;
 
-    // Shows the alert in front of everything and returns the index of the button chosen. Runs a nested event
-    // loop, so the rest of the program goes on.
+    // Shows the alert above all windows and returns the index of the chosen button. Runs a nested event loop,
+    // so the rest of the program goes on.
     virtual int runModal(const Alert& alert) = 0;
 };
 

@@ -1,4 +1,4 @@
-// "5 min. ago", "3 天前": distances in time in the user's language.
+// Relative times in the user's language, such as "5 min. ago" or "3 天前".
 #pragma once
 
 #include <QDateTime>

@@ -22,7 +22,7 @@ public:
     Screens(const Screens&) = delete;
     Screens& operator=(const Screens&) = delete;
 
-    // Called from the event loop after a screen has come, gone or changed, or what is free of it.
+    // Called from the event loop when a screen was added, removed or changed, or its visible frame was.
     std::function<void()> didChange;
 
     virtual QPoint mouseLocation() const = 0;

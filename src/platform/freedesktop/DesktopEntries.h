@@ -1,4 +1,4 @@
-// Finds the desktop entry of an application by its window class, for the name that users know it by.
+// Finds the name of an application, as its desktop entry gives it to users, by its window class.
 //
 // Answers are cached, failures too, until a directory of entries changes. A question about a known class
 // costs one look at each directory's modification time, and reads no file.

@@ -42,8 +42,7 @@ QLabel* newLabel(const QString& text, const QFont& font) {
 AlertDialog::AlertDialog(const Alert& alert)
     : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                            Qt::WindowCloseButtonHint |
-                           // The panel floats above ordinary windows; a question about it must float above
-                           // the panel.
+                           // Above the panel, which floats above ordinary windows.
                            Qt::WindowStaysOnTopHint) {
     const auto count = static_cast<int>(alert.buttons.size());
     m_chosen =

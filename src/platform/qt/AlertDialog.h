@@ -14,7 +14,7 @@ class AlertDialog : public QDialog {
 public:
     explicit AlertDialog(const Alert& alert);
 
-    // The index of the button that was clicked, or that closing counts as.
+    // The index of the button that was clicked; after closing, of the one that the alert names for that.
     int chosen() const { return m_chosen; }
 
 private:

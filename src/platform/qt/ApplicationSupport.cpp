@@ -7,7 +7,7 @@ namespace {
 
 QString baseDirectory(const char* variable, const QString& belowHome) {
     QString configured = QFile::decodeName(qgetenv(variable));
-    if (configured.startsWith(QLatin1Char('/'))) { // a relative path is invalid and is to be ignored
+    if (configured.startsWith(QLatin1Char('/'))) { // relative paths are invalid, and ignored
         return configured;
     }
     const QString home = QFile::decodeName(qgetenv("HOME"));

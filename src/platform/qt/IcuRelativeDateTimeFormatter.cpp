@@ -21,7 +21,7 @@ qint64 wholeMonths(const QDateTime& from, const QDateTime& to) {
     return months;
 }
 
-// The largest unit of which there is a whole one. Months and years are those of the calendar.
+// The largest unit that fits at least once. Months and years are those of the calendar.
 Distance distance(const QDateTime& from, const QDateTime& to) {
     constexpr qint64 minute = 60;
     constexpr qint64 hour = 60 * minute;
@@ -48,7 +48,7 @@ Distance distance(const QDateTime& from, const QDateTime& to) {
     return {seconds, UDAT_REL_UNIT_SECOND};
 }
 
-// A tag that is none at all, of a strange environment, is no reason to show no times.
+// Falls back to English for an invalid tag, so that there are always times to show.
 icu::Locale localeFor(const QString& tag) {
     UErrorCode status = U_ZERO_ERROR;
     const icu::Locale locale = icu::Locale::forLanguageTag(tag.toStdString(), status);
@@ -72,12 +72,12 @@ IcuRelativeDateTimeFormatter::~IcuRelativeDateTimeFormatter() = default;
 
 QString IcuRelativeDateTimeFormatter::localizedString(const QDateTime& time,
                                                       const QDateTime& reference) const {
-    // Months are counted on the calendar of the reference, so both stand in its zone.
+    // Months are counted on the calendar of the reference, so both times are converted to its zone.
     const QDateTime now = reference.toOffsetFromUtc(reference.offsetFromUtc());
     const QDateTime then = time.toOffsetFromUtc(reference.offsetFromUtc());
     const bool isFuture = then > now;
     const Distance away = isFuture ? distance(now, then) : distance(then, now);
-    // The sign chooses the direction; a negative zero is "0 seconds ago".
+    // The sign gives the direction; negative zero is "0 seconds ago".
     const double amount = isFuture ? static_cast<double>(away.amount) : -static_cast<double>(away.amount);
     UErrorCode status = m_formatter->status;
     icu::UnicodeString text;

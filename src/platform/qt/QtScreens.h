@@ -21,7 +21,7 @@ public:
 private:
     void watch(const QScreen* screen);
 
-    QTimer m_change; // one change of the desktop is many of Qt's screens
+    QTimer m_change; // joins the many signals that one change of the desktop causes
 };
 
 } // namespace corvatto
