@@ -13,16 +13,6 @@ protected:
         ASSERT_EQ(process.exitStatus(), 0) << command.constData();
     }
 
-    // It may take a moment until the program has followed a change of the keyboard.
-    void expectShortcutShowsPanel(const QByteArray& keys) {
-        EXPECT_TRUE(soon([&] {
-            x.key(keys);
-            return soon([this] { return panelHasKeyboard(); }, std::chrono::seconds(1));
-        }));
-        x.key("Escape");
-        EXPECT_TRUE(soonHidden());
-    }
-
     // The panel lies there and answers.
     void expectPanelAt(const QRect& expected) {
         EXPECT_TRUE(soon([&] { return x.geometry(panel()) == expected; }))
@@ -61,12 +51,11 @@ TEST_F(DesktopChangeTest, ScreensAreResizedAddedAndRemoved) {
 
 TEST_F(DesktopChangeTest, TheShortcutStaysOnItsKeyInAnotherLayout) {
     launch();
-    hidePanel();
     for (const auto& [layout, key] : {std::pair{"dvorak", "k"}, {"ru", "Cyrillic_em"}, {"us", "v"}}) {
         SCOPED_TRACE(layout);
         run(QByteArray("setxkbmap -layout ") +
             (layout == QByteArray("dvorak") ? "us -variant dvorak" : layout));
-        expectShortcutShowsPanel(QByteArray("super+shift+") + key);
+        EXPECT_TRUE(soonToggled(QByteArray("super+shift+") + key));
     }
 }
 
@@ -74,11 +63,11 @@ TEST_F(DesktopChangeTest, TheShortcutFollowsItsModifierToAnotherBit) {
     launch();
     hidePanel();
     run("xmodmap " + desktop.writeFile("modifiers", "remove mod4 = Super_L\nadd mod3 = Super_L\n"));
-    expectShortcutShowsPanel("super+shift+v");
+    EXPECT_TRUE(soonToggled("super+shift+v"));
     run("setxkbmap -option altwin:swap_lalt_lwin"); // a new keyboard, with Super where Alt was
-    expectShortcutShowsPanel("super+shift+v");
+    EXPECT_TRUE(soonToggled("super+shift+v"));
     run("setxkbmap -option");
-    expectShortcutShowsPanel("super+shift+v");
+    EXPECT_TRUE(soonToggled("super+shift+v"));
 }
 
 TEST_F(DesktopChangeTest, TheWindowManagerStartsAnew) {

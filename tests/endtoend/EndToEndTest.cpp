@@ -117,6 +117,13 @@ bool EndToEndTest::soonHidden() {
     return soon([this] { return panel() == XCB_NONE; });
 }
 
+bool EndToEndTest::soonToggled(const QByteArray& keys) {
+    return soon([&, wasVisible = panel() != XCB_NONE] {
+        x.key(keys);
+        return soon([&] { return (panel() != XCB_NONE) != wasVisible; }, std::chrono::seconds(2));
+    });
+}
+
 bool EndToEndTest::isInFront(const QByteArray& title) {
     const auto window = x.activeWindow();
     return window != panel() && x.title(window) == title &&

@@ -37,6 +37,9 @@ protected:
     XClient::Window panel(); // 0 while it is hidden
     bool panelHasKeyboard();
     bool soonHidden();
+    // Whether the keys show or hide the panel. Pressed again after a while, because the program may take
+    // notice of a change of settings or of the keyboard later than the key arrives.
+    bool soonToggled(const QByteArray& keys);
     bool isInFront(const QByteArray& title); // a window of the program's that is not the panel
     QPoint card(int index);                  // the centre of a card of the shelf while it is not scrolled
 

@@ -4,25 +4,20 @@
 
 #include <QSet>
 
-#include <csignal>
 #include <cstdio>
 #include <random>
-#include <sys/time.h>
 
 namespace corvatto::test {
 
 namespace {
 
-pid_t victim = 0;
-
 class KillTest : public EndToEndTest {
 protected:
-    // Asynchronously, so that the moment has nothing to do with what this process does.
-    void killAfter(std::chrono::milliseconds time) {
-        victim = static_cast<pid_t>(program->pid());
-        std::signal(SIGALRM, [](int) { kill(victim, SIGKILL); });
-        const itimerval timer{{}, {time.count() / 1000, time.count() % 1000 * 1000}};
-        ASSERT_EQ(setitimer(ITIMER_REAL, &timer, nullptr), 0);
+    // By another process, so that the moment has nothing to do with what this one does.
+    Process killAfter(double seconds) {
+        const QByteArray command =
+            "sleep " + QByteArray::number(seconds) + "; kill -KILL " + QByteArray::number(program->pid());
+        return {"sh", {"-c", command}, desktop.environment(), true};
     }
 
     // Copies something new, sometimes an image, and returns what its entry will be known by.
@@ -68,7 +63,7 @@ TEST_F(KillTest, NothingThatWasStoredIsLost) {
             setSetting("maxItemCount", limit);
         }
         launch();
-        killAfter(std::chrono::milliseconds(500 + random() % 2500));
+        const Process killer = killAfter(0.5 + static_cast<double>(random() % 2500) / 1000);
         while (program->isRunning()) {
             const QByteArray name = copySomething();
             const auto isStored = [&] {

@@ -1,4 +1,4 @@
-// Start and end of the program, its shortcut, and what it leaves on the disk.
+// Start and end of the program, its command line and shortcut, and what it leaves on the disk.
 #include "EndToEndTest.h"
 
 #include <filesystem>
@@ -9,14 +9,8 @@ namespace {
 
 class LifecycleTest : public EndToEndTest {
 protected:
-    // Whether Super, Alt and the key show or hide the panel, once the program has taken notice of the
-    // settings.
-    bool soonToggledBy(const QByteArray& keys) {
-        const bool wasVisible = panel() != XCB_NONE;
-        return soon([&] {
-            x.key(keys);
-            return soon([&] { return (panel() != XCB_NONE) != wasVisible; }, std::chrono::seconds(1));
-        });
+    std::optional<int> corvatto(const QByteArrayList& arguments) {
+        return Process(CORVATTO_PROGRAM, arguments, desktop.environment(), true).exitStatus();
     }
 };
 
@@ -82,11 +76,29 @@ TEST_F(LifecycleTest, TheShortcutIsGivenBackAtTheEnd) {
     EXPECT_TRUE(soonPrinted("[HotKeyManager] ERROR: RegisterEventHotKey failed with status -9878"));
     setSetting("hotkeyKeyCode", 11);     // B
     setSetting("hotkeyModifiers", 2304); // command and option
-    EXPECT_TRUE(soonToggledBy("super+alt+b"));
+    EXPECT_TRUE(soonToggled("super+alt+b"));
     // Another change leaves nothing of the one before. Zero stands for the default, V.
     setSetting("hotkeyKeyCode", 0);
-    EXPECT_TRUE(soonToggledBy("super+alt+v"));
+    EXPECT_TRUE(soonToggled("super+alt+v"));
     EXPECT_TRUE(x.grabKey(keyB, super | alt));
+}
+
+TEST_F(LifecycleTest, ASecondStartAndTheCommandLineReachTheRunningProgram) {
+    EXPECT_EQ(corvatto({"--toggle"}), 1); // none is running
+    launch();
+    hidePanel();
+    EXPECT_EQ(corvatto({}), 0);
+    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    EXPECT_EQ(corvatto({"--toggle"}), 0);
+    EXPECT_TRUE(soonHidden());
+    EXPECT_EQ(corvatto({"--show"}), 0);
+    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    EXPECT_EQ(corvatto({"--nonsense"}), 2);
+    EXPECT_EQ(corvatto({"--version"}), 0);
+    EXPECT_EQ(corvatto({"--quit"}), 0);
+    EXPECT_EQ(program->exitStatus(), 0);
+    EXPECT_EQ(corvatto({"--quit"}), 1);
+    launch(); // and it starts again
 }
 
 } // namespace corvatto::test

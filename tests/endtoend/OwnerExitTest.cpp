@@ -77,13 +77,11 @@ TEST_F(OwnerExitTest, TextImagesAndFilesRemain) {
     ASSERT_TRUE(soonStored("kept\r\n文"));
     ASSERT_TRUE(soonOfferedAgain());
     EXPECT_EQ(paste(), "kept\r\n文");
-    EXPECT_EQ(rowsAfterNextCopy().size(), 1);
 
     copy({{"image/png", encoded(image, "png")}});
-    ASSERT_TRUE(soon([this] { return database.rows().size() == 3; }));
+    ASSERT_TRUE(soon([this] { return database.rows().size() == 2; }));
     ASSERT_TRUE(soonOfferedAgain());
     EXPECT_EQ(decoded(paste("image/png").value_or("")), image);
-    EXPECT_EQ(rowsAfterNextCopy().size(), 3);
 
     copy({{"text/uri-list", fileUrl(file) + "\r\n"}});
     ASSERT_TRUE(soonStored(file));
@@ -91,7 +89,7 @@ TEST_F(OwnerExitTest, TextImagesAndFilesRemain) {
     EXPECT_EQ(paste("text/uri-list").value_or("").trimmed(), fileUrl(file));
 
     const auto rows = rowsAfterNextCopy();
-    EXPECT_EQ(rows.size(), 5);
+    EXPECT_EQ(rows.size(), 3);
     for (const auto& row : rows) {
         EXPECT_EQ(row.copyCount, 1) << row.content.constData(); // offering again is no copy
     }

@@ -72,24 +72,4 @@ TEST_F(PasteBackTest, FilesInOrderWithoutThoseThatHaveGone) {
     EXPECT_EQ(rowsAfterNextCopy().size(), 1);
 }
 
-TEST_F(PasteBackTest, EntriesWhoseFilesHaveGoneChangeNothing) {
-    const auto notAnImage = desktop.writeFile("broken.png", "not an image");
-    database.fill({{"/nowhere/a\n/nowhere/b", "file", "a + 1 more"},
-                   {"/nowhere/image.png", "image", "Image 1×1"},
-                   {notAnImage, "image", "Image 1×1"}});
-    copyText("still here");
-    launch();
-    x.key("ctrl+1");
-    EXPECT_TRUE(soonPrinted("[HistoryViewModel] All file paths are missing — nothing copied."));
-    x.key("ctrl+2 super+3");
-    EXPECT_TRUE(soon([this] {
-        return program->output().count("[HistoryViewModel] Image file missing — nothing copied.\n") == 2;
-    }));
-    EXPECT_TRUE(panelHasKeyboard());
-    EXPECT_EQ(paste(), "still here");
-    for (const auto& row : database.rows()) {
-        EXPECT_EQ(row.copyCount, 1);
-    }
-}
-
 } // namespace corvatto::test

@@ -38,13 +38,13 @@ TestDesktop::TestDesktop(const Options& options) {
     }
     m_environment.insert(QStringLiteral("LANG"), QStringLiteral("C.UTF-8"));
     m_environment.insert(QStringLiteral("HOME"), m_home.path());
-    for (const char* name : {"data", "config", "cache", "runtime"}) {
-        std::filesystem::create_directory((home() + '/' + name).constData());
+    for (const auto& [variable, folder] : {std::pair("XDG_DATA_HOME", "data"),
+                                           {"XDG_CONFIG_HOME", "config"},
+                                           {"XDG_CACHE_HOME", "cache"},
+                                           {"XDG_RUNTIME_DIR", "runtime"}}) {
+        std::filesystem::create_directory((home() + '/' + folder).constData());
+        m_environment.insert(QLatin1String(variable), m_home.filePath(QLatin1String(folder)));
     }
-    m_environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.filePath(QStringLiteral("data")));
-    m_environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral("config")));
-    m_environment.insert(QStringLiteral("XDG_CACHE_HOME"), m_home.filePath(QStringLiteral("cache")));
-    m_environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.filePath(QStringLiteral("runtime")));
     std::filesystem::permissions((home() + "/runtime").constData(), std::filesystem::perms::owner_all);
 
     // The server chooses a free display and writes its number, so that several tests can run at once.

@@ -33,19 +33,18 @@ TEST_F(TrayTest, TheMenuOnTheBusDoesAllThatItSays) {
     EXPECT_FALSE(soon([&] { return tray->hasItem(); }, std::chrono::milliseconds(300)));
     tray->come();
     ASSERT_TRUE(soon([&] { return tray->hasItem(); }));
+    // The answer comes after all that the item sends to announce itself, which Qt complains of if it is lost.
+    EXPECT_EQ(tray->itemProperty("Id"), QStringLiteral("corvatto"));
     tray.reset();
     tray = std::make_unique<TrayHost>(desktop.sessionBus());
     tray->come();
     ASSERT_TRUE(soon([&] { return tray->hasItem(); }));
 
-    EXPECT_EQ(tray->itemProperty("Id"), QStringLiteral("corvatto"));
     EXPECT_THAT(tray->iconSizes(), ::testing::IsSupersetOf({QSize(16, 16), QSize(22, 22), QSize(48, 48)}));
     EXPECT_EQ(tray->menu(),
               QStringList({QStringLiteral("显示历史"), QStringLiteral("-"), QStringLiteral("清空所有历史"),
                            QStringLiteral("-"), QStringLiteral("偏好设置... (Control+,)"),
                            QStringLiteral("关于"), QStringLiteral("-"), QStringLiteral("退出 (Control+Q)")}));
-    tray->choose(QStringLiteral("显示历史")); // visible already
-    EXPECT_TRUE(soon([this] { return setting("corvattoHistoryWindowOpenCount") == 2; }));
     hidePanel();
     tray->choose(QStringLiteral("显示历史"));
     EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));

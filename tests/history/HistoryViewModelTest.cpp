@@ -50,7 +50,7 @@ TEST_F(ViewModel, AWriteIsSettledWithTheMonitorThenCountedThenDismissed) {
     EXPECT_EQ(pasteboard.content.text, u"newer") << "without a monitor and a panel, too";
 }
 
-TEST_F(ViewModel, ALongTextIsCopiedWholeOrNotAtAll) {
+TEST_F(ViewModel, WhatIsNotThereAnyMoreIsNotCopied) {
     const QString text = QString(100'000, u'x') + QStringLiteral("end");
     store.insertOrUpdate(text, {});
     viewModel.refresh();
@@ -60,7 +60,14 @@ TEST_F(ViewModel, ALongTextIsCopiedWholeOrNotAtAll) {
     const qint64 count = pasteboard.count;
     test::CapturedOutput output;
     viewModel.selectAndCopy();
-    EXPECT_EQ(output.text(), "[HistoryViewModel] Text missing — nothing copied.\n");
+    store.insertOrUpdateFile({QStringLiteral("/nowhere/a"), QStringLiteral("/nowhere/b")}, {});
+    store.insertOrUpdateImage(QStringLiteral("/nowhere.png"), {}, QStringLiteral("hash"), {}, {});
+    viewModel.refresh();
+    viewModel.copyItem(0);
+    viewModel.copyItem(1);
+    EXPECT_EQ(output.text(), "[HistoryViewModel] Text missing — nothing copied.\n"
+                             "[HistoryViewModel] Image file missing — nothing copied.\n"
+                             "[HistoryViewModel] All file paths are missing — nothing copied.\n");
     EXPECT_EQ(pasteboard.count, count);
     EXPECT_EQ(dismissals, 1);
 }
