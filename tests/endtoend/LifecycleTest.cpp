@@ -39,6 +39,11 @@ TEST_F(LifecycleTest, FilesAreTheUsersOwn) {
         }
     }
     launch();
+    // The opening is stored after the panel is on the screen, and with it comes a lock that goes again.
+    ASSERT_TRUE(soon([&] {
+        return setting("corvattoHistoryWindowOpenCount") == 2 &&
+               !std::filesystem::exists((desktop.settingsFile() + ".lock").constData());
+    }));
     EXPECT_EQ(std::filesystem::status(instance).permissions(), perms::owner_all);
 
     int files = 0;
