@@ -86,6 +86,7 @@ TEST_F(Card, FiguresCountWhatUsersSee) {
         return HistoryCardView(item, false, 0).sizeText(counts);
     };
     EXPECT_EQ(size("image", QStringLiteral("/图/e\u0301.png")), u"8 个字") << "of the path";
+    EXPECT_EQ(size("text", QStringLiteral("हिन्दी 😀\r\n")), u"5 个字");
     EXPECT_EQ(size("file", QStringLiteral("/a\n\n/b\n")), u"2 个文件");
     EXPECT_EQ(size("text", QStringLiteral("👨‍👩‍👧").repeated(12345)), u"12345 个字")
         << "no grouping";

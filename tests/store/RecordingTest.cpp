@@ -73,6 +73,8 @@ TEST_F(Recording, PreviewsOneLineOf120Characters) {
     const QString family = QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467\u200D\U0001F466");
     EXPECT_EQ(previewOf(family.repeated(119) + QStringLiteral("e\u0301zz")),
               family.repeated(119) + QStringLiteral("e\u0301"));
+    // An emoji stays whole behind any script.
+    EXPECT_EQ(previewOf(QStringLiteral("हिन्दी😀").repeated(41)), QStringLiteral("हिन्दी😀").repeated(40));
     // Every cut of the text into windows: whatever precedes them, flags stay whole.
     const QString flag = QStringLiteral("\U0001F1E8\U0001F1F3");
     for (int offset = 0; offset < 4; ++offset) {
