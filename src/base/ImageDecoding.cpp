@@ -121,14 +121,22 @@ bool isSound(const QByteArray& bytes) {
     return !bytes.startsWith("BM") || isCompleteBmp(bytes);
 }
 
+// Qt's default limit of 128 MB would refuse a screenshot of an 8K display. The limit is the whole process's,
+// so it is set once, by whoever decodes first.
+void raiseAllocationLimit() {
+    [[maybe_unused]] static const bool isRaised = [] {
+        QImageReader::setAllocationLimit(static_cast<int>(maximumDecodedImageBytes >> 20));
+        return true;
+    }();
+}
+
 // Prepares `reader` for what `device` holds. False when that is no image, or not of a size to be decoded.
 bool prepare(QImageReader& reader, QIODevice& device) {
     const QByteArray format = formatOf(device.peek(signatureLength));
     if (format.isEmpty()) {
         return false;
     }
-    // Qt's own limit of 128 MB is one for the whole process; it would refuse a screenshot of an 8K display.
-    QImageReader::setAllocationLimit(static_cast<int>(maximumDecodedImageBytes >> 20));
+    raiseAllocationLimit();
     reader.setDevice(&device);
     reader.setAutoDetectImageFormat(false);
     reader.setFormat(format);
