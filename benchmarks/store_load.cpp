@@ -122,7 +122,7 @@ void copySomething(Program& program, std::mt19937& random, int number) {
         break;
     }
     case 2: // a repeat
-        program.pasteboard.copyText(program.viewModel.items().value(40).content.whole().value_or(QString()));
+        program.pasteboard.copyText(program.viewModel.items().value(40).content.load().value_or(QString()));
         break;
     default:
         program.pasteboard.copyText(
@@ -150,7 +150,7 @@ void loadForAnHour(unsigned seed) {
         if (number % 1'000 == 999) {
             const auto items = program.store.fetchRecent(std::nullopt, copies);
             const auto images = std::count_if(items.begin(), items.end(), [](const ClipboardItem& item) {
-                return item.contentType == QLatin1String("image") && QFile::exists(item.content.beginning());
+                return item.contentType == QLatin1String("image") && QFile::exists(item.content.prefix());
             });
             isTrimmed = isTrimmed && items.size() <= limit && images == filesIn(program.store.imagesDir()) &&
                         images == filesIn(program.store.thumbnailsDir());

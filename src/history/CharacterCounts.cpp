@@ -12,12 +12,12 @@ constexpr qsizetype mostRemembered = 10'000;
 } // namespace
 
 qsizetype CharacterCounts::of(const ClipboardItem& item) {
-    if (item.content.beginning().size() < worthRemembering) {
-        return graphemeCount(item.content.beginning());
+    if (item.content.prefix().size() < worthRemembering) {
+        return graphemeCount(item.content.prefix());
     }
     auto known = m_counts.constFind(item.id);
     if (known == m_counts.constEnd()) {
-        const std::optional<QString> content = item.content.whole();
+        const std::optional<QString> content = item.content.load();
         if (!content) {
             return 0; // not worth remembering: the next time it may be read
         }

@@ -89,7 +89,7 @@ QStringList HistoryCardView::filePaths() const {
     if (m_item.contentType != QLatin1String("file")) {
         return {};
     }
-    return m_item.content.beginning().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return m_item.content.prefix().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 bool HistoryCardView::isSingleImageFile() const {
@@ -98,7 +98,7 @@ bool HistoryCardView::isSingleImageFile() const {
 }
 
 std::optional<QString> HistoryCardView::imagePath() const {
-    for (const QString& path : {m_item.thumbnailPath.value_or(QString()), m_item.content.beginning()}) {
+    for (const QString& path : {m_item.thumbnailPath.value_or(QString()), m_item.content.prefix()}) {
         if (!path.isEmpty()) {
             return path;
         }
@@ -250,7 +250,7 @@ void HistoryCardView::drawBody(QPainter& painter, const QRectF& area, const Card
 void HistoryCardView::drawTextBody(QPainter& painter, const QRectF& area) const {
     const TextExcerpt excerpt{monospacedSystemFont(12), faded(labelColor(), 0.85), 15, 2};
     excerpt.draw(painter, area.adjusted(horizontalPadding, 8, -horizontalPadding, -8),
-                 m_item.content.beginning());
+                 m_item.content.prefix());
 }
 
 void HistoryCardView::drawFileBody(QPainter& painter, const QRectF& area, const CardContext& context) const {

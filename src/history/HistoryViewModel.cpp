@@ -118,7 +118,7 @@ void HistoryViewModel::copyItem(const ClipboardItem& item) {
 }
 
 bool HistoryViewModel::write(const ClipboardItem& item) {
-    const std::optional<QString> content = item.content.whole();
+    const std::optional<QString> content = item.content.load();
     if (!content) {
         printLine(u"[HistoryViewModel] Text missing — nothing copied.");
         return false;

@@ -14,7 +14,7 @@ namespace corvatto {
 struct ClipboardItem {
     qint64 id = 0;
     // The text; or the absolute path of the PNG file; or absolute paths joined with line feeds. Only a text
-    // may be held by its beginning.
+    // may be incomplete.
     ItemContent content;
     QString contentHash; // 64 hexadecimal digits, ContentHash.h
     QString preview;

@@ -5,14 +5,14 @@
 namespace corvatto {
 namespace {
 
-constexpr qsizetype longestHeld = 64 * 1024; // bytes of UTF-8
+constexpr qsizetype longestComplete = 64 * 1024; // bytes of UTF-8; what is longer is loaded when needed
 
-// Three bytes are one UTF-16 unit, and four are two; the last character may be cut off.
-constexpr qsizetype beginningBytes = ItemContent::shortestBeginning * 3 + 4;
+// Three bytes of UTF-8 give at least one UTF-16 unit; four more make up for a last character that is cut off.
+constexpr qsizetype prefixBytes = ItemContent::minimumPrefix * 3 + 4;
 
-// Without what would be half of its last character.
-QByteArrayView beginningOf(QByteArrayView utf8) {
-    qsizetype end = beginningBytes;
+// Ends with a whole character.
+QByteArrayView prefixOf(QByteArrayView utf8) {
+    qsizetype end = prefixBytes;
     for (int i = 0; i < 3 && (static_cast<uchar>(utf8[end]) & 0xC0) == 0x80; ++i) {
         --end;
     }
@@ -24,12 +24,12 @@ QByteArrayView beginningOf(QByteArrayView utf8) {
 ItemContent ContentReader::contentOf(const std::shared_ptr<const ContentReader>& reader,
                                      const SqliteStatement& row, int column, qint64 id) {
     const QByteArrayView utf8 = row.columnUtf8(column);
-    if (utf8.size() <= longestHeld) {
+    if (utf8.size() <= longestComplete) {
         return textOf(utf8);
     }
-    return {textOf(beginningOf(utf8)), [weakly = std::weak_ptr(reader), id]() -> std::optional<QString> {
-                const auto stillThere = weakly.lock();
-                return stillThere ? stillThere->read(id) : std::nullopt;
+    return {textOf(prefixOf(utf8)), [weakReader = std::weak_ptr(reader), id]() -> std::optional<QString> {
+                const auto strongReader = weakReader.lock();
+                return strongReader ? strongReader->read(id) : std::nullopt;
             }};
 }
 

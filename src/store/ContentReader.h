@@ -1,4 +1,5 @@
-// Gives items their content: a short one as it is, a long one as something that is read when it is needed.
+// Gives items their content: a short one complete, a long one as a prefix and a loader of the rest. Private
+// to this room.
 #pragma once
 
 #include "store/ItemContent.h"
@@ -14,8 +15,8 @@ public:
     // The connection outlives the reader.
     explicit ContentReader(sqlite3* db) : m_db(db) {}
 
-    // The content in that column of the entry `id`. It may outlive the reader, and is gone then if it is
-    // long.
+    // The content in `column` of `row`, which is the row of the entry `id`. A long one that outlives the
+    // reader cannot be loaded any more.
     static ItemContent contentOf(const std::shared_ptr<const ContentReader>& reader,
                                  const SqliteStatement& row, int column, qint64 id);
 

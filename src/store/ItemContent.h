@@ -1,6 +1,6 @@
 // The content of an entry: a text, which may be very long. A hundred entries of some megabytes each would
-// take more memory than all the rest, and nearly none of it is ever looked at; so a long content is held by
-// its beginning, and all of it is read from the history when it is asked for.
+// take more memory than all the rest, and hardly any of it is ever looked at; so only a prefix of a long
+// content is kept in memory, and the content is loaded from the history when it is asked for.
 #pragma once
 
 #include <QString>
@@ -13,26 +13,26 @@ namespace corvatto {
 // A value; copying it is cheap. Main thread.
 class ItemContent {
 public:
-    // All of a content; absent when it is in the history no more, or cannot be read.
-    using Reader = std::function<std::optional<QString>()>;
+    // Gives the complete content; absent when it is no longer in the history, or cannot be read.
+    using Loader = std::function<std::optional<QString>()>;
 
-    // What the beginning of a content that is not held whole has at least, in UTF-16 units.
-    static constexpr qsizetype shortestBeginning = 5'000;
+    // The least length of a prefix that is not the complete content, in UTF-16 units.
+    static constexpr qsizetype minimumPrefix = 5'000;
 
     ItemContent() = default;
-    ItemContent(QString whole) : m_beginning(std::move(whole)) {} // any text is a content
-    ItemContent(QString beginning, Reader reader)
-        : m_beginning(std::move(beginning)), m_reader(std::move(reader)) {}
+    ItemContent(QString complete) : m_prefix(std::move(complete)) {} // implicit: any text is a content
+    ItemContent(QString prefix, Loader loader) : m_prefix(std::move(prefix)), m_loader(std::move(loader)) {}
 
-    bool isHeldWhole() const { return !m_reader; }
-    const QString& beginning() const { return m_beginning; } // all of it when it is held whole
+    // Whether prefix() is the complete content.
+    bool isComplete() const { return !m_loader; }
+    const QString& prefix() const { return m_prefix; }
 
-    // All of it, as it is stored now. Takes as long as reading it from the disk does.
-    std::optional<QString> whole() const { return m_reader ? m_reader() : m_beginning; }
+    // The complete content, as it is stored now. Reads a long one from the disk at each call.
+    std::optional<QString> load() const { return m_loader ? m_loader() : m_prefix; }
 
 private:
-    QString m_beginning;
-    Reader m_reader;
+    QString m_prefix;
+    Loader m_loader;
 };
 
 } // namespace corvatto

@@ -86,7 +86,7 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
     store.deleteAll();
     copy({{}, {}, picture().tiffData(), {}, {}});
     EXPECT_EQ(newest().contentHash, hash);
-    for (const auto& [path, directory] : {std::pair(newest().content.beginning(), store.imagesDir()),
+    for (const auto& [path, directory] : {std::pair(newest().content.prefix(), store.imagesDir()),
                                           {*newest().thumbnailPath, store.thumbnailsDir()}}) {
         EXPECT_EQ(path, QStringLiteral("%1/%2.png").arg(directory, hash));
         EXPECT_TRUE(QFileInfo::exists(path));
@@ -96,7 +96,7 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
     const QList<QUrl> urls{QUrl::fromLocalFile(QStringLiteral("/a/folder/")),
                            QUrl::fromLocalFile(QStringLiteral("/"))};
     copy({urls, picture(), {}, {}, {}}); // files come with icons
-    EXPECT_EQ(newest().content.beginning(), u"/a/folder\n/");
+    EXPECT_EQ(newest().content.prefix(), u"/a/folder\n/");
 }
 
 TEST_F(Monitor, LooksAtOnceWhenItIsAskedTo) {

@@ -134,7 +134,7 @@ TEST_F(Card, TheThumbnailComesFirstAndWhatCannotBeShownHasASymbolAndItsPreview) 
     EXPECT_EQ(share(drawn(), band, Qt::blue), 1.0);
 
     // The same path no longer holds it: the picture was not kept beyond its file.
-    QFile broken(item.content.beginning());
+    QFile broken(item.content.prefix());
     ASSERT_TRUE(broken.open(QIODevice::WriteOnly) && broken.write("\x89PNG\r\n") > 0);
     broken.close();
     const QImage placeholder = drawn();

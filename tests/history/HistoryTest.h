@@ -48,7 +48,7 @@ protected:
     QString selected() const {
         for (const ClipboardItem& item : viewModel.items()) {
             if (item.id == viewModel.selectedItemId()) {
-                return item.content.beginning();
+                return item.content.prefix();
             }
         }
         return QStringLiteral("(none)");
@@ -56,7 +56,7 @@ protected:
     QString shown() const {
         QStringList contents;
         for (const ClipboardItem& item : viewModel.items()) {
-            contents << item.content.beginning();
+            contents << item.content.prefix();
         }
         return contents.join(u' ');
     }

@@ -113,7 +113,7 @@ public:
         ClipboardStore next(directory, preferences);
         Entries entries = next.fetchRecent(std::nullopt, 1000);
         for (ClipboardItem& entry : entries) {
-            entry.content = *entry.content.whole(); // while there is somebody to read it
+            entry.content = *entry.content.load(); // while there is somebody to read it
         }
         EXPECT_EQ(output.text(), "");
         return entries;
@@ -121,15 +121,15 @@ public:
 
     static bool isWhole(const ClipboardItem& item) {
         if (item.contentType == QLatin1String("image")) {
-            return QFileInfo::exists(item.content.beginning()) && QFileInfo::exists(*item.thumbnailPath);
+            return QFileInfo::exists(item.content.prefix()) && QFileInfo::exists(*item.thumbnailPath);
         }
         const auto prefix = QLatin1String(item.contentType == QLatin1String("file") ? "file|" : "");
-        return item.contentHash == sha256(prefix + *item.content.whole()) && !item.preview.isEmpty();
+        return item.contentHash == sha256(prefix + *item.content.load()) && !item.preview.isEmpty();
     }
     static bool hasHappened(const Entries& entries) {
         return entries.size() == GetParam().entries &&
                (entries.isEmpty() || std::any_of(entries.begin(), entries.end(), [](const auto& entry) {
-                    return entry.content.whole()->endsWith(QLatin1String(GetParam().content)) &&
+                    return entry.content.load()->endsWith(QLatin1String(GetParam().content)) &&
                            entry.copyCount == GetParam().copies;
                 }));
     }

@@ -57,7 +57,7 @@ TEST_F(Queries, TheCacheAnswersOnlyWhileNothingHasChanged) {
     }
 }
 
-TEST_F(Queries, ALongTextIsHeldByItsBeginningAndReadWhenItIsNeeded) {
+TEST_F(Queries, OfALongTextAPrefixIsHeldAndTheRestIsLoadedWhenNeeded) {
     const auto item = [this] {
         return store->fetchRecent(std::nullopt, 1).value(0);
     };
@@ -66,22 +66,22 @@ TEST_F(Queries, ALongTextIsHeldByItsBeginningAndReadWhenItIsNeeded) {
             const QString text = QString(offset, u'.') + character.repeated(70'000);
             record(text);
             const ItemContent content = item().content;
-            ASSERT_FALSE(content.isHeldWhole());
-            EXPECT_EQ(content.beginning(), text.left(content.beginning().size()));
-            EXPECT_GE(content.beginning().size(), ItemContent::shortestBeginning);
-            EXPECT_LT(content.beginning().size(), 20'000);
-            EXPECT_TRUE(content.whole() == text);
+            ASSERT_FALSE(content.isComplete());
+            EXPECT_EQ(content.prefix(), text.left(content.prefix().size()));
+            EXPECT_GE(content.prefix().size(), ItemContent::minimumPrefix);
+            EXPECT_LT(content.prefix().size(), 20'000);
+            EXPECT_TRUE(content.load() == text);
         }
     }
     const ItemContent content = item().content;
     sql("UPDATE clipboard_items SET content = 'by another program'");
-    EXPECT_EQ(content.whole(), u"by another program"_qs);
+    EXPECT_EQ(content.load(), u"by another program"_qs);
     sql("DELETE FROM clipboard_items");
-    EXPECT_EQ(content.whole(), std::nullopt);
+    EXPECT_EQ(content.load(), std::nullopt);
     record(QString(70'000, u'x'));
     const ItemContent outlivesTheStore = item().content;
     store.reset();
-    EXPECT_EQ(outlivesTheStore.whole(), std::nullopt);
+    EXPECT_EQ(outlivesTheStore.load(), std::nullopt);
 }
 
 TEST_F(Queries, SearchIsLiteralSubstringWithWildcardsInEveryColumn) {

@@ -27,7 +27,7 @@ TEST_F(Recording, CountsARepeatedTextOnItsOneEntry) {
                   " last_copied_at FROM clipboard_items"),
               texts({"1|text||NULL|2|1700000000|1700000060"}));
     const ClipboardItem item = store->fetchRecent(std::nullopt, 1).value(0);
-    EXPECT_EQ(item.content.whole(), text);
+    EXPECT_EQ(item.content.load(), text);
     EXPECT_EQ(item.copyCount, 2);
     EXPECT_EQ(item.thumbnailPath, std::optional(QString())) << "NULL reads as present and empty";
     EXPECT_EQ(item.lastCopiedAt, QDateTime::fromSecsSinceEpoch(1700000060, Qt::UTC));

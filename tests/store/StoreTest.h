@@ -63,7 +63,7 @@ public:
     QStringList contents(const std::optional<QString>& query = std::nullopt, int limit = 100) const {
         QStringList result;
         for (const ClipboardItem& item : store->fetchRecent(query, limit)) {
-            result << *item.content.whole();
+            result << *item.content.load();
         }
         return result;
     }
