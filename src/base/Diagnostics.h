@@ -1,12 +1,13 @@
-// The one way to say that something went wrong: a line on standard output, flushed at once.
+// The only way in which the program reports that something went wrong: a line on standard output, flushed at
+// once.
 #pragma once
 
 #include <QStringView>
 
 namespace corvatto {
 
-// Writes `line` and a line feed to standard output as UTF-8 and flushes. Never fails outward. History content
-// never belongs into a line: paths and error texts do, what the user copied does not. Main thread.
+// Writes `line` and a line feed to standard output as UTF-8 and flushes. Failures are ignored. A line may
+// hold paths and error texts, but never what the user has copied. Main thread.
 void printLine(QStringView line);
 
 } // namespace corvatto

@@ -28,16 +28,16 @@ FileError errorFrom(const QSaveFile& file, int systemError, const QString& path)
     return {0, path, file.errorString()};
 }
 
-// A file system that has no such operation counts as one that has done it.
+// A file system that does not support the operation counts as synchronised.
 bool sync(int descriptor) {
     return fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
-// A new name is on the disk only when its directory is.
+// A new name is on the disk only once its directory has been synchronised.
 bool syncDirectory(const std::filesystem::path& path) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0) {
-        return errno == EACCES; // it may be written and not read
+        return errno == EACCES; // writable but not readable: it cannot be opened
     }
     const bool succeeded = sync(descriptor);
     close(descriptor);
@@ -58,7 +58,7 @@ std::optional<FileError> createDirectories(const QString& path) {
         return errorFrom(error, path);
     }
     if (isNew) {
-        syncDirectory(directory.parent_path()); // it can be used whether that succeeds or not
+        syncDirectory(directory.parent_path()); // the new directory is usable even if this fails
     }
     return std::nullopt;
 }
@@ -73,11 +73,10 @@ void makePrivate(const QString& path) {
 std::optional<FileError> writeFileAtomically(const QString& path, const QByteArray& bytes) {
     errno = 0;
     QSaveFile file(path);
-    // Without this, QSaveFile writes in place when the directory refuses new files, and a crash would leave
-    // half.
+    // Otherwise QSaveFile writes in place when the directory refuses new files, and a crash leaves half a
+    // file.
     file.setDirectWriteFallback(false);
-    // commit() syncs too, but takes no notice of a failure, which is how some file systems tell of a full
-    // disk.
+    // commit() syncs too, but ignores failures, by which some file systems report a full disk.
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
         !sync(file.handle()) || !file.commit() || !syncDirectory(nativePath(path).parent_path())) {
         return errorFrom(file, errno, path);

@@ -1,5 +1,5 @@
-// The few file operations that the history needs, each reporting failure as a value with the system's own
-// words.
+// The file operations that the history needs. Each returns its failure as a value with the system's own
+// message.
 #pragma once
 
 #include <QByteArray>
@@ -24,7 +24,7 @@ struct FileError {
 // Creates the directory with its parents. An existing directory is success.
 std::optional<FileError> createDirectories(const QString& path);
 
-// Takes all rights of other users to a file or directory away, if it is there and ours.
+// Removes all rights of other users to a file or directory, if it exists and is ours.
 void makePrivate(const QString& path);
 
 // Writes to a temporary file beside `path`, syncs it, moves it into place and syncs the directory, so that

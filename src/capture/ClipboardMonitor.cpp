@@ -10,8 +10,7 @@
 namespace corvatto {
 namespace {
 
-// The identity of an image entry: its encoding's hash under a prefix that no text or file entry shares by
-// accident.
+// Identifies an image entry. The prefix keeps it apart from the hashes of texts and files.
 QString imageHash(const Image& image) {
     const QByteArray& png = image.pngData();
     if (!png.isEmpty()) {
@@ -29,9 +28,8 @@ QString imageHash(const Image& image) {
 ClipboardMonitor::ClipboardMonitor(ClipboardStore& store, Pasteboard& pasteboard, UserDefaults& defaults)
     : m_timer(this), m_lastChangeCount(pasteboard.changeCount()), m_store(store), m_pasteboard(pasteboard),
       m_defaults(defaults) {
-    // Coarse, within 5 % of the interval: whether a copy is seen a few hundredths of a second earlier shows
-    // nowhere, and the system can serve such timers together, so that an idle program wakes the processor
-    // less.
+    // A coarse timer, within 5 % of the interval, can share its wake-ups with others, so that an idle program
+    // wakes the processor less often. Nobody notices a few hundredths of a second.
     m_timer.setTimerType(Qt::CoarseTimer);
     connect(&m_timer, &QTimer::timeout, this, &ClipboardMonitor::checkPasteboard);
 }
@@ -79,8 +77,8 @@ void ClipboardMonitor::observeIntervalChanges() {
     disconnect(m_defaultsObserver);
     m_defaultsObserver = connect(&m_defaults, &UserDefaults::didChange, this,
                                  [this, lastApplied = effectiveInterval()]() mutable {
-                                     // Sent for every write to any setting; most do not concern the interval,
-                                     // and the timer must not start over for them.
+                                     // Sent for every write to any setting. The timer must not start over
+                                     // unless the interval has changed.
                                      const std::chrono::milliseconds interval = effectiveInterval();
                                      if (interval == lastApplied) {
                                          return;
@@ -96,7 +94,7 @@ void ClipboardMonitor::checkPasteboard() {
     if (changeCount == m_lastChangeCount) {
         return;
     }
-    // Before anything is read, so that a change is dealt with once even if nothing comes of it.
+    // Before anything is read, so that each change is dealt with once, also one that gives no entry.
     m_lastChangeCount = changeCount;
     const QString sourceApp = m_pasteboard.sourceApplicationName();
     if ((recordFiles(sourceApp) || recordImage(sourceApp) || recordText(sourceApp)) && onNewItem) {

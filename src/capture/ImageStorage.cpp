@@ -13,9 +13,9 @@ namespace corvatto::ImageStorage {
 namespace {
 
 constexpr double thumbnailSide = 360;       // points
-constexpr double thumbnailPixelDensity = 2; // pixels a point
+constexpr double thumbnailPixelDensity = 2; // pixels per point
 
-// Whatever exists at the path counts; if it is no directory, the write into it will say so.
+// Anything that exists at the path counts; if it is not a directory, writing into it fails with a message.
 bool ensureDir(const QString& path) {
     if (QFileInfo::exists(path)) {
         return true;
@@ -36,7 +36,8 @@ void saveThumbnail(const Image& image, const QString& path) {
                       error->description());
         }
     } else {
-        writeFileAtomically(path, image.pngData()); // the full size stands in, and nothing stands in for that
+        // The full-size image becomes the thumbnail; if that cannot be written either, there is none.
+        writeFileAtomically(path, image.pngData());
     }
 }
 
@@ -46,10 +47,10 @@ QString previewOf(const Image& image) {
                           : QStringLiteral("Image %1×%2").arg(size.width()).arg(size.height());
 }
 
-// At least one pixel. A product that differs from a whole number only by the rounding of doubles is that
-// number.
-int wholePixels(double length, int atMost) {
-    return std::clamp(static_cast<int>(std::ceil(length - 1e-6)), 1, atMost);
+// Rounded up, to at least one pixel. What exceeds a whole number only by a floating-point error counts as
+// that number.
+int wholePixels(double length, int maximum) {
+    return std::clamp(static_cast<int>(std::ceil(length - 1e-6)), 1, maximum);
 }
 
 } // namespace

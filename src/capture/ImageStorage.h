@@ -22,15 +22,15 @@ struct SavedImage {
 // The image on the pasteboard, else what its TIFF or PNG data decode to.
 std::optional<Image> imageFromPasteboard(const Pasteboard& pasteboard);
 
-// Writes `hash`.png into both directories, creating them if need be and replacing files of that name. A
-// full-size file that cannot be written is a failure, a thumbnail that cannot is not. Nothing that was
-// written is taken back.
+// Writes `hash`.png into both directories, creating them if need be and replacing files of that name. Fails
+// when the full-size file cannot be written, but not for a thumbnail that cannot. A failure removes nothing
+// that was written before.
 std::optional<SavedImage> saveImage(const Image& image, const QString& hash, const QString& imagesDir,
                                     const QString& thumbnailsDir);
 
-// The whole image scaled so that neither side exceeds `maxSide`; never enlarged. It has two pixels a point,
-// so that it stays sharp on dense displays, but no more than the image itself has; a size between two pixels
-// is rounded up. Absent when the image has no size.
+// The whole image, scaled so that neither side exceeds `maxSide`; never enlarged. It has two pixels per
+// point, so that it stays sharp on dense displays, but no more pixels than the image itself; fractions of a
+// pixel are rounded up. Absent when the image has no size.
 std::optional<Image> makeThumbnail(const Image& image, double maxSide);
 
 } // namespace corvatto::ImageStorage

@@ -25,8 +25,9 @@ constexpr std::chrono::seconds recordingTimeout{5};
 constexpr quint16 firstModifierKey = 54;
 constexpr quint16 lastModifierKey = 63;
 
-// The keyboard comes and goes with the window and with menus while the control stays the one in focus.
-bool isWindowsOwn(const QFocusEvent& event) {
+// Whether the keyboard moves to another window or a menu, or comes back, while the control stays the one that
+// has the focus in its window.
+bool keepsFocusWidget(const QFocusEvent& event) {
     return event.reason() == Qt::ActiveWindowFocusReason || event.reason() == Qt::PopupFocusReason;
 }
 
@@ -106,18 +107,18 @@ void ShortcutRecorderView::mousePressEvent(QMouseEvent* event) {
 }
 
 void ShortcutRecorderView::mouseDoubleClickEvent(QMouseEvent* event) {
-    mousePressEvent(event); // two clicks, however fast
+    mousePressEvent(event); // the second click of two quick ones
 }
 
 void ShortcutRecorderView::focusInEvent(QFocusEvent* event) {
-    if (!isWindowsOwn(*event)) {
+    if (!keepsFocusWidget(*event)) {
         m_isRecording = true;
         update();
     }
 }
 
 void ShortcutRecorderView::focusOutEvent(QFocusEvent* event) {
-    if (m_isRecording && !isWindowsOwn(*event)) {
+    if (m_isRecording && !keepsFocusWidget(*event)) {
         cancelRecording();
     }
 }
@@ -142,7 +143,7 @@ void ShortcutRecorderView::keyPressEvent(QKeyEvent* event) {
     const KeyEvent key = hotKeyEventFrom(*event);
     if (event->isAutoRepeat() || (key.keyCode >= firstModifierKey && key.keyCode <= lastModifierKey) ||
         key.keyCode == keyUnknown) {
-        return; // a modifier alone, or a key that no shortcut can have
+        return; // a modifier by itself, or a key without a code
     }
     finishRecording(key.keyCode, carbonModifiers(key.modifierFlags));
 }

@@ -31,19 +31,19 @@ public:
     // Absent when nothing is stored or registered.
     std::optional<QString> string(const QString& key) const;
 
-    // Stores a value at once, on disk as well, and announces didChange(). A value that cannot be written is
-    // still the one that this run reads; one line says so.
+    // Stores a value at once, on disk as well, and announces it once by didChange(). A value that cannot be
+    // written still holds for this run; one line says so.
     virtual void setObject(const QString& key, const QVariant& value) = 0;
     void setInteger(const QString& key, qint64 value);
     void setNumber(const QString& key, double value);
 
 Q_SIGNALS:
-    // After any write to any key, by this program or by an edit of the file. Says nothing about which key,
-    // and may be sent when nothing changed: compare before acting.
+    // After a write to any key by this program, and after an edit of the file. Does not tell which key, and
+    // may be sent when no value has changed: compare before acting.
     void didChange();
 
 protected:
-    // What is stored under `key` (as typed by the storage: often text), or an invalid variant.
+    // The value stored under `key`, in whatever type the storage gives (often text), or an invalid variant.
     virtual QVariant storedObject(const QString& key) const = 0;
 
 private:

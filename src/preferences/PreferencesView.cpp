@@ -42,19 +42,19 @@ QLabel* newLabel(const QString& text, const QFont& font, const QColor& color) {
     return label;
 }
 
-// Plain text, however many lines it takes, with a point between them.
+// Plain text that wraps onto as many lines as it needs, with one point between them.
 QLabel* newHelp(const QString& text) {
     QLabel* label =
         newLabel(QStringLiteral("<p style='line-height:1px; -qt-line-height-type:line-distance'>%1</p>")
                      .arg(text.toHtmlEscaped()),
                  systemFont(11), secondaryLabelColor());
-    label->setTextFormat(Qt::RichText); // the only kind with a line spacing
+    label->setTextFormat(Qt::RichText); // plain text has no line spacing
     label->setFixedWidth(PreferencesView::controlWidth);
     label->setWordWrap(true);
     return label;
 }
 
-// A control in a frame as wide as the column, in its middle.
+// The control in the middle of a frame that is as wide as the column.
 QWidget* centred(QWidget* control) {
     auto* frame = new QWidget;
     frame->setFixedWidth(PreferencesView::controlWidth);
@@ -98,7 +98,8 @@ void PreferencesView::addRow(QVBoxLayout& section, const QString& label, const Q
     name->setAlignment(Qt::AlignRight | Qt::AlignTop);
     name->setContentsMargins(0, spaceAboveLabel, 0, 0);
     name->setBuddy(control);
-    // With as much space below its label as above, what is in the control is level with it.
+    // The label's text is as far from its bottom as from its top, so the control, which is centred in the
+    // same height, stands level with it.
     control->setMinimumHeight(name->sizeHint().height() + spaceAboveLabel);
     control->setAccessibleDescription(help);
 
@@ -153,7 +154,7 @@ QWidget* PreferencesView::buildIntervalControl() {
     m_interval->setRange(shortestStep, longestStep);
     m_interval->setAccessibleName(QStringLiteral("检查间隔"));
     connect(m_interval, &QSlider::valueChanged, this, [this](int step) {
-        // Tenths as people write them: 3 steps are 0.3 and not 0.30000000000000004.
+        // Divided, not multiplied by 0.1, so that 3 steps give 0.3 and not 0.30000000000000004.
         m_defaults.setNumber(SettingsKeys::clipboardPollingInterval, step / 10.0);
     });
     m_intervalText = newLabel(QString(), monospacedSystemFont(12), secondaryLabelColor());
@@ -185,7 +186,7 @@ void PreferencesView::buildUpdateSection() {
 }
 
 void PreferencesView::showEvent(QShowEvent* event) {
-    // Loaded afresh at each appearance: what was typed and did not parse is not shown again.
+    // Loaded at each appearance, so that text that did not parse is not shown again.
     m_itemCount->load();
     m_retentionDays->load();
     QWidget::showEvent(event);
@@ -201,8 +202,8 @@ void PreferencesView::showStored() {
     const double seconds = pollingInterval();
     m_intervalText->setText(QString::asprintf("%.1f", seconds) + QStringLiteral(" 秒"));
     {
-        // Showing a value must not store it: one outside the slider's range would be replaced by the range's
-        // end.
+        // Showing a value must not store it: a value outside the slider's range would be changed to the end
+        // of the range.
         const QSignalBlocker blocker(m_interval);
         const double step = std::round(seconds / secondsPerStep);
         m_interval->setValue(static_cast<int>(std::clamp(step, double{shortestStep}, double{longestStep})));

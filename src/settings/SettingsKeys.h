@@ -1,13 +1,13 @@
-// Every key that the program keeps in the user's settings. Keys are flat, no code deletes one, and no other
-// place spells one out.
+// Every key that the program keeps in the user's settings. Keys are flat and are never deleted. Other code
+// uses these names instead of spelling a key out.
 #pragma once
 
 #include <QString>
 
 namespace corvatto::SettingsKeys {
 
-// Seconds between two looks at the clipboard, a double. 0.5 by a registered default; applied between 0.1
-// and 5.
+// The interval at which the clipboard is polled, in seconds, a double. 0.5 by a registered default; applied
+// between 0.1 and 5.
 inline const QString clipboardPollingInterval = QStringLiteral("clipboardPollingInterval");
 
 // The most entries that are kept, an integer. 0, the default, and anything below keep all.
@@ -35,8 +35,8 @@ inline const QString corvattoLastUpdateCheckAt = QStringLiteral("corvattoLastUpd
 // The version that the user chose to skip, a text. No default.
 inline const QString corvattoIgnoredUpdateVersion = QStringLiteral("corvattoIgnoredUpdateVersion");
 
-// What absent keys mean. Only three of them are registered at launch (LaunchDefaults.h); for the others it is
-// the reader that falls back.
+// The values of absent keys. Only three of them are registered at launch (LaunchDefaults.h); for the others,
+// each reader falls back on these.
 inline constexpr double defaultClipboardPollingInterval = 0.5; // seconds
 inline constexpr qint64 defaultMaxItemCount = 0;
 inline constexpr qint64 defaultMaxRetentionDays = 0;

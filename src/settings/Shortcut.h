@@ -15,7 +15,7 @@ struct Shortcut {
 
 // Main thread.
 
-// As it is stored: 0 for what is absent or no number. What changes of the setting are recognised by.
+// As it is stored, with 0 for what is absent or no number. To be compared to notice a change of the setting.
 Shortcut storedShortcut(const UserDefaults& defaults);
 
 // What the preferences show: as stored, a 0 included, or the default for what is absent or no number.

@@ -1,5 +1,5 @@
-// The connection's life and the clearing. How the tables come about, how rows are written, listed and
-// searched, and how they expire is in the files beside this one.
+// Opening and closing the store, and clearing the history. Schema, recording, queries and retention are in
+// the files beside this one.
 #include "store/ClipboardStore.h"
 
 #include "base/Diagnostics.h"
@@ -20,7 +20,7 @@ ClipboardStore::ClipboardStore(QString applicationSupportDirectory, const Prefer
 
 ClipboardStore::~ClipboardStore() {
     if (m_db != nullptr) {
-        m_contentReader.reset(); // items that outlive the store read nothing
+        m_contentReader.reset(); // items may outlive the store, and must not read then
         sqlite3_close(m_db);
     }
 }
@@ -43,15 +43,15 @@ void ClipboardStore::deleteAll() {
     }
     if (const auto error = executeSql(m_db, "DELETE FROM clipboard_items")) {
         printLine(QStringLiteral("[ClipboardStore] ERROR: deleteAll failed: ") + *error);
-        // The entries are still there, and an entry whose image is gone is worse than a file nobody owns.
+        // The entries are still there, and an entry without its image is worse than a file without an entry.
         return;
     }
     deleteImageDirectories();
 }
 
 void ClipboardStore::deleteImageDirectories() const {
-    // Nothing is said about a directory that is missing or stays: the entries are gone, which is what was
-    // asked for.
+    // A directory that is missing or cannot be removed is not reported: the entries are gone, which is what
+    // the user asked for.
     for (const QString& directory : {imagesDir(), thumbnailsDir()}) {
         removeDirectoryTree(directory);
     }

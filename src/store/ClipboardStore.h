@@ -56,9 +56,9 @@ public:
     // Counts that the user copied the entry back, which moves it to the front. An unknown id changes nothing.
     void incrementCopyCount(qint64 id);
 
-    // The most recent entries, newest first, at most `limit`. With a query that is not blank, those that
+    // The most recent entries, newest first, at most `limit`. With a query that is not blank, only those that
     // contain it, as typed, in content, preview, source application or type; "%" and "_" in it are wildcards,
-    // and only ASCII letters match in either case. Long texts come by their beginnings.
+    // and only ASCII letters match in either case. Of a long text, the item holds a prefix.
     QList<ClipboardItem> fetchRecent(const std::optional<QString>& searchQuery, int limit);
 
     // Deletes all entries and both image directories. When the entries cannot be deleted their files stay

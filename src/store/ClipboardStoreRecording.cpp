@@ -47,11 +47,11 @@ constexpr char incrementCopyCountSql[] = "    UPDATE clipboard_items\n"
 
 constexpr qsizetype previewLength = 120; // user-perceived characters
 
-// The text on one line, cut to previewLength. Only as much of it is touched as the preview can need, because
-// the text may be of any size.
+// The text on one line, cut to previewLength. Looks at a window of the text that grows until it is large
+// enough, because the text may be of any size.
 QString makeTextPreview(QStringView text) {
     for (qsizetype window = 8 * previewLength;; window *= 8) {
-        // One code point behind a boundary decides whether it is one, so the window ends with a whole one.
+        // Whether a character ends at a place depends on the next code point, so the window does not cut one.
         const bool cutsPair = window < text.size() && text[window - 1].isHighSurrogate();
         QString line = text.first(std::min(text.size(), cutsPair ? window + 1 : window)).toString();
         std::replace_if(
@@ -62,8 +62,8 @@ QString makeTextPreview(QStringView text) {
             line.truncate(preview.size());
             return line;
         }
-        // Each character so far is long, such as a letter under dozens of marks, and the last may not be
-        // complete.
+        // The window was filled by fewer characters, such as letters with dozens of marks, and may have cut
+        // the last of them.
     }
 }
 
@@ -77,14 +77,14 @@ QString makeFilePreview(const QStringList& paths) {
 
 } // namespace
 
-// How the kinds differ in the database and in what is said about a failure.
+// What differs between the kinds of entries: the statement that inserts one, and the messages of failures.
 struct ClipboardStore::Kind {
     const char* insertSql;
     QStringView prepareMessage;
     QStringView insertMessage;
 };
 
-// A capture as the statements take it; the texts in UTF-8 are those that can be large or are hashed.
+// The values of one capture. The content is in UTF-8 already, because it can be large and is hashed.
 struct ClipboardStore::Capture {
     const Kind& kind;
     const QByteArray content;
@@ -133,8 +133,8 @@ void ClipboardStore::record(const Capture& capture) {
     }
 }
 
-// Whether the capture was a repeat. Failures are silent here: the insertion that follows meets and reports
-// them.
+// Whether the capture was a repeat. Failures are not reported: the insertion that follows fails as well, and
+// reports them.
 bool ClipboardStore::updateByHash(const Capture& capture, qint64 time) {
     SqliteStatement update(m_db, updateByHashSql);
     if (!update.isPrepared()) {
@@ -146,8 +146,7 @@ bool ClipboardStore::updateByHash(const Capture& capture, qint64 time) {
     return update.step() == SQLITE_DONE && sqlite3_changes(m_db) >= 1;
 }
 
-// Whether the insertion was tried, also when it failed: only a statement that cannot be prepared ends the
-// recording.
+// False when the statement cannot be prepared, which ends the recording; true also when executing it fails.
 bool ClipboardStore::insert(const Capture& capture, qint64 time) {
     SqliteStatement insertion(m_db, capture.kind.insertSql);
     if (!insertion.isPrepared()) {

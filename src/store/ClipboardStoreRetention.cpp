@@ -39,8 +39,8 @@ constexpr char deleteOldestSql[] = "    DELETE FROM clipboard_items\n"
 
 constexpr qint64 secondsPerDay = 86400;
 
-// A limit of more days than this (two million years) is a mistake that must not overflow.
-constexpr qint64 mostDays = 1'000'000'000;
+// Two million years. Longer limits are treated as this one, so that no product overflows.
+constexpr qint64 maximumDays = 1'000'000'000;
 
 void deleteFile(const QString& path) {
     if (path.isEmpty() || !QFileInfo::exists(path)) {
@@ -54,7 +54,7 @@ void deleteFile(const QString& path) {
 
 // Deletes the rows that `deleteSql` selects with `parameter`, then the files of those among them that
 // `selectImagesSql` yields with the same parameter. Rows that cannot be deleted keep their files: an entry
-// whose image is gone is worse than a file nobody owns.
+// without its image is worse than a file without an entry.
 void deleteRowsAndFiles(sqlite3* db, const char* selectImagesSql, const char* deleteSql, qint64 parameter,
                         QStringView operation) {
     QStringList files; // of each image: the full size, then the thumbnail
@@ -97,8 +97,8 @@ void ClipboardStore::cleanupByDays() {
     if (limit < 1) {
         return;
     }
-    // Strictly before the cut-off: an entry that is exactly so old stays.
-    const qint64 cutOff = now() - std::min(limit, mostDays) * secondsPerDay;
+    // Only older entries are removed; one that is exactly as old as the limit stays.
+    const qint64 cutOff = now() - std::min(limit, maximumDays) * secondsPerDay;
     deleteRowsAndFiles(m_db, selectExpiredImagesSql, deleteExpiredSql, cutOff, u"cleanupByDays");
 }
 

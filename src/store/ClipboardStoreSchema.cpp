@@ -30,21 +30,21 @@ constexpr char createTableSql[] = "    CREATE TABLE IF NOT EXISTS clipboard_item
                                   "    CREATE INDEX IF NOT EXISTS idx_last_copied_at\n"
                                   "        ON clipboard_items(last_copied_at);";
 
-// Of a new file. A search that matches nothing reads every page, and in larger ones than SQLite's usual 4096
-// bytes it takes a sixth less time; a recording, most of which is waiting for the disk, takes the same.
+// For new files. A search that matches nothing reads every page, and takes a sixth less time than with
+// SQLite's default of 4096 bytes; a recording, which mostly waits for the disk, takes as long as before.
 constexpr char pageSql[] = "PRAGMA page_size = 16384;"; // bytes
 
 // A write-ahead log makes a recording one appended write with one fsync, and FULL has that fsync happen
 // before the recording is done, so that a loss of power takes nothing. The size limit keeps one huge copy
 // from leaving a log of that size behind; the log moves into the database at 4 MB (1 MB where an older file
 // has small pages). A file or file system that cannot do this keeps SQLite's default journal, which is as
-// safe; what is wrong with the file, if anything is, the statements that follow will say.
+// safe. Errors are ignored here: the statements that follow report what is wrong with the file.
 constexpr char journalSql[] = "PRAGMA synchronous = FULL;"
                               "PRAGMA journal_size_limit = 1048576;" // bytes
                               "PRAGMA wal_autocheckpoint = 250;"     // pages
                               "PRAGMA journal_mode = WAL;";
 
-// Adds a column unless the probe, which selects it, can be prepared: files of any age come out the same,
+// Adds a column unless the probe, which selects it, can be prepared. So files of any age get the same columns
 // without a version number.
 void addColumnIfMissing(sqlite3* db, const char* probeSql, const char* alterSql,
                         const QString& messagePrefix) {
@@ -70,8 +70,8 @@ void ClipboardStore::openDatabase() {
         return;
     }
     const QString database = directory + QStringLiteral("/corvatto.sqlite3");
-    // What we create is private by the process's umask; this is for what was there before, from a backup or a
-    // copied home directory. Images need no more than their directories, which nobody else can pass.
+    // Files that we create are private by the process's umask; this is for files from a backup or a copied
+    // home directory. Images are protected by their directories, which other users cannot enter.
     for (const QString& path : {directory, database, database + QStringLiteral("-wal"),
                                 database + QStringLiteral("-shm"), imagesDir(), thumbnailsDir()}) {
         makePrivate(path);

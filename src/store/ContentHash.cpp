@@ -1,5 +1,4 @@
-// Through OpenSSL because it uses the processor's SHA instructions, which makes a screenshot's hash six times
-// cheaper than QCryptographicHash.
+// OpenSSL uses the processor's SHA instructions, which makes it six times as fast as QCryptographicHash.
 #include "store/ContentHash.h"
 
 #include <QByteArray>
@@ -25,8 +24,8 @@ QString sha256Hex(QByteArrayView bytes) {
     const int succeeded = EVP_Digest(bytes.data(), static_cast<std::size_t>(bytes.size()), digest.data(),
                                      nullptr, EVP_sha256(), nullptr);
     if (succeeded != 1) {
-        // Only when OpenSSL cannot allocate or its configuration takes SHA-256 away. Without a true hash,
-        // different copies would become one entry.
+        // Happens only when OpenSSL cannot allocate memory, or its configuration disables SHA-256. Without a
+        // correct hash, different copies would become one entry.
         return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
     }
     return QString::fromLatin1(QByteArrayView(digest).toByteArray().toHex());

@@ -7,14 +7,14 @@
 
 namespace corvatto {
 
-// Both answer 64 lower-case hexadecimal digits, in the order of the digest's bytes. Pure functions, any
+// Both return 64 lower-case hexadecimal digits, in the order of the digest's bytes. Pure functions, any
 // thread.
 
 // Of the text's UTF-8 bytes, without a terminator. The text is not normalized: two spellings of a letter
 // differ.
 QString sha256(QStringView text);
 
-// Of the bytes. About a millisecond a megabyte.
+// Of the bytes. Takes about a millisecond per megabyte.
 QString sha256Hex(QByteArrayView bytes);
 
 } // namespace corvatto

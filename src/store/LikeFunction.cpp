@@ -10,8 +10,8 @@
 namespace corvatto {
 namespace {
 
-// As UTF-8. Asking for the length first converts the value if it is something else; asking for bytes rather
-// than text then spares a copy with a NUL at its end.
+// The value as UTF-8. sqlite3_value_bytes() converts it if need be; sqlite3_value_blob(), unlike
+// sqlite3_value_text(), then makes no copy to add a NUL.
 std::string_view utf8(sqlite3_value* value) {
     const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
     return {static_cast<const char*>(sqlite3_value_blob(value)), size};
@@ -31,7 +31,7 @@ void like(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
         sqlite3_result_int(context, 0);
         return;
     }
-    // A pattern that stays the same for a whole statement is parsed once; SQLite keeps it.
+    // A pattern that is constant in a statement is parsed once; SQLite keeps the result.
     const auto* parsed = static_cast<const LikePattern*>(sqlite3_get_auxdata(context, 0));
     if (parsed != nullptr && textType != SQLITE_NULL) {
         sqlite3_result_int(context, parsed->matches(utf8(text)) ? 1 : 0);
@@ -47,7 +47,7 @@ void like(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
     }
     auto fresh = std::make_unique<const LikePattern>(utf8(pattern));
     sqlite3_result_int(context, fresh->matches(utf8(text)) ? 1 : 0);
-    // May delete it at once.
+    // SQLite may delete the pattern before this returns.
     sqlite3_set_auxdata(context, 0, const_cast<LikePattern*>(fresh.release()),
                         [](void* kept) { delete static_cast<const LikePattern*>(kept); });
 }

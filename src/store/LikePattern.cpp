@@ -27,8 +27,8 @@ constexpr char32_t fold(char32_t character) {
     return character >= U'A' && character <= U'Z' ? character + (U'a' - U'A') : character;
 }
 
-// The bits that a lead byte contributes. Those that no valid text has contribute what is left of their bits
-// once the ones that tell the length are taken off.
+// The bits that a lead byte contributes: those that do not encode the length, also in lead bytes that occur
+// in no valid text.
 constexpr char32_t leadBits(std::uint8_t byte) {
     if (byte < 0xE0) {
         return byte & 0x1Fu;
@@ -203,7 +203,7 @@ LikePattern::Bytes LikePattern::find(const Part& part, Bytes begin, Bytes end, b
 
 LikePattern::Bytes LikePattern::findAtAnchor(const Part& part, Bytes begin, Bytes end, bool toEnd) {
     const bool isAscii = part.characters.front() < 0x80;
-    Bytes strayEnd = begin; // up to here, continuation bytes are known to have no lead
+    Bytes strayEnd = begin; // continuation bytes before this are known to have no lead byte
     for (Bytes from = begin;;) {
         const Bytes anchor = findAnchor(part.anchor, from, end);
         if (anchor == nullptr) {
@@ -241,7 +241,7 @@ bool LikePattern::matches(std::string_view text) const {
     const bool isSearch = m_isOpenAtStart && m_isOpenAtEnd;
     if (isSearch && m_parts.size() == 1 && m_parts.front().search == Part::Search::atAnchor &&
         findAnchor(m_parts.front().anchor, position, end) == nullptr) {
-        return false; // as nearly always, without even a look for the NUL
+        return false; // the usual case, decided without looking for a NUL
     }
     if (const void* nul = position != end ? std::memchr(position, 0, text.size()) : nullptr) {
         end = static_cast<Bytes>(nul);

@@ -5,8 +5,8 @@
 // something, and equal code points may be spelled differently. So a candidate is found by bytes that each of
 // these spellings has, sixteen positions at a time, and only then compared code point by code point.
 //
-// Between two "%", the leftmost match of a part leaves most to the parts behind it. Each part is therefore
-// looked for once, and a match takes time proportional to the text, never more.
+// The leftmost match of a part between two "%" leaves the most text for the parts after it. So each part is
+// searched for only once, and matching takes time proportional to the length of the text.
 #pragma once
 
 #include <cstdint>
@@ -25,10 +25,10 @@ public:
     bool matches(std::string_view text) const;
 
 private:
-    // What must stand side by side, between two "%".
+    // Characters that must match consecutively, from between two "%".
     struct Part {
-        // Two bytes that each spelling of the first character, and of the ASCII characters that follow it,
-        // has at this distance. The masks fold the case of letters.
+        // Two bytes, at this distance, that occur in each spelling of the first character and of the ASCII
+        // characters that follow it. The masks fold the case of letters.
         struct Anchor {
             std::uint8_t first, firstMask, second, secondMask;
             std::size_t distance;

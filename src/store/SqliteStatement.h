@@ -1,6 +1,5 @@
 // Guards around SQLite's C interface, private to this room: one statement from its preparation to its
-// finalization, and the execution of plain SQL. Failures are status codes; the text for them is asked for
-// separately.
+// finalization, and the execution of plain SQL. Failures are status codes; lastSqliteError() gives the text.
 #pragma once
 
 #include <QByteArrayView>
@@ -20,7 +19,7 @@ public:
     SqliteStatement(const SqliteStatement&) = delete;
     SqliteStatement& operator=(const SqliteStatement&) = delete;
 
-    // Whether sqlite3_prepare_v2 answered SQLITE_OK. Nothing else may be called when it did not.
+    // Whether sqlite3_prepare_v2 returned SQLITE_OK. If not, nothing else may be called.
     bool isPrepared() const;
 
     // Parameters are numbered from 1. Texts are bound by their length, so that NUL characters are stored as
@@ -50,8 +49,8 @@ QString textOf(QByteArrayView utf8);
 // The message of the connection's last failure, "Unknown error" when SQLite has none.
 QString lastSqliteError(sqlite3* db);
 
-// Executes `sql`, which may be several statements. On failure answers SQLite's message, "unknown" when it has
-// none.
+// Executes `sql`, which may be several statements. Absent on success, else SQLite's message, or "unknown" if
+// it gives none.
 std::optional<QString> executeSql(sqlite3* db, const char* sql);
 
 } // namespace corvatto

@@ -15,7 +15,7 @@ constexpr std::array redirectionStatuses{301, 302, 303, 307, 308};
 constexpr qint64 readBufferBytes = 65'536;
 constexpr std::chrono::milliseconds longestRetry{4'000};
 
-// A loopback address in digits: a name could be resolved to anywhere.
+// Only numeric addresses: a name could resolve to any address.
 bool isLoopback(const QUrl& url) {
     return QHostAddress(url.host()).isLoopback();
 }
@@ -29,7 +29,7 @@ bool isPermittedRedirection(const QUrl& from, const QUrl& to) {
     return isPermitted(to) && (to.scheme() == u"https" || from.scheme() == u"http");
 }
 
-// What a machine without a network reports. A connection that is refused is none of these: somebody answered.
+// What a machine without a network reports. A refused connection is not among them: that is an answer.
 bool meansNoNetwork(QNetworkReply::NetworkError error) {
     return error == QNetworkReply::HostNotFoundError || error == QNetworkReply::UnknownNetworkError ||
            error == QNetworkReply::TemporaryNetworkFailureError ||
@@ -58,14 +58,14 @@ Download::Download(const QUrl& url, const Limits& limits)
     : m_limits(limits), m_url(url), m_retryDelay(limits.firstRetry),
       m_timeOut(FetchError::loading(FetchError::timedOut)) {
     m_manager.setProxy(QNetworkProxy(QNetworkProxy::NoProxy));
-    for (QTimer* timer : {&m_silence, &m_retry, &m_whole}) {
+    for (QTimer* timer : {&m_idleTimer, &m_retryTimer, &m_totalTimer}) {
         timer->setSingleShot(true);
     }
-    connect(&m_silence, &QTimer::timeout, this, [this] { settle(m_timeOut); });
-    connect(&m_whole, &QTimer::timeout, this, [this] { settle(m_timeOut); });
-    connect(&m_retry, &QTimer::timeout, this, &Download::attempt);
-    m_silence.setInterval(m_limits.request);
-    m_whole.start(m_limits.resource);
+    connect(&m_idleTimer, &QTimer::timeout, this, [this] { settle(m_timeOut); });
+    connect(&m_totalTimer, &QTimer::timeout, this, [this] { settle(m_timeOut); });
+    connect(&m_retryTimer, &QTimer::timeout, this, &Download::attempt);
+    m_idleTimer.setInterval(m_limits.request);
+    m_totalTimer.start(m_limits.resource);
 
     if (isPermitted(url)) {
         attempt();
@@ -76,16 +76,16 @@ Download::Download(const QUrl& url, const Limits& limits)
 
 void Download::attempt() {
     m_reply = m_manager.get(requestFor(m_url));
-    // With a limit, what is not read yet stays with the server instead of in memory.
+    // Limits what is received ahead of reading, so that a large body does not pile up in memory.
     m_reply->setReadBufferSize(readBufferBytes);
-    connect(m_reply, &QNetworkReply::metaDataChanged, this, &Download::hear);
+    connect(m_reply, &QNetworkReply::metaDataChanged, this, &Download::noteActivity);
     connect(m_reply, &QNetworkReply::readyRead, this, &Download::read);
     connect(m_reply, &QNetworkReply::finished, this, &Download::attemptFinished);
-    m_silence.start();
+    m_idleTimer.start();
 }
 
-void Download::hear() {
-    m_silence.start();
+void Download::noteActivity() {
+    m_idleTimer.start();
     m_timeOut = FetchError::loading(FetchError::timedOut);
 }
 
@@ -103,7 +103,7 @@ void Download::followRedirection(const QUrl& target) {
 }
 
 void Download::read() {
-    hear();
+    noteActivity();
     m_body += m_reply->readAll();
     if (m_body.size() > m_limits.bytes) {
         settle(FetchError::loading(FetchError::dataLengthExceedsMaximum));
@@ -113,7 +113,7 @@ void Download::read() {
 void Download::attemptFinished() {
     const QNetworkReply::NetworkError error = m_reply->error();
     const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    // A status that Qt takes for an error is an answer too.
+    // Qt reports some statuses as errors; they are responses all the same.
     if (error == QNetworkReply::NoError || status >= 400) {
         read();
         if (m_outcome) {
@@ -135,12 +135,12 @@ void Download::attemptFinished() {
 }
 
 void Download::waitForNetwork(FetchError reason) {
-    // By trying again: what the system says about reachability depends on a service that is not on every
-    // desktop, and asking it would mean to wait for it.
-    m_timeOut = std::move(reason); // tells more than that time ran out
-    m_silence.stop();
+    // Tries again instead of asking the system for its reachability: that takes a service that not every
+    // desktop has, and that may be slow to answer.
+    m_timeOut = std::move(reason); // says more than that time ran out
+    m_idleTimer.stop();
     m_reply->deleteLater();
-    m_retry.start(m_retryDelay);
+    m_retryTimer.start(m_retryDelay);
     m_retryDelay = std::min(2 * m_retryDelay, longestRetry);
 }
 
@@ -149,14 +149,14 @@ void Download::settle(std::variant<Response, FetchError> outcome) {
         return;
     }
     m_outcome = std::move(outcome);
-    for (QTimer* timer : {&m_silence, &m_retry, &m_whole}) {
+    for (QTimer* timer : {&m_idleTimer, &m_retryTimer, &m_totalTimer}) {
         timer->stop();
     }
     if (m_reply) {
         m_reply->disconnect(this);
         m_reply->abort();
     }
-    // Not now: we may be inside the reply, which must not be deleted there, nor stay while an alert is read.
+    // Queued, because this may be called by the reply, which the resumed coroutine deletes.
     QMetaObject::invokeMethod(this, &Download::resume, Qt::QueuedConnection);
 }
 

@@ -1,6 +1,6 @@
-// One GET of a small document, whose response is something to co_await. It keeps nothing: each has a session
-// of its own, without proxy, cache, cookies and credentials. When the network is down it waits for it instead
-// of failing, within the time that the whole may take.
+// One GET of a small document, to be awaited with co_await. Each download has a session of its own, without
+// proxy, cache, cookies and credentials. When the network is down, it waits for the network instead of
+// failing, as long as the total time allows.
 //
 // Only HTTPS with a valid certificate is loaded, or plain HTTP from a loopback address, which no network
 // carries; a redirection is followed only to where the download might have started, and never from HTTPS to
@@ -31,7 +31,7 @@ public:
         std::chrono::milliseconds request{10'000};  // without a byte from the server
         std::chrono::milliseconds resource{20'000}; // in all, waiting for the network included
         std::chrono::milliseconds firstRetry{500};  // before the network is tried again; doubles each time
-        qint64 bytes = 1'048'576;                   // of the body, which is given up as soon as it is longer
+        qint64 bytes = 1'048'576;                   // of the body; a longer one ends the download at once
     };
 
     struct Response {
@@ -42,10 +42,10 @@ public:
     // Starts at once.
     Download(const QUrl& url, const Limits& limits);
 
-    // Ends the download now; who awaits it goes on before this returns, and may delete it.
+    // Ends the download now. The coroutine that awaits it is resumed before this returns, and may delete it.
     void cancel();
 
-    // What to co_await, once. Gives the response, whatever its status, or throws a FetchError.
+    // To be awaited once. Gives the response, whatever its status, or throws a FetchError.
     class Awaiter {
     public:
         explicit Awaiter(Download& download) : m_download(download) {}
@@ -60,7 +60,7 @@ public:
 
 private:
     void attempt();
-    void hear();
+    void noteActivity();
     void read();
     void followRedirection(const QUrl& target);
     void attemptFinished();
@@ -75,12 +75,12 @@ private:
     std::chrono::milliseconds m_retryDelay;
     QNetworkAccessManager m_manager;
     QPointer<QNetworkReply> m_reply; // the manager's
-    QTimer m_silence;
-    QTimer m_retry;
-    QTimer m_whole;
-    FetchError m_timeOut; // what running out of time means at present
+    QTimer m_idleTimer;
+    QTimer m_retryTimer;
+    QTimer m_totalTimer;
+    FetchError m_timeOut; // the error if time runs out now
     QByteArray m_body;
-    std::optional<std::variant<Response, FetchError>> m_outcome; // once it is settled
+    std::optional<std::variant<Response, FetchError>> m_outcome; // absent until settle()
     std::coroutine_handle<> m_awaiting;
 };
 

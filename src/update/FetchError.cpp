@@ -56,7 +56,7 @@ FetchError::Code codeFor(QNetworkReply::NetworkError error) {
     case QNetworkReply::SslHandshakeFailedError:
         return FetchError::secureConnectionFailed;
     default:
-        // From here on the errors are about what the server said, not about reaching it.
+        // Errors from this one on are about the response of a server that was reached.
         return error >= QNetworkReply::ContentAccessDenied ? FetchError::badServerResponse
                                                            : FetchError::unknown;
     }

@@ -1,4 +1,4 @@
-// Why the update document could not be had: a domain, a code within it and a description for the user.
+// Why the update document could not be fetched: a domain, a code within it and a description for the user.
 // Thrown while the document is fetched, and caught by the update checker, which lets none out.
 #pragma once
 
@@ -34,7 +34,7 @@ struct FetchError {
     // The same for what the network access reports; `detail` is its own text.
     static FetchError loading(QNetworkReply::NetworkError error, const QString& detail);
 
-    // The document came, but is not what it should be.
+    // The document arrived, but cannot be decoded.
     static FetchError undecodable();
 };
 

@@ -19,8 +19,8 @@ double secondsSince1970() {
     return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0;
 }
 
-// Absent unless `text` is the address of something on the web. What else a document might name, a file or a
-// program's own scheme, is nothing that a browser should be sent to.
+// Absent unless `text` is a web address. The document might name a file, or the scheme of some program, which
+// must not be opened.
 std::optional<QUrl> webAddress(const QString& text) {
     const QUrl url(text, QUrl::StrictMode);
     const bool isWeb = url.scheme() == u"https" || url.scheme() == u"http";
@@ -73,7 +73,7 @@ QCoro::Task<> UpdateChecker::checkForUpdates(bool manual) {
 
 QCoro::Task<UpdateInfo> UpdateChecker::fetchUpdateInfo() {
     Download download(m_updateURL, m_limits);
-    // Whoever waits for it then finds this checker gone.
+    // Resumes checkForUpdates(), which finds the checker destroyed and ends.
     connect(this, &QObject::destroyed, &download, &Download::cancel);
     const Download::Response response = co_await download.response();
     if (response.status != httpOk) {
@@ -105,7 +105,7 @@ void UpdateChecker::report(const FetchError& error, bool manual) {
 void UpdateChecker::showUpdateAlert(const UpdateInfo& info, const QString& localVersion) {
     enum Button { download, remindLater, skipThisVersion };
     const QPointer<UpdateChecker> self(this);
-    // Closing the alert, or quitting under it, must not skip a version for good.
+    // Closing the alert, or quitting while it is open, must not skip a version for good.
     const int chosen = m_desktop.alerts.runModal(
         {.messageText = QStringLiteral("发现新版本"),
          .informativeText = QStringLiteral("当前版本：") + localVersion + QStringLiteral("\n最新版本：") +

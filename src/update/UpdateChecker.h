@@ -38,14 +38,12 @@ public:
     UpdateChecker(const Desktop& desktop, const QUrl& updateURL, const QString& localVersion,
                   const Download::Limits& limits = {});
 
-    // The one checker of the process: whichever the composition root, its owner, has installed. There must be
-    // one.
+    // The checker that the composition root, which owns it, has installed for the process. There must be one.
     static UpdateChecker& shared();
     static void install(UpdateChecker& checker);
 
     // Returns once the request is on its way; the rest follows from the event loop, until the last alert has
-    // been answered. Checks may overlap. Throws nothing, and ends without a word when the checker is
-    // destroyed.
+    // been answered. Checks may overlap. Throws nothing, and ends silently when the checker is destroyed.
     QCoro::Task<> checkForUpdates(bool manual);
 
 private:

@@ -15,7 +15,7 @@ namespace {
 
 constexpr quint32 xKeycodeOffset = 8; // X keycodes are evdev codes plus eight
 
-constexpr quint32 longestRepeatPause = 2000; // milliseconds; desktops let users wait a second for the first
+constexpr quint32 longestRepeatPause = 2000; // milliseconds; desktops offer delays of up to one second
 
 // Key symbols of the modifiers, as X numbers them.
 enum KeySymbol : xcb_keysym_t {
@@ -227,8 +227,8 @@ void X11HotKeyCenter::followMapping() {
         before.emplace(ref, grabStates(hotKey));
     }
     readModifierMapping();
-    // Most changes, such as another layout, move no modifier. What stays grabbed is never let go, so that no
-    // press is lost meanwhile.
+    // Most changes, such as another layout, move no modifier. Grabs that are still needed are kept all the
+    // time, so that no press is lost meanwhile.
     for (auto& [ref, hotKey] : m_hotKeys) {
         grab(hotKey);
         std::vector<quint16> superfluous = before[ref];

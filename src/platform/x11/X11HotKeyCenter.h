@@ -1,8 +1,8 @@
 // System-wide shortcuts by passive key grabs on the root window.
 //
 // A grab names an exact set of modifiers, locks included, so each hot key is grabbed once for every state of
-// Caps Lock, Num Lock and Scroll Lock. Which modifier bits stand for Super, Alt and the locks is the keyboard
-// mapping's choice; when the mapping changes, the grabs follow.
+// Caps Lock, Num Lock and Scroll Lock. The keyboard mapping decides which modifier bits stand for Super, Alt
+// and the locks; when it changes, the keys are grabbed again.
 #pragma once
 
 #include "platform/HotKeyCenter.h"
