@@ -25,8 +25,17 @@ public:
         s_instance = this;
         m_vfs.zName = "faulty";
         m_vfs.xOpen = open;
-        m_vfs.xDelete = remove;
-        m_vfs.xAccess = access;
+        m_vfs.xDelete = [](sqlite3_vfs*, const char* name, int) {
+            if (fails(false)) {
+                return SQLITE_IOERR_DELETE;
+            }
+            s_instance->disk.remove(QString::fromUtf8(name));
+            return s_instance->m_original->xDelete(s_instance->m_original, name, 0);
+        };
+        m_vfs.xAccess = [](sqlite3_vfs*, const char* name, int flags, int* result) {
+            sqlite3_vfs* vfs = s_instance->m_original;
+            return fails(false) ? SQLITE_IOERR_ACCESS : vfs->xAccess(vfs, name, flags, result);
+        };
         sqlite3_vfs_register(&m_vfs, 1);
     }
     ~FaultyVfs() {
@@ -63,8 +72,7 @@ private:
     std::map<sqlite3_file*, OpenFile> m_files; // those that have been closed stay until the next of that name
     Fault m_fault = Fault::ioError;
     int m_countdown = 0; // calls until the fault; 0 when none is to come
-    bool m_persistently = false;
-    bool m_hasFailed = false;
+    bool m_persistently = false, m_hasFailed = false;
 
     static bool fails(bool needsSpace) {
         FaultyVfs& vfs = *s_instance;
@@ -78,17 +86,16 @@ private:
     }
 
     // A call that is passed on unless it is to fail.
+    static const Methods& original(sqlite3_file* file) { return *s_instance->m_files[file].original; }
     template <auto method, int error, typename... Arguments>
     static int pass(sqlite3_file* file, Arguments... arguments) {
-        return fails(false) ? error : (s_instance->m_files[file].original->*method)(file, arguments...);
+        return fails(false) ? error : (original(file).*method)(file, arguments...);
     }
     static int write(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 offset) {
-        const auto original = s_instance->m_files[file].original->xWrite;
-        if (fails(true)) {
-            original(file, bytes, size / 2, offset);
-            return s_instance->m_fault == Fault::diskFull ? SQLITE_FULL : SQLITE_IOERR_WRITE;
-        }
-        return original(file, bytes, size, offset);
+        const bool isHalf = fails(true);
+        const int status = original(file).xWrite(file, bytes, isHalf ? size / 2 : size, offset);
+        const int error = s_instance->m_fault == Fault::diskFull ? SQLITE_FULL : SQLITE_IOERR_WRITE;
+        return isHalf ? error : status;
     }
     static int sync(sqlite3_file* file, int) {
         if (fails(false)) {
@@ -99,16 +106,6 @@ private:
             s_instance->disk[path] = content.readAll();
         }
         return SQLITE_OK;
-    }
-    static int mapMemory(sqlite3_file* file, int region, int size, int extend, void volatile** memory) {
-        return fails(extend != 0)
-                   ? SQLITE_IOERR_SHMMAP
-                   : s_instance->m_files[file].original->xShmMap(file, region, size, extend, memory);
-    }
-    static int lockMemory(sqlite3_file* file, int offset, int count, int flags) {
-        return (flags & SQLITE_SHM_LOCK) != 0 && fails(false) // giving a lock back does not fail
-                   ? SQLITE_IOERR_SHMLOCK
-                   : s_instance->m_files[file].original->xShmLock(file, offset, count, flags);
     }
 
     // The file is one of the original's, which finds its functions through a table that can be replaced.
@@ -122,31 +119,27 @@ private:
         const int status = vfs->xOpen(vfs, name, file, flags, outFlags);
         if (status == SQLITE_OK) {
             OpenFile& open = s_instance->m_files[file] = {path, file->pMethods, *file->pMethods};
-            open.faulty.iVersion = 2; // the methods of later versions map the database itself, unused here
-            open.faulty.xRead = pass<&Methods::xRead, SQLITE_IOERR_READ>;
-            open.faulty.xWrite = write;
-            open.faulty.xTruncate = pass<&Methods::xTruncate, SQLITE_IOERR_TRUNCATE>;
-            open.faulty.xSync = sync;
-            open.faulty.xFileSize = pass<&Methods::xFileSize, SQLITE_IOERR_FSTAT>;
-            open.faulty.xLock = pass<&Methods::xLock, SQLITE_IOERR_LOCK>;
-            open.faulty.xCheckReservedLock =
-                pass<&Methods::xCheckReservedLock, SQLITE_IOERR_CHECKRESERVEDLOCK>;
-            open.faulty.xShmMap = mapMemory;
-            open.faulty.xShmLock = lockMemory;
-            file->pMethods = &open.faulty;
+            Methods& faulty = open.faulty;
+            faulty.iVersion = 2; // the methods of later versions map the database itself, unused here
+            faulty.xRead = pass<&Methods::xRead, SQLITE_IOERR_READ>;
+            faulty.xWrite = write;
+            faulty.xTruncate = pass<&Methods::xTruncate, SQLITE_IOERR_TRUNCATE>;
+            faulty.xSync = sync;
+            faulty.xFileSize = pass<&Methods::xFileSize, SQLITE_IOERR_FSTAT>;
+            faulty.xLock = pass<&Methods::xLock, SQLITE_IOERR_LOCK>;
+            faulty.xCheckReservedLock = pass<&Methods::xCheckReservedLock, SQLITE_IOERR_CHECKRESERVEDLOCK>;
+            faulty.xShmMap = [](sqlite3_file* f, int region, int size, int extend, void volatile** memory) {
+                return fails(extend != 0) ? SQLITE_IOERR_SHMMAP
+                                          : original(f).xShmMap(f, region, size, extend, memory);
+            };
+            faulty.xShmLock = [](sqlite3_file* f, int offset, int count, int lock) {
+                return (lock & SQLITE_SHM_LOCK) != 0 && fails(false) // giving a lock back does not fail
+                           ? SQLITE_IOERR_SHMLOCK
+                           : original(f).xShmLock(f, offset, count, lock);
+            };
+            file->pMethods = &faulty;
         }
         return status;
-    }
-    static int remove(sqlite3_vfs*, const char* name, int) {
-        if (fails(false)) {
-            return SQLITE_IOERR_DELETE;
-        }
-        s_instance->disk.remove(QString::fromUtf8(name));
-        return s_instance->m_original->xDelete(s_instance->m_original, name, 0);
-    }
-    static int access(sqlite3_vfs*, const char* name, int flags, int* result) {
-        return fails(false) ? SQLITE_IOERR_ACCESS
-                            : s_instance->m_original->xAccess(s_instance->m_original, name, flags, result);
     }
 };
 

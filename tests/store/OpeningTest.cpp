@@ -6,35 +6,32 @@ namespace corvatto {
 namespace {
 
 using Opening = test::StoreTest;
-using test::CapturedOutput;
 
 // A run without a history, or with half of one: every operation comes back, and says what is listed.
 TEST_F(Opening, SaysWhatIsInTheWayAndLeavesItAlone) {
     const QByteArray diary = QByteArray("Dear diary, ").repeated(1000);
+    const QByteArray images = path("Corvatto/images").toUtf8();
     struct Case {
         const char* inTheWay;
-        QByteArray opening, operations;
+        QByteArray opening, operations; // with "#" for the program's name, and "?" for what is wrong
     };
-    for (const Case& each : {
-             Case{"Corvatto",
-                  "[ClipboardStore] ERROR: Failed to create database directory: Not a directory\n", ""},
+    for (Case each : {
+             Case{"Corvatto", "# ERROR: Failed to create database directory: Not a directory\n", ""},
              Case{"Corvatto/corvatto.sqlite3",
-                  "[ClipboardStore] ERROR: Failed to create table: file is not a database\n"
-                  "[ClipboardStore] Migration add source_app: file is not a database\n"
-                  "[ClipboardStore] Migration add content_type: file is not a database\n"
-                  "[ClipboardStore] Migration add thumbnail_path: file is not a database\n",
-                  "[ClipboardStore] ERROR: Prepare insert failed: file is not a database\n"
-                  "[ClipboardStore] ERROR: Prepare file insert failed: file is not a database\n"
-                  "[ClipboardStore] ERROR: Prepare image insert failed: file is not a database\n"
-                  "[ClipboardStore] ERROR: Query failed: file is not a database\n"
-                  "[ClipboardStore] ERROR: deleteAll failed: file is not a database\n"},
+                  "# ERROR: Failed to create table: ?# Migration add source_app: ?"
+                  "# Migration add content_type: ?# Migration add thumbnail_path: ?",
+                  "# ERROR: Prepare insert failed: ?# ERROR: Prepare file insert failed: ?"
+                  "# ERROR: Prepare image insert failed: ?# ERROR: Query failed: ?# ERROR: deleteAll failed: "
+                  "?"},
              Case{"Corvatto/images",
-                  "[ClipboardStore] ERROR: Cannot create " + path("Corvatto/images").toUtf8() +
-                      ": Not a directory (code 20, path " + path("Corvatto/images").toUtf8() + ")\n",
+                  "# ERROR: Cannot create " + images + ": Not a directory (code 20, path " + images + ")\n",
                   ""},
-             Case{nullptr, "[ClipboardStore] ERROR: Cannot find Application Support directory\n", ""},
+             Case{nullptr, "# ERROR: Cannot find Application Support directory\n", ""},
          }) {
         SCOPED_TRACE(::testing::PrintToString(each.inTheWay));
+        for (QByteArray* lines : {&each.opening, &each.operations}) {
+            lines->replace("#", "[ClipboardStore]").replace("?", "file is not a database\n");
+        }
         QDir(path("Corvatto")).removeRecursively();
         QFile::remove(path("Corvatto"));
         QFile file(path(each.inTheWay));
@@ -42,12 +39,12 @@ TEST_F(Opening, SaysWhatIsInTheWayAndLeavesItAlone) {
         const bool isFile = each.inTheWay != nullptr;
         ASSERT_TRUE(!isFile || (file.open(QIODevice::WriteOnly) && file.write(diary) > 0));
         file.close();
-        CapturedOutput output;
+        test::CapturedOutput output;
         isFile ? open() : openAt({});
         EXPECT_EQ(output.text(), each.opening);
-        store->insertOrUpdate(QStringLiteral("text"), {});
-        store->insertOrUpdateFile({QStringLiteral("/file")}, {});
-        store->insertOrUpdateImage(QStringLiteral("/i.png"), {}, QStringLiteral("hash"), {}, {});
+        store->insertOrUpdate(u"text"_qs, {});
+        store->insertOrUpdateFile({u"/file"_qs}, {});
+        store->insertOrUpdateImage(u"/i.png"_qs, {}, u"hash"_qs, {}, {});
         store->incrementCopyCount(1);
         const bool works = QByteArray(each.inTheWay) == "Corvatto/images";
         EXPECT_EQ(contents().size(), works ? 3 : 0);
@@ -58,6 +55,18 @@ TEST_F(Opening, SaysWhatIsInTheWayAndLeavesItAlone) {
         store.reset();
         EXPECT_TRUE(!isFile || (file.open(QIODevice::ReadOnly) && file.readAll() == diary));
     }
+}
+
+TEST_F(Opening, AnOldFileGetsWhatItLacks) {
+    QDir().mkpath(path("Corvatto"));
+    sql("CREATE TABLE clipboard_items (id INTEGER PRIMARY KEY, content, content_hash, preview, copy_count,"
+        " first_copied_at, last_copied_at); INSERT INTO clipboard_items (content) VALUES ('old')");
+    open();
+    EXPECT_EQ(sql("SELECT source_app, content_type, thumbnail_path FROM clipboard_items"),
+              test::texts({"|text|NULL"}));
+    EXPECT_TRUE(sql("EXPLAIN QUERY PLAN SELECT * FROM clipboard_items ORDER BY last_copied_at DESC")
+                    .join(u' ')
+                    .contains(u"idx_last_copied_at"));
 }
 
 } // namespace

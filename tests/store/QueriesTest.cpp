@@ -22,7 +22,7 @@ TEST_F(Queries, TheCacheAnswersAsTheStatementDoesWhateverWasAskedBefore) {
             store->insertOrUpdate(first + second, {});
         }
     }
-    recordImage("x");
+    store->insertOrUpdateImage(u"/i"_qs, {}, u"i"_qs, u"A preview: AA"_qs, u"An application: éé"_qs);
     QMap<QString, QStringList> found;
     for (const QString& query : queries) {
         open(); // without a cache
@@ -59,7 +59,7 @@ TEST_F(Queries, TheCacheAnswersOnlyWhileNothingHasChanged) {
 
 TEST_F(Queries, OfALongTextAPrefixIsHeldAndTheRestIsLoadedWhenNeeded) {
     const auto item = [this] {
-        return store->fetchRecent(std::nullopt, 1).value(0);
+        return newest();
     };
     for (const QString& character : texts({"x", "é", "汉", "😀"})) {
         for (int offset = 0; offset < 4; ++offset) {

@@ -13,78 +13,76 @@ protected:
     void SetUp() override { open(); }
     QString previewOf(const QString& text) {
         record(text);
-        return store->fetchRecent(std::nullopt, 1).value(0).preview;
+        return newest().preview;
     }
 };
 
 TEST_F(Recording, CountsARepeatedTextOnItsOneEntry) {
-    const QString text = QStringLiteral("\uFEFF  it's \"100%\"\0 \U0001F600; -- ");
+    const QString text = u"\uFEFF  it's \"100%\"\0 \U0001F600; -- "_qs;
     wait(999ms); // a fraction of a second is cut off, not rounded
-    store->insertOrUpdate(text, QStringLiteral("Editor"));
+    store->insertOrUpdate(text, u"Editor"_qs);
     wait(60s);
     store->insertOrUpdate(text, {});
     EXPECT_EQ(sql("SELECT id, content_type, source_app, thumbnail_path, copy_count, first_copied_at,"
                   " last_copied_at FROM clipboard_items"),
               texts({"1|text||NULL|2|1700000000|1700000060"}));
-    const ClipboardItem item = store->fetchRecent(std::nullopt, 1).value(0);
-    EXPECT_EQ(item.content.load(), text);
-    EXPECT_EQ(item.copyCount, 2);
-    EXPECT_EQ(item.thumbnailPath, std::optional(QString())) << "NULL reads as present and empty";
-    EXPECT_EQ(item.lastCopiedAt, QDateTime::fromSecsSinceEpoch(1700000060, Qt::UTC));
+    EXPECT_EQ(newest().content.load(), text);
+    EXPECT_EQ(newest().copyCount, 2);
+    EXPECT_EQ(newest().thumbnailPath, std::optional(QString())) << "NULL reads as present and empty";
+    EXPECT_EQ(newest().lastCopiedAt, QDateTime::fromSecsSinceEpoch(1700000060, Qt::UTC));
 
-    record(QStringLiteral("second"));
+    record(u"second"_qs);
     wait(1s);
     store->incrementCopyCount(1);
     store->incrementCopyCount(99);
-    EXPECT_EQ(contents(), QStringList({text, QStringLiteral("second")}));
+    EXPECT_EQ(contents(), QStringList({text, u"second"_qs}));
     EXPECT_EQ(sql("SELECT copy_count, source_app FROM clipboard_items"), texts({"3|", "1|Editor"}));
 }
 
 TEST_F(Recording, KeepsImagesAndFilesAsTheirKinds) {
-    store->insertOrUpdateImage(QStringLiteral("/i/a.png"), QStringLiteral("/t/a.png"), QStringLiteral("hash"),
-                               QStringLiteral("Image 2×1"), QStringLiteral("Camera"));
+    store->insertOrUpdateImage(u"/i/a.png"_qs, u"/t/a.png"_qs, u"hash"_qs, u"Image 2×1"_qs, u"Camera"_qs);
     wait(1s);
-    store->insertOrUpdateImage(QStringLiteral("/other.png"), QStringLiteral("/other.png"),
-                               QStringLiteral("hash"), QStringLiteral("Other"), QStringLiteral("Viewer"));
+    store->insertOrUpdateImage(u"/other.png"_qs, u"/other.png"_qs, u"hash"_qs, u"Other"_qs, u"Viewer"_qs);
     const QStringList paths = texts({"/home/a/报告 100%.tar.gz", "/b c/", "/"});
-    store->insertOrUpdateFile(paths, QStringLiteral("Files"));
+    store->insertOrUpdateFile(paths, u"Files"_qs);
     store->insertOrUpdateFile({paths[1], paths[0], paths[2]}, {}); // another order is another entry
     store->insertOrUpdateFile({paths[1]}, {});
     store->insertOrUpdateFile({paths[2]}, {});
-    store->insertOrUpdateFile({}, QStringLiteral("Files"));
+    store->insertOrUpdateFile({}, u"Files"_qs);
     EXPECT_EQ(sql("SELECT content_type, preview, thumbnail_path, source_app, copy_count,"
                   " last_copied_at - first_copied_at FROM clipboard_items ORDER BY id"),
               texts({"image|Image 2×1|/t/a.png|Viewer|2|1", "file|报告 100%.tar.gz + 2 more|NULL|Files|1|0",
                      "file|b c + 2 more|NULL||1|0", "file|b c|NULL||1|0", "file|/|NULL||1|0"}));
+    const QString joined = paths.join(u'\n');
     EXPECT_EQ(sql("SELECT content, content_hash FROM clipboard_items WHERE id < 3"),
-              QStringList({QStringLiteral("/i/a.png|hash"),
-                           paths.join(u'\n') + u'|' + sha256(QStringLiteral("file|") + paths.join(u'\n'))}));
+              QStringList({u"/i/a.png|hash"_qs, joined + u'|' + sha256(u"file|"_qs + joined)}));
     // A text that spells out what is hashed for a file entry has that entry's identity.
-    store->insertOrUpdate(QStringLiteral("file|/"), {});
+    store->insertOrUpdate(u"file|/"_qs, {});
     EXPECT_EQ(sql("SELECT COUNT(*) FROM clipboard_items"), texts({"5"}));
 }
 
 TEST_F(Recording, PreviewsOneLineOf120Characters) {
-    EXPECT_EQ(previewOf(QStringLiteral("a\r\nb\n\rc\td ")), u"a  b  c\td ");
-    EXPECT_EQ(previewOf(QString(121, u'x')), QString(120, u'x'));
-    // Line ends count after their replacement, so a pair of them counts twice.
-    EXPECT_EQ(previewOf(QStringLiteral("\r\n").repeated(100)), QString(120, u' '));
-    // A family is one character of eleven code units; the first window is too short for 120 of them.
-    const QString family = QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467\u200D\U0001F466");
-    EXPECT_EQ(previewOf(family.repeated(119) + QStringLiteral("e\u0301zz")),
-              family.repeated(119) + QStringLiteral("e\u0301"));
-    // An emoji stays whole behind any script.
-    EXPECT_EQ(previewOf(QStringLiteral("हिन्दी😀").repeated(41)), QStringLiteral("हिन्दी😀").repeated(40));
+    const QString family = u"\U0001F468\u200D\U0001F469\u200D\U0001F467\u200D\U0001F466"_qs;
+    for (const auto& [text, preview] : {
+             std::pair(u"a\r\nb\n\rc\td "_qs, u"a  b  c\td "_qs),
+             {QString(121, u'x'), QString(120, u'x')},
+             // Line ends count after their replacement, so a pair of them counts twice.
+             {u"\r\n"_qs.repeated(100), QString(120, u' ')},
+             // One character of eleven code units; the first window is too short for 120 of them.
+             {family.repeated(119) + u"e\u0301zz"_qs, family.repeated(119) + u"e\u0301"_qs},
+             {u"हिन्दी😀"_qs.repeated(41), u"हिन्दी😀"_qs.repeated(40)}, // an emoji stays whole behind any script
+         }) {
+        EXPECT_EQ(previewOf(text), preview);
+    }
     // Every cut of the text into windows: whatever precedes them, flags stay whole.
-    const QString flag = QStringLiteral("\U0001F1E8\U0001F1F3");
+    const QString flag = u"\U0001F1E8\U0001F1F3"_qs;
     for (int offset = 0; offset < 4; ++offset) {
         const QString marks = u'e' + QString(955 + offset, QChar(0x301));
         EXPECT_EQ(previewOf(marks + flag.repeated(130)), marks + flag.repeated(119));
     }
-    // Equal previews are two entries all the same.
-    record(QStringLiteral("end\n"));
-    record(QStringLiteral("end "));
-    EXPECT_EQ(sql("SELECT COUNT(*) FROM clipboard_items WHERE preview = 'end '"), texts({"2"}));
+    record(u"end\n"_qs);
+    EXPECT_EQ(previewOf(u"end "_qs), u"end ");
+    EXPECT_EQ(contents(u"end"_qs).size(), 2) << "equal previews are two entries all the same";
 }
 
 } // namespace

@@ -6,120 +6,127 @@
 namespace corvatto {
 namespace {
 
-using test::CapturedOutput;
 using test::texts;
 using namespace std::chrono_literals;
 
 class Retention : public test::StoreTest {
 protected:
+    test::CapturedOutput output;
+
     void SetUp() override { open(); }
 
-    bool hasFiles(const char* name) const {
+    bool hasFiles(const QString& name) const {
         EXPECT_EQ(QFileInfo::exists(imageFile(name)), QFileInfo::exists(thumbnailFile(name)));
         return QFileInfo::exists(imageFile(name));
     }
+    QStringList inOrderOfIds() const { return sql("SELECT content FROM clipboard_items ORDER BY id"); }
 };
 
 TEST_F(Retention, KeepsTheNewestByCountWithTheFilesOfNoOthers) {
-    recordImage("old");
-    store->insertOrUpdate(imageFile("new"), {}); // a text that is a path owns no file
-    recordImage("new");
-    record(QStringLiteral("a"));
+    recordImage(u"old"_qs);
+    record(imageFile(u"new"_qs)); // a text that is a path owns no file
+    recordImage(u"new"_qs);
+    record(u"a"_qs);
     limitCount(3);
     EXPECT_EQ(contents().size(), 4) << "a lower limit waits for the next recording";
-    record(QStringLiteral("b"));
-    EXPECT_EQ(contents(), QStringList({QStringLiteral("b"), QStringLiteral("a"), imageFile("new")}));
-    EXPECT_FALSE(hasFiles("old"));
-    EXPECT_TRUE(hasFiles("new"));
+    record(u"a"_qs); // a repeat is one
+    EXPECT_EQ(contents().size(), 3);
+    EXPECT_FALSE(hasFiles(u"old"_qs));
+    record(u"b"_qs);
+    EXPECT_EQ(contents(), QStringList({u"b"_qs, u"a"_qs, imageFile(u"new"_qs)}));
+    EXPECT_TRUE(hasFiles(u"new"_qs));
 
-    record(QStringLiteral("a")); // a repeat removes nothing
-    EXPECT_EQ(contents(), QStringList({QStringLiteral("a"), QStringLiteral("b"), imageFile("new")}));
-    store->insertOrUpdate(QStringLiteral("c"), {});
-    store->insertOrUpdate(QStringLiteral("d"), {}); // of equal times the lowest id goes first
-    EXPECT_EQ(sql("SELECT content FROM clipboard_items ORDER BY id"), texts({"a", "c", "d"}));
     limitCount(-1);
-    record(QStringLiteral("e"));
-    EXPECT_EQ(contents().size(), 4);
+    store->deleteAll();
+    open(); // makes the directories
+    for (const QString& name : texts({"1", "2", "3"})) {
+        wait(-1s);
+        recordImage(name); // all at one time
+    }
+    limitCount(2);
+    sql("CREATE TRIGGER refuse BEFORE INSERT ON clipboard_items BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    store->insertOrUpdate(u"c"_qs, {}); // a recording that fails is one too
+    EXPECT_EQ(output.text(), "[ClipboardStore] ERROR: Insert failed: refused\n");
+    EXPECT_EQ(inOrderOfIds(), QStringList({imageFile(u"2"_qs), imageFile(u"3"_qs)})) << "the lowest id first";
+    EXPECT_FALSE(hasFiles(u"1"_qs));
+    EXPECT_TRUE(hasFiles(u"2"_qs) && hasFiles(u"3"_qs));
 }
 
 TEST_F(Retention, RemovesWhatIsStrictlyOlderThanTheDays) {
     limitDays(1);
-    recordImage("gone");  // at 1 s
-    recordImage("exact"); // at 2 s
+    recordImage(u"gone"_qs); // at 1 s
+    recordImage(u"kept"_qs); // at 2 s
+    sql("UPDATE clipboard_items SET content_type = 'text' WHERE id = 2");
+    recordImage(u"exact"_qs); // at 3 s
     wait(24h - 1s);
-    record(QStringLiteral("now")); // "exact" is 86400 s old
-    EXPECT_EQ(contents(), QStringList({QStringLiteral("now"), imageFile("exact")}));
-    EXPECT_FALSE(hasFiles("gone"));
-    EXPECT_TRUE(hasFiles("exact"));
+    record(u"now"_qs); // "exact" is 86400 s old
+    EXPECT_EQ(contents(), QStringList({u"now"_qs, imageFile(u"exact"_qs)}));
+    EXPECT_FALSE(hasFiles(u"gone"_qs));
+    EXPECT_TRUE(hasFiles(u"exact"_qs));
+    EXPECT_TRUE(hasFiles(u"kept"_qs)) << "named by a text";
 
     limitDays(std::numeric_limits<qint64>::max()); // overflows nothing
     wait(24h * 1000);
-    record(QStringLiteral("later"));
+    record(u"later"_qs);
     EXPECT_EQ(contents().size(), 3);
 }
 
 TEST_F(Retention, AClockThatIsSetTakesNothingByItself) {
     limitDays(1);
-    record(QStringLiteral("right"));
+    record(u"right"_qs);
     wait(24h * 3650);
     store->incrementCopyCount(1); // neither a copy-back
     open();                       // nor a start removes anything
     EXPECT_EQ(contents(), texts({"right"}));
     wait(-24h * 7300); // before everything
-    record(QStringLiteral("early"));
+    record(u"early"_qs);
     EXPECT_EQ(contents(), texts({"right", "early"})) << "entries of the future are not old";
     wait(24h * 3650);
-    record(QStringLiteral("late"));
+    record(u"late"_qs);
     EXPECT_EQ(contents(), texts({"right", "late"})) << "entries expire by the time they were given";
+    wait(-1h);
+    record(u"right"_qs);
+    EXPECT_EQ(contents(), texts({"late", "right"})) << "the time of the last copy, not the latest time";
     time = std::chrono::milliseconds(-1500); // before 1970, where truncation goes the other way
-    record(QStringLiteral("first"));
+    record(u"first"_qs);
     EXPECT_EQ(sql("SELECT last_copied_at FROM clipboard_items WHERE content = 'first'"), texts({"0"}));
-    EXPECT_EQ(contents(), texts({"right", "late", "first"}));
+    EXPECT_EQ(contents(), texts({"late", "right", "first"}));
 }
 
 TEST_F(Retention, FilesOutliveRowsThatCannotBeDeleted) {
-    recordImage("image");
-    sql("CREATE TRIGGER no_delete BEFORE DELETE ON clipboard_items BEGIN SELECT RAISE(ABORT, 'refused'); "
-        "END");
+    recordImage(u"image"_qs);
+    sql("CREATE TRIGGER refuse BEFORE DELETE ON clipboard_items BEGIN SELECT RAISE(ABORT, 'refused'); END");
     limitCount(1);
     limitDays(1);
     wait(48h);
-    CapturedOutput output;
-    record(QStringLiteral("new"));
+    record(u"new"_qs);
     store->deleteAll();
     EXPECT_EQ(output.text(), "[ClipboardStore] ERROR: cleanupByDays failed: refused\n"
                              "[ClipboardStore] ERROR: cleanupByCount failed: refused\n"
                              "[ClipboardStore] ERROR: deleteAll failed: refused\n");
-    EXPECT_TRUE(hasFiles("image"));
-    EXPECT_EQ(contents(), QStringList({QStringLiteral("new"), imageFile("image")}));
+    EXPECT_TRUE(hasFiles(u"image"_qs));
+    EXPECT_EQ(contents(), QStringList({u"new"_qs, imageFile(u"image"_qs)}));
 }
 
-TEST_F(Retention, GoesOnAfterAFileThatCannotBeRemoved) {
-    recordImage("a");
-    QFile::remove(imageFile("a"));
-    QDir().mkpath(imageFile("a") + QStringLiteral("/a directory with something in it"));
-    recordImage("b");
-    QFile::remove(imageFile("b")); // missing files are no failure
+TEST_F(Retention, GoesOnAfterAFileThatCannotBeRemovedAndClearingTakesAllButTheIds) {
+    recordImage(u"a"_qs);
+    QFile::remove(imageFile(u"a"_qs));
+    QDir().mkpath(imageFile(u"a"_qs) + u"/a directory with something in it"_qs);
+    recordImage(u"b"_qs);
+    QFile::remove(imageFile(u"b"_qs)); // missing files are no failure
     limitCount(1);
-    CapturedOutput output;
-    record(QStringLiteral("new"));
-    const QByteArray prefix =
-        "[ClipboardStore] Failed to delete image file " + imageFile("a").toUtf8() + ": ";
-    EXPECT_TRUE(output.text().startsWith(prefix) && output.text().count('\n') == 1);
-    EXPECT_FALSE(QFileInfo::exists(thumbnailFile("a")) || QFileInfo::exists(thumbnailFile("b")));
+    record(u"new"_qs);
+    EXPECT_EQ(output.text(), "[ClipboardStore] Failed to delete image file " + imageFile(u"a"_qs).toUtf8() +
+                                 ": Directory not empty (code 39, path " + imageFile(u"a"_qs).toUtf8() +
+                                 ")\n");
+    EXPECT_FALSE(QFileInfo::exists(thumbnailFile(u"a"_qs)) || QFileInfo::exists(thumbnailFile(u"b"_qs)));
     EXPECT_EQ(contents(), texts({"new"}));
-}
 
-TEST_F(Retention, ClearingTakesEverythingButTheIds) {
-    recordImage("image");
-    record(QStringLiteral("text"));
-    CapturedOutput output;
     store->deleteAll();
     EXPECT_EQ(contents(), QStringList());
     EXPECT_FALSE(QFileInfo::exists(store->imagesDir()) || QFileInfo::exists(store->thumbnailsDir()));
-    record(QStringLiteral("after"));
-    EXPECT_EQ(sql("SELECT id FROM clipboard_items"), texts({"3"}));
-    EXPECT_EQ(output.text(), "");
+    record(u"after"_qs);
+    EXPECT_EQ(sql("SELECT id FROM clipboard_items"), texts({"4"}));
 }
 
 } // namespace

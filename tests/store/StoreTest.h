@@ -6,14 +6,13 @@
 #include "store/ClipboardStore.h"
 #include "support/CapturedOutput.h"
 #include "support/FakeUserDefaults.h"
+#include "support/Printing.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-
-#include <memory>
 
 namespace corvatto::test {
 
@@ -22,28 +21,24 @@ public:
     QTemporaryDir home;
     FakeUserDefaults defaults;
     Preferences preferences{defaults};
-    std::chrono::milliseconds time =
-        std::chrono::seconds(1'700'000'000); // since 1970, what the store takes for now
+    std::chrono::milliseconds time = std::chrono::seconds(1'700'000'000); // since 1970, the store's clock
     std::unique_ptr<ClipboardStore> store;
 
     QString path(const char* relative) const { return home.path() + u'/' + QString::fromUtf8(relative); }
-    QString databasePath() const { return path("Corvatto/corvatto.sqlite3"); }
 
-    ClipboardStore& open() { return openAt(home.path()); }
-    ClipboardStore& openAt(const QString& directory) {
+    void open() { openAt(home.path()); }
+    void openAt(const QString& directory) {
         store.reset(); // SQLite locks: the old connection goes first
         store = std::make_unique<ClipboardStore>(
             directory, preferences, [this] { return std::chrono::system_clock::time_point(time); });
-        return *store;
     }
     void wait(std::chrono::milliseconds duration) { time += duration; }
 
     // Runs SQL on a connection of its own. A row's columns are joined with "|", NULL is "NULL".
-    QStringList sql(const char* statement) const { return sql(statement, databasePath()); }
+    QStringList sql(const char* statement) const { return sql(statement, path("Corvatto/corvatto.sqlite3")); }
     static QStringList sql(const char* statement, const QString& path) {
         QStringList rows;
         sqlite3* db = nullptr;
-        char* error = nullptr;
         sqlite3_open(path.toUtf8().constData(), &db);
         const auto append = [](void* result, int count, char** values, char**) {
             QStringList columns;
@@ -53,13 +48,13 @@ public:
             static_cast<QStringList*>(result)->append(columns.join(u'|'));
             return 0;
         };
-        EXPECT_EQ(sqlite3_exec(db, statement, append, &rows, &error), SQLITE_OK)
-            << statement << ": " << error;
-        sqlite3_free(error);
+        EXPECT_EQ(sqlite3_exec(db, statement, append, &rows, nullptr), SQLITE_OK)
+            << statement << ": " << sqlite3_errmsg(db);
         sqlite3_close(db);
         return rows;
     }
 
+    ClipboardItem newest() const { return store->fetchRecent(std::nullopt, 1).value(0); }
     QStringList contents(const std::optional<QString>& query = std::nullopt, int limit = 100) const {
         QStringList result;
         for (const ClipboardItem& item : store->fetchRecent(query, limit)) {
@@ -71,23 +66,17 @@ public:
     // Record a second after the last recording.
     void record(const QString& text) {
         wait(std::chrono::seconds(1));
-        store->insertOrUpdate(text, QStringLiteral("Editor"));
+        store->insertOrUpdate(text, u"Editor"_qs);
     }
-    void recordImage(const char* name) {
+    void recordImage(const QString& name) {
         wait(std::chrono::seconds(1));
-        touch(imageFile(name));
-        touch(thumbnailFile(name));
-        store->insertOrUpdateImage(imageFile(name), thumbnailFile(name), QString::fromUtf8(name), {}, {});
+        for (const QString& file : {imageFile(name), thumbnailFile(name)}) {
+            ASSERT_TRUE(QFile(file).open(QIODevice::WriteOnly)) << file.toStdString();
+        }
+        store->insertOrUpdateImage(imageFile(name), thumbnailFile(name), name, {}, {});
     }
-
-    static void touch(const QString& path) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
-    }
-    QString imageFile(const char* name) const { return store->imagesDir() + u'/' + QString::fromUtf8(name); }
-    QString thumbnailFile(const char* name) const {
-        return store->thumbnailsDir() + u'/' + QString::fromUtf8(name);
-    }
+    QString imageFile(const QString& name) const { return store->imagesDir() + u'/' + name; }
+    QString thumbnailFile(const QString& name) const { return store->thumbnailsDir() + u'/' + name; }
 
     void limitCount(qint64 limit) { defaults.setInteger(SettingsKeys::maxItemCount, limit); }
     void limitDays(qint64 limit) { defaults.setInteger(SettingsKeys::maxRetentionDays, limit); }
