@@ -135,20 +135,57 @@ TEST_F(CopyTest, OfTwoCopiesInQuickSuccessionTheLastIsKept) {
 }
 
 TEST_F(CopyTest, TheSourceIsTheApplicationInFront) {
-    desktop.writeFile("data/applications/falcon.desktop",
-                      "[Desktop Entry]\nType=Application\nExec=falcon\nName=Falcon Writer\n");
+    for (const char* entry : {"falcon", "org.example.Heron"}) {
+        desktop.writeFile(QByteArray("data/applications/") + entry + ".desktop",
+                          QByteArray("[Desktop Entry]\nType=Application\nExec=x\nName=") + entry +
+                              " Writer\n");
+    }
     launch();
-    x.createWindow({50, 50, 200, 100}, "Falcon");
-    ASSERT_TRUE(soon([this] { return x.windowClass(x.activeWindow()) == "Falcon"; }));
-    copyText("from the writer");
-    ASSERT_TRUE(soonStored("from the writer"));
-    EXPECT_EQ(database.find("from the writer")->sourceApp, "Falcon Writer");
+    hidePanel();
+    copyText("of nobody"); // the window manager may count the hidden panel as active
+    ASSERT_TRUE(soonStored("of nobody"));
+    EXPECT_EQ(database.find("of nobody")->sourceApp, "");
+    showPanel();
+    x.type("own words");
+    x.key("ctrl+a ctrl+c");
+    ASSERT_TRUE(soonStored("own words"));
+    EXPECT_EQ(database.find("own words")->sourceApp, "corvatto");
+    const struct {
+        QByteArray windowClass, desktopEntry, name;
+    } cases[] = {{"Falcon", "", "falcon Writer"},
+                 {"Nameless", "", "Nameless"},
+                 {"heron-bin", "org.example.Heron", "org.example.Heron Writer"},
+                 {"Eagle", "org.example.Unknown", "Eagle"}};
+    for (const auto& [windowClass, desktopEntry, name] : cases) {
+        const auto window = x.createWindow({50, 50, 200, 100}, windowClass, desktopEntry);
+        ASSERT_TRUE(soon([&] { return x.activeWindow() == window; }));
+        copyText("from " + windowClass);
+        ASSERT_TRUE(soonStored("from " + windowClass));
+        EXPECT_EQ(database.find("from " + windowClass)->sourceApp, name);
+    }
+}
 
-    x.createWindow({50, 150, 200, 100}, "Nameless");
-    ASSERT_TRUE(soon([this] { return x.windowClass(x.activeWindow()) == "Nameless"; }));
-    copyText("from the writer");
-    ASSERT_TRUE(soonStored("from the writer", 2));
-    EXPECT_EQ(database.find("from the writer")->sourceApp, "Nameless");
+TEST_F(CopyTest, WhatIsCopiedLastIsRecordedBeforeTheNextLook) {
+    setSetting("clipboardPollingInterval", 5); // seconds
+    database.fill({{"newest"}, {"second"}});
+    launch();
+    hidePanel();
+    const auto copyUnseen = [this](const QByteArray& text) {
+        copyText(text);
+        return soon([this] { return owner->hasPrinted("sent UTF8_STRING"); });
+    };
+    ASSERT_TRUE(copyUnseen("before the shortcut"));
+    showPanel();
+    EXPECT_TRUE(database.find("before the shortcut"));
+    ASSERT_TRUE(copyUnseen("before the choice"));
+    x.key("Return");
+    ASSERT_TRUE(soonHidden());
+    EXPECT_EQ(paste(), "newest"); // the second of the list that was on show
+    EXPECT_TRUE(database.find("before the choice"));
+    ASSERT_TRUE(copyUnseen("before the end"));
+    EXPECT_EQ(program->stop(), 0);
+    EXPECT_TRUE(database.find("before the end"));
+    launch();
 }
 
 } // namespace corvatto::test

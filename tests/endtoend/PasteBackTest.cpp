@@ -1,6 +1,9 @@
 // From the shelf back to the clipboard, and from there to other programs.
 #include "EndToEndTest.h"
 
+#include <filesystem>
+#include <fstream>
+
 namespace corvatto::test {
 
 namespace {
@@ -70,6 +73,28 @@ TEST_F(PasteBackTest, FilesInOrderWithoutThoseThatHaveGone) {
     EXPECT_EQ(paste("text/uri-list").value_or("").replace("\r\n", "\n").trimmed(), urls);
     EXPECT_EQ(paste("x-special/gnome-copied-files").value_or("").trimmed(), "copy\n" + urls);
     EXPECT_EQ(rowsAfterNextCopy().size(), 1);
+}
+
+TEST_F(PasteBackTest, FilesWhoseNamesAreNotUtf8) {
+    const std::filesystem::path directory = desktop.home().constData();
+    for (const char* name : {"caf\xe9.txt", "caf\xe8.txt", "two\nlines.txt"}) {
+        std::ofstream(directory / name) << "x";
+    }
+    const QByteArray base = "file://" + desktop.home() + '/';
+    launch();
+    for (const QByteArray name : {"caf%E9.txt", "caf%E8.txt", "two%0Alines.txt"}) {
+        copy({{"text/uri-list", base + name + "\r\n"}});
+        ASSERT_TRUE(soonStored(base + name));
+        copyText("not " + name);
+        ASSERT_TRUE(soonStored("not " + name));
+        x.type(base + name);
+        ASSERT_TRUE(copyBack());
+        EXPECT_EQ(paste("text/uri-list").value_or("").trimmed(), base + name);
+        EXPECT_TRUE(soonStored(base + name, 2));
+        showPanel();
+        x.key("ctrl+a BackSpace");
+    }
+    EXPECT_EQ(database.find(base + "caf%E9.txt")->preview, "caf\xef\xbf\xbd.txt");
 }
 
 } // namespace corvatto::test

@@ -97,7 +97,8 @@ bool XClient::hasWindowManager() {
     return !property(m_unmapped, "_NET_FRAME_EXTENTS").isEmpty();
 }
 
-XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowClass) {
+XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowClass,
+                                      const QByteArray& desktopEntry) {
     const Window window = xcb_generate_id(raw());
     const quint32 magenta = 0xff00ff;
     xcb_create_window(raw(), XCB_COPY_FROM_PARENT, window, root(), static_cast<qint16>(geometry.x()),
@@ -107,6 +108,9 @@ XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowCl
     const QByteArray both = windowClass.toLower() + '\0' + windowClass + '\0';
     xcb_change_property(raw(), XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
                         static_cast<quint32>(both.size()), both.constData());
+    xcb_change_property(raw(), XCB_PROP_MODE_REPLACE, window, atom("_GTK_APPLICATION_ID"),
+                        atom("UTF8_STRING"), 8, static_cast<quint32>(desktopEntry.size()),
+                        desktopEntry.constData());
     xcb_map_window(raw(), window);
     sync();
     return window;

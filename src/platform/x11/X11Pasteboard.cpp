@@ -13,6 +13,10 @@ constexpr std::chrono::seconds decodedImageLifetime{6};
 
 constexpr std::chrono::milliseconds rereadingDelay{200};
 
+// A clipboard manager that takes the clipboard over from a program that exits does so within some
+// milliseconds. Who takes it over at the same moment confuses some.
+constexpr std::chrono::milliseconds managersPrecedence{100};
+
 // Marks what a clipboard manager offers in place of a clipboard that its owner has left.
 constexpr char replacesEmptyTarget[] = "application/x-kde-onlyReplaceEmpty";
 
@@ -26,6 +30,9 @@ X11Pasteboard::X11Pasteboard(XcbConnection& connection, NameOfSource nameOfSourc
       m_owner(connection, m_selection) {
     m_clearWithoutWrite.setSingleShot(true);
     m_clearWithoutWrite.callOnTimeout([this] { offer(); });
+    m_offerAgain.setSingleShot(true);
+    m_offerAgain.setInterval(managersPrecedence);
+    m_offerAgain.callOnTimeout([this] { offerAgain(); });
     m_rereading.setSingleShot(true);
     m_rereading.setInterval(rereadingDelay);
     m_rereading.callOnTimeout([this] { read(m_ownership, Meaning::aChangeIfDifferent); });
@@ -172,6 +179,8 @@ void X11Pasteboard::ownerGone() {
     m_ownership = {};
     if (m_reading) {
         m_reading->ownerGone();
+    } else if (m_manager != XCB_NONE) {
+        m_offerAgain.start();
     } else {
         offerAgain();
     }

@@ -82,7 +82,8 @@ private:
     Ownership m_ownership;             // the last one announced
     xcb_window_t m_manager = XCB_NONE; // which the desktop's clipboard manager owns its own selection with
     bool m_isOwnerGone = false;        // the owner that was announced last has exited
-    QTimer m_rereading;                // after the same ownership was announced again
+    QTimer m_offerAgain;
+    QTimer m_rereading;                          // after the same ownership was announced again
     std::unique_ptr<ClipboardReading> m_reading; // while content is being collected
     std::unique_ptr<ClipboardManagerSave> m_save;
     QTimer m_clearWithoutWrite; // carries out a clear that no write follows

@@ -246,6 +246,36 @@ TEST_F(X11PasteboardTest, WhatAClipboardManagerRescuesIsNoCopy) {
     }
 }
 
+// With a manager about, what is left behind is offered again only when the manager has left it.
+TEST_F(X11PasteboardTest, TheClipboardManagerGoesFirstWhenAnOwnerExits) {
+    Program manager(display);
+    manager.own("CLIPBOARD_MANAGER");
+    for (const bool takesOver : {true, false}) {
+        other.emplace(display);
+        const QByteArray text = takesOver ? "rescued" : "left behind";
+        other->copy({{"UTF8_STRING", text}});
+        ASSERT_TRUE(soonCopied(QString::fromUtf8(text)));
+        other.emplace(display); // the one that copied exits
+        const auto isOwnedBy = [&](xcb_window_t window) {
+            return owned(xcb_get_selection_owner_reply(
+                             manager.raw(), xcb_get_selection_owner(manager.raw(), manager.atom("CLIPBOARD")),
+                             nullptr))
+                       ->owner == window;
+        };
+        letGo(); // it is told
+        EXPECT_TRUE(isOwnedBy(XCB_NONE));
+        if (takesOver) {
+            manager.copy({{"UTF8_STRING", text}});
+        }
+        EXPECT_TRUE(eventually([&] {
+            manager.go();
+            return takesOver ? manager.reads > 0 : !isOwnedBy(XCB_NONE);
+        }));
+        letGo();
+        EXPECT_EQ(isOwnedBy(manager.window), takesOver);
+    }
+}
+
 // Of the moment of the copy, not of the look at it.
 TEST_F(X11PasteboardTest, TheSourceIsWhatIsInFrontWhenACopyIsAnnounced) {
     inFront = QStringLiteral("Editor");
