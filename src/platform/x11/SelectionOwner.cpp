@@ -87,11 +87,11 @@ bool SelectionOwner::offerIfUnowned(const ClipboardContent& content) {
 void SelectionOwner::takeOver() {
     // The server's own current time: it accepts no older one, and we have seen no event whose time would do.
     xcb_set_selection_owner(m_connection.raw(), m_window, m_selection, XCB_CURRENT_TIME);
-    ++m_unannouncedTakeovers;
+    ++m_pendingTakeovers;
 }
 
 void SelectionOwner::takeoverAnnounced(xcb_timestamp_t time) {
-    --m_unannouncedTakeovers;
+    --m_pendingTakeovers;
     m_since = time;
 }
 
@@ -116,7 +116,7 @@ void SelectionOwner::handleEvent(const xcb_generic_event_t& event) {
     case XCB_SELECTION_CLEAR: {
         // Told before a takeover of ours is announced, it is the end of an earlier ownership.
         const auto& clear = reinterpret_cast<const xcb_selection_clear_event_t&>(event);
-        if (clear.owner == m_window && clear.selection == m_selection && !hasUnannouncedTakeover()) {
+        if (clear.owner == m_window && clear.selection == m_selection && !hasPendingTakeover()) {
             m_flavours.clear(); // transfers under way keep their own bytes
         }
         break;

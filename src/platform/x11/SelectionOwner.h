@@ -38,7 +38,7 @@ public:
     xcb_window_t window() const { return m_window; }
 
     // Our takeovers that the server has not announced yet. Until it has, all that it tells came before them.
-    bool hasUnannouncedTakeover() const { return m_unannouncedTakeovers > 0; }
+    bool hasPendingTakeover() const { return m_pendingTakeovers > 0; }
 
     // The server has announced that one of our takeovers happened at that time.
     void takeoverAnnounced(xcb_timestamp_t time);
@@ -84,7 +84,7 @@ private:
     xcb_window_t m_window;
     qsizetype m_bytesPerPiece;
     xcb_timestamp_t m_since = XCB_CURRENT_TIME;
-    int m_unannouncedTakeovers = 0;
+    int m_pendingTakeovers = 0;
     std::vector<std::shared_ptr<Flavour>> m_flavours; // of this ownership
     std::list<Incremental> m_incremental;
     QTimer m_forgetEncodings;

@@ -100,7 +100,7 @@ void X11Pasteboard::ownershipChanged(const xcb_xfixes_selection_notify_event_t& 
         m_rereading.stop();
         m_ownership = {event.owner, event.selection_timestamp};
         m_owner.takeoverAnnounced(event.selection_timestamp);
-    } else if (m_owner.hasUnannouncedTakeover()) {
+    } else if (m_owner.hasPendingTakeover()) {
         return; // overtaken by our own write
     } else if (isTakeover) {
         announced({event.owner, event.selection_timestamp});
@@ -232,7 +232,7 @@ void X11Pasteboard::handOver(std::function<void()> done) {
     if (m_save) {
         return; // whoever asks again and again must not put off the end
     }
-    const bool isOurs = m_ownership.owner == m_owner.window() || m_owner.hasUnannouncedTakeover();
+    const bool isOurs = m_ownership.owner == m_owner.window() || m_owner.hasPendingTakeover();
     if (isOurs && !m_content.isEmpty()) {
         m_save = std::make_unique<ClipboardManagerSave>(m_connection, m_owner.window(), std::move(done));
     } else {
