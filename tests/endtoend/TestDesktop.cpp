@@ -59,6 +59,9 @@ TestDesktop::TestDesktop(const Options& options) {
     m_display = ':' + m_server->output().trimmed();
     m_environment.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(m_display));
 
+    // Without an address, the bus library would start a bus for the display.
+    m_sessionBus = "unix:path=" + home() + "/runtime/test-bus";
+    m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(m_sessionBus));
     if (options.hasSessionBus) {
         startSessionBus();
     }
@@ -88,8 +91,6 @@ void TestDesktop::startSessionBus() {
     if (!soon([&] { return QFile::exists(QString::fromUtf8(socket)); })) {
         throw std::runtime_error("no session bus");
     }
-    m_sessionBus = "unix:path=" + socket;
-    m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(m_sessionBus));
 }
 
 QByteArray TestDesktop::writeFile(const QByteArray& name, const QByteArray& bytes) const {

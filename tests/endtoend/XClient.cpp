@@ -128,13 +128,13 @@ bool XClient::takeRequestsToShow() {
     return owned(xcb_request_check(raw(), cookie)) == nullptr;
 }
 
-bool XClient::isAskedToShow() {
+XClient::Window XClient::windowToShow() {
     while (const auto event = owned(xcb_poll_for_event(raw()))) {
         if ((event->response_type & 0x7F) == XCB_MAP_REQUEST) {
-            return true;
+            return reinterpret_cast<const xcb_map_request_event_t&>(*event).window;
         }
     }
-    return false;
+    return XCB_NONE;
 }
 
 XClient::Window XClient::clipboardOwner() {

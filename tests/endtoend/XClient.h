@@ -46,7 +46,7 @@ public:
 
     // Has windows wait to be shown until a window manager, here this client, agrees. False when there is one.
     bool takeRequestsToShow();
-    bool isAskedToShow(); // since the last look
+    Window windowToShow(); // that it is asked to show since the last look; 0 when there is none
 
     Window clipboardOwner(); // 0 when the clipboard is empty
     void clearClipboard();
