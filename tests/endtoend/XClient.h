@@ -50,6 +50,7 @@ public:
 
     Window clipboardOwner(); // 0 when the clipboard is empty
     void clearClipboard();
+    void own(const QByteArray& selection); // and answer nobody who asks for it
 
     QImage screenshot() { return picture({0, 0, screen().width_in_pixels, screen().height_in_pixels}); }
     QColor pixel(QPoint position) { return picture({position, QSize(1, 1)}).pixelColor(0, 0); }
