@@ -27,6 +27,11 @@ QColor faded(QColor color, double opacity);
 QFont systemFont(double size, QFont::Weight weight = QFont::Normal);
 QFont monospacedSystemFont(double size, QFont::Weight weight = QFont::Normal);
 
+// A font of the desktop's as the interface uses it: in that size and weight whatever style the desktop names,
+// and with Chinese characters in their simplified forms whatever the locale. These come from the font that
+// the user's font configuration prefers for `genericFamily`, "sans-serif" or "monospace".
+QFont interfaceFont(QFont font, const QString& genericFamily, double size, QFont::Weight weight);
+
 constexpr double bodySize = 13;
 constexpr double captionSize = 10;
 
