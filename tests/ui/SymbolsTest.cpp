@@ -1,5 +1,6 @@
 #include "ui/Symbols.h"
 
+#include <QBitmap>
 #include <QImage>
 #include <QSet>
 
@@ -27,6 +28,11 @@ TEST(Symbols, EveryNameThatTheProgramUsesIsADrawingOfItsOwn) {
             const auto* pixels = reinterpret_cast<const QRgb*>(drawn.constBits());
             const QList<QRgb> drawing(pixels, pixels + drawn.width() * drawn.height());
             EXPECT_TRUE(drawing.contains(color.rgba()) && drawing.contains(0)) << utf8;
+            if (size == 11) { // stands in a badge, whose padding is even only if the drawing has none
+                const QRect ink = QRegion(QBitmap::fromImage(drawn.createAlphaMask())).boundingRect();
+                EXPECT_LE(ink.left(), ratio) << utf8;
+                EXPECT_GE(ink.right(), drawn.width() - 1 - ratio) << utf8;
+            }
             drawings.insert(drawing);
         }
         EXPECT_EQ(drawings.size(), 9) << ratio;
