@@ -71,7 +71,9 @@ FetchError FetchError::loading(Code code, const QString& detail) {
 }
 
 FetchError FetchError::loading(QNetworkReply::NetworkError error, const QString& detail) {
-    return loading(codeFor(error), detail);
+    const Code code = codeFor(error);
+    // The network access speaks English; what is known has a text in the language of the interface.
+    return loading(code, code == unknown ? detail : QString());
 }
 
 FetchError FetchError::undecodable() {

@@ -10,6 +10,7 @@
 #include "update/VersionComparison.h"
 
 #include <QDateTime>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
@@ -137,6 +138,7 @@ TEST_F(UpdateCheckerTest, FailuresArePrintedAndToldWhenAsked) {
         ASSERT_EQ(shown.size(), 1U);
         EXPECT_EQ(shown[0].messageText, u"检查更新失败");
         EXPECT_FALSE(shown[0].informativeText.isEmpty());
+        EXPECT_FALSE(shown[0].informativeText.contains(QRegularExpression(u"[a-z]"_qs))) << "in one language";
         const QByteArray lines = "  domain: " + error +
                                  "\n  description: " + shown[0].informativeText.toUtf8() +
                                  "\n  URL: " + server.url(path).toEncoded() + "\n";
