@@ -41,6 +41,13 @@ HistoryShelf::HistoryShelf(HistoryViewModel& viewModel, const RelativeDateTimeFo
     m_scrolling.setEasingCurve(QEasingCurve::InOutSine);
     connect(&m_viewModel, &HistoryViewModel::selectedItemIdChanged, this, &HistoryShelf::showSelection);
     connect(&m_model, &QAbstractItemModel::modelReset, this, &HistoryShelf::showSelection);
+    // A screen reader selects here, and not in the view model.
+    connect(selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this](const QItemSelection& selected) {
+                if (!selected.isEmpty()) {
+                    m_viewModel.setSelectedItemId(m_model.item(selected.indexes().first().row()).id);
+                }
+            });
 }
 
 QSize HistoryShelf::sizeHint() const {
@@ -67,6 +74,7 @@ void HistoryShelf::buildScrollIndicator() {
     });
     connect(bar, &QScrollBar::valueChanged, m_indicator, &QScrollBar::setValue);
     connect(m_indicator, &QScrollBar::valueChanged, bar, &QScrollBar::setValue);
+    m_indicator->setSingleStep(bar->singleStep());        // the wheel moves as far as over the cards
     m_indicator->setContextMenuPolicy(Qt::NoContextMenu); // the panel's instead of the scroll bar's own
     m_indicator->hide();
 }

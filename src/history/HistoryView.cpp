@@ -4,12 +4,12 @@
 #include "history/HistoryShelf.h"
 #include "history/SearchField.h"
 #include "ui/Appearance.h"
+#include "ui/ContextMenu.h"
 #include "ui/Symbols.h"
 
 #include <QBoxLayout>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
-#include <QMenu>
 #include <QPainter>
 #include <QWindow>
 
@@ -185,29 +185,32 @@ void HistoryView::paintEvent(QPaintEvent* event) {
     QPainter(this).fillRect(event->rect(), panelBackground());
 }
 
+void HistoryView::keyPressEvent(QKeyEvent* event) {
+    // The clear button has no use for what is typed while it has the focus.
+    if (focusWidget() == m_clearButton && !event->text().isEmpty() && event->text().at(0).isPrint()) {
+        m_searchField->setFocus();
+        QCoreApplication::sendEvent(m_searchField, event);
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
 void HistoryView::contextMenuEvent(QContextMenuEvent* event) {
     openPanelMenu(event->globalPos());
 }
 
-QMenu* HistoryView::newMenu() {
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->setPalette(lightPalette());
-    return menu;
-}
-
 void HistoryView::openCardMenu(const ClipboardItem& item, const QPoint& position) {
-    QMenu* menu = newMenu();
+    auto* menu = new ContextMenu(this);
     menu->addAction(QStringLiteral("复制到剪贴板"), this, [this, item] { m_viewModel.copyItem(item); });
     menu->addSeparator();
     addPanelEntries(*menu);
-    menu->popup(position);
+    menu->open(position);
 }
 
 void HistoryView::openPanelMenu(const QPoint& position) {
-    QMenu* menu = newMenu();
+    auto* menu = new ContextMenu(this);
     addPanelEntries(*menu);
-    menu->popup(position);
+    menu->open(position);
 }
 
 void HistoryView::addPanelEntries(QMenu& menu) {

@@ -33,6 +33,7 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
@@ -45,7 +46,6 @@ private:
     void showSearchText();
     void openCardMenu(const ClipboardItem& item, const QPoint& position);
     void openPanelMenu(const QPoint& position);
-    QMenu* newMenu();
     void addPanelEntries(QMenu& menu);
 
     HistoryViewModel& m_viewModel;

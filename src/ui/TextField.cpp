@@ -1,6 +1,7 @@
 #include "ui/TextField.h"
 
 #include "ui/Appearance.h"
+#include "ui/ContextMenu.h"
 
 #include <QContextMenuEvent>
 #include <QKeyEvent>
@@ -67,15 +68,13 @@ void TextField::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void TextField::contextMenuEvent(QContextMenuEvent* event) {
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->setPalette(appearance::lightPalette());
+    auto* menu = new ContextMenu(this);
     menu->addAction(QStringLiteral("剪切"), this, &QLineEdit::cut)->setEnabled(hasSelectedText());
     menu->addAction(QStringLiteral("复制"), this, &QLineEdit::copy)->setEnabled(hasSelectedText());
     menu->addAction(QStringLiteral("粘贴"), this, &TextField::pasteSnapshot);
     menu->addSeparator();
     menu->addAction(QStringLiteral("全选"), this, &QLineEdit::selectAll)->setEnabled(!text().isEmpty());
-    menu->popup(event->globalPos());
+    menu->open(event->globalPos());
 }
 
 } // namespace corvatto

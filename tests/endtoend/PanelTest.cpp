@@ -181,6 +181,10 @@ TEST_F(PanelTest, TheMouseSelectsCopiesAndOpensTheMenu) {
     ASSERT_TRUE(openMenuOf(0));
     x.key("Escape"); // closes the menu only
     EXPECT_TRUE(soon([this] { return windowCount() == 1; }));
+    ASSERT_TRUE(openMenuOf(1));
+    x.key("super+shift+v"); // arrives in spite of the menu, and closes both
+    EXPECT_TRUE(soon([this] { return windowCount() == 0; }));
+    showPanel();
     ASSERT_TRUE(openMenuOf(2));
     x.key("Down Return");
     EXPECT_EQ(copiedBack(), "entry 2");

@@ -9,6 +9,7 @@
 #include "support/FakeRelativeTimes.h"
 
 #include <QAbstractAnimation>
+#include <QAccessible>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -57,7 +58,7 @@ protected:
     bool isAtRest() { return shelf.findChild<QAbstractAnimation*>()->state() == QAbstractAnimation::Stopped; }
     QString cardAt(int x) {
         const ClipboardItem* item = shelf.cardAt({x, 170});
-        return item != nullptr ? item->content.prefix() : QStringLiteral("-");
+        return item != nullptr ? item->content.beginning() : QStringLiteral("-");
     }
     void click(int x) { QTest::mouseClick(shelf.viewport(), Qt::LeftButton, {}, {x, 170}); }
     void secondClick(int x) {
@@ -113,6 +114,28 @@ TEST_F(View, EachCharacterSearchesOnceAndTheClearButtonStartsOver) {
     QTest::keyClick(&field, Qt::Key_Return);
     EXPECT_EQ(pasteboard.content.text, u"77");
     EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(View, ItsLinesAreEquallyThickAtAnyScale) {
+    view.resize(1000, 440);
+    view.ensurePolished();
+    for (const double ratio : {1.0, 1.25, 1.5, 2.0}) {
+        QImage image((QSizeF(1000, 440) * ratio).toSize(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
+        view.render(&image);
+        QList<int> rows; // the top edge and the two dividers
+        for (int y = 0; y < image.height(); ++y) {
+            if (image.pixelColor(image.width() - 5, y).value() < 215) {
+                rows << y;
+            }
+        }
+        const auto thickness = static_cast<int>(ratio);
+        ASSERT_EQ(rows.size(), 3 * thickness) << ratio;
+        for (const int line : {0, 1, 2}) {
+            EXPECT_EQ(rows[(line + 1) * thickness - 1], rows[line * thickness] + thickness - 1) << ratio;
+        }
+        EXPECT_EQ(rows[0], 0);
+    }
 }
 
 TEST_F(View, ADoubleClickCopiesTheCardThatWasClickedFirst) {
@@ -171,6 +194,19 @@ TEST_F(View, MenusOfferWhatTheyAreOpenedOn) {
     }
     ASSERT_NE(indicator, nullptr) << "more cards than fit";
     EXPECT_EQ(entries(menuAt(*indicator, {300, 5})), panelEntries) << "and none of the scroll bar's own";
+    QApplication::activePopupWidget()->close();
+    int movements[2]; // by a notch of the wheel over the cards and over the scroll bar
+    for (const int i : {0, 1}) {
+        scroll(0);
+        QWidget& under = i == 0 ? cards : *indicator;
+        const QPointF position(300, 5);
+        QWheelEvent notch(position, under.mapToGlobal(position), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&under, &notch);
+        movements[i] = shelf.horizontalScrollBar()->value();
+    }
+    EXPECT_EQ(movements[0], movements[1]);
+    EXPECT_GT(movements[0], 100);
 
     menu = menuAt(view, {500, 51});
     QString asked;
@@ -189,12 +225,27 @@ TEST_F(View, MenusOfferWhatTheyAreOpenedOn) {
     }
     EXPECT_EQ(asked, u"preferences about clear");
     EXPECT_TRUE(emptyShelf.isVisible());
-    menu->close();
+    view.hide();
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr) << "closes with the panel";
+}
+
+TEST_F(View, ASelectionOfAScreenReaderIsWhatReturnCopies) {
+    record({"C", "B", "A"});
+    show();
+    QAccessibleInterface* card = QAccessible::queryAccessibleInterface(&shelf)->child(2);
+    ASSERT_NE(card, nullptr);
+    card->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_EQ(selected(), u"C");
+    QTest::keyClick(&field, Qt::Key_Return);
+    EXPECT_EQ(pasteboard.content.text, u"C");
 }
 
 TEST_F(View, AnyWindowThatGetsTheKeyboardSendsTheTypingPointToTheField) {
     show();
     viewModel.setSearchText(QStringLiteral("A"));
+    clearButton.setFocus();
+    QTest::keyClick(&clearButton, Qt::Key_B);
+    EXPECT_EQ(field.text(), u"Ab") << "typed into the field";
     clearButton.setFocus();
     QWidget other;
     other.show();
