@@ -21,7 +21,12 @@ TextField::TextField(const Pasteboard& pasteboard) : m_pasteboard(pasteboard) {
 
 void TextField::pasteSnapshot() {
     if (const auto text = m_pasteboard.string()) {
-        insert(text->left(longestPaste));
+        const qsizetype room = maxLength() - this->text().size() + selectedText().size();
+        QString pasted = text->left(std::min(longestPaste, room));
+        if (pasted.size() < text->size() && !pasted.isEmpty() && pasted.back().isHighSurrogate()) {
+            pasted.chop(1); // half a character
+        }
+        insert(pasted);
     }
 }
 

@@ -62,8 +62,17 @@ TEST(TextFieldTest, PastesTheSnapshotAndAsksNoOtherProgram) {
     EXPECT_FALSE(field.acceptDrops()) << "a drop waits for the program that it comes from";
 
     pasteboard.copy({});
+    field.clear();
+    const QString rest = QStringLiteral("😀").repeated(10'000);
+    pasteboard.copyText(u'x' + rest);
     QTest::keyClick(&field, Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(field.text().size(), 9) << "no text, nothing pasted";
+    EXPECT_EQ(field.text(), u'x' + rest.left(4094)) << "no half character";
+    field.setMaxLength(4097);
+    QTest::keyClick(&field, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(field.text().mid(4095), u"x");
+
+    QTest::keyClick(&field, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(field.text().size(), 4096) << "no text, nothing pasted";
     EXPECT_EQ(questions, 0);
 }
 
