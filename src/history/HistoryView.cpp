@@ -6,12 +6,17 @@
 #include "ui/Appearance.h"
 #include "ui/ContextMenu.h"
 #include "ui/Symbols.h"
+#include "ui/TextLabel.h"
+#include "ui/TextLine.h"
 
 #include <QBoxLayout>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QWindow>
+
+#include <algorithm>
+#include <cmath>
 
 namespace corvatto {
 namespace {
@@ -64,6 +69,26 @@ private:
     QString m_name;
     double m_pointSize;
     QColor m_color;
+};
+
+// Draws a line of one pixel at the top of `area`. Lines of one point would differ in thickness where points
+// are no whole pixels.
+void drawHairline(QPainter& painter, const QRectF& area) {
+    const double pixel = 1 / painter.deviceTransform().m22();
+    const double thickness = pixel * std::max(1.0, std::floor(1 / pixel));
+    painter.fillRect(QRectF(area.left(), textline::onPixel(painter, area.top()), area.width(), thickness),
+                     separatorColor());
+}
+
+class Divider : public QWidget {
+public:
+    Divider() { setFixedHeight(1); }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        drawHairline(painter, rect());
+    }
 };
 
 } // namespace
@@ -148,13 +173,7 @@ void HistoryView::buildStatusBar(QBoxLayout& rows) {
 }
 
 void HistoryView::addDivider(QBoxLayout& rows) {
-    auto* line = new QWidget;
-    line->setFixedHeight(1);
-    line->setAutoFillBackground(true);
-    QPalette separator;
-    separator.setColor(QPalette::Window, separatorColor());
-    line->setPalette(separator);
-    rows.addWidget(line);
+    rows.addWidget(new Divider);
 }
 
 void HistoryView::showItems() {
@@ -182,7 +201,10 @@ void HistoryView::showEvent(QShowEvent* event) {
 }
 
 void HistoryView::paintEvent(QPaintEvent* event) {
-    QPainter(this).fillRect(event->rect(), panelBackground());
+    QPainter painter(this);
+    painter.fillRect(event->rect(), panelBackground());
+    // Without a compositor no shadow tells the panel from a grey window behind it.
+    drawHairline(painter, rect());
 }
 
 void HistoryView::keyPressEvent(QKeyEvent* event) {
