@@ -3,8 +3,8 @@
 #include "history/HistoryShelf.h"
 #include "ui/Appearance.h"
 #include "ui/Symbols.h"
+#include "ui/TextLine.h"
 
-#include <QFontMetricsF>
 #include <QPainter>
 
 #include <array>
@@ -46,7 +46,7 @@ void EmptyShelf::paintEvent(QPaintEvent* /*event*/) {
     const double symbolHeight = symbols::size(symbol, symbolSize).height();
     double height = symbolHeight;
     for (const Line& line : lines()) {
-        height += spacing + QFontMetricsF(line.font).height();
+        height += spacing + textline::height(line.font);
     }
 
     QPainter painter(this);
@@ -57,10 +57,10 @@ void EmptyShelf::paintEvent(QPaintEvent* /*event*/) {
     top += symbolHeight;
     for (const Line& line : lines()) {
         top += spacing;
-        const double lineHeight = QFontMetricsF(line.font).height();
+        const double lineHeight = textline::height(line.font);
         painter.setFont(line.font);
         painter.setPen(line.color);
-        painter.drawText(QRectF(0, top, width(), lineHeight), Qt::AlignCenter, line.text);
+        textline::draw(painter, QRectF(0, top, width(), lineHeight), line.text, Qt::AlignHCenter);
         top += lineHeight;
     }
 }

@@ -6,6 +6,7 @@
 #include "history/TextExcerpt.h"
 #include "ui/Appearance.h"
 #include "ui/Symbols.h"
+#include "ui/TextLine.h"
 
 #include <QFontMetricsF>
 #include <QSet>
@@ -32,15 +33,20 @@ void drawPlaceholder(QPainter& painter, const QRectF& area, const Placeholder& p
     constexpr double symbolSize = 30;
     constexpr double spacing = 6;
     const QRectF padded = area.adjusted(horizontalPadding, 12, -horizontalPadding, 0);
-    const QSizeF symbol = symbols::size(placeholder.symbol, symbolSize);
-    const QRectF room = padded.adjusted(0, symbol.height() + spacing, 0, 0);
-    const double textHeight = placeholder.text.height(room, preview);
-    const double top = padded.top() + (padded.height() - symbol.height() - spacing - textHeight) / 2;
-    symbols::draw(painter, placeholder.symbol, QRectF(padded.left(), top, padded.width(), symbol.height()),
-                  symbolSize, placeholder.symbolColor);
-    placeholder.text.draw(
-        painter, QRectF(padded.left(), top + symbol.height() + spacing, padded.width(), textHeight + 1),
-        preview);
+    const double symbolHeight = symbols::size(placeholder.symbol, symbolSize).height();
+    // A low panel has room for one of the two, and the text says more.
+    const bool hasSymbol =
+        padded.height() >= symbolHeight + spacing + textline::height(placeholder.text.font);
+    const QRectF room = hasSymbol ? padded : area.adjusted(horizontalPadding, 0, -horizontalPadding, 0);
+    const double aboveText = hasSymbol ? symbolHeight + spacing : 0;
+    const double textHeight = placeholder.text.height(room.adjusted(0, aboveText, 0, 0), preview);
+    const double top = room.center().y() - (aboveText + textHeight) / 2;
+    if (hasSymbol) {
+        symbols::draw(painter, placeholder.symbol, QRectF(room.left(), top, room.width(), symbolHeight),
+                      symbolSize, placeholder.symbolColor);
+    }
+    placeholder.text.draw(painter, QRectF(room.left(), top + aboveText, room.width(), textHeight + 1),
+                          preview);
 }
 
 bool drawPicture(QPainter& painter, const QRectF& area, const std::optional<QString>& path,
@@ -201,8 +207,8 @@ void HistoryCardView::drawHeader(QPainter& painter, const QRectF& area) const {
     painter.setPen(secondaryLabelColor());
     QString name = m_item.sourceApp;
     name.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    painter.drawText(right, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine,
-                     QFontMetricsF(font).elidedText(name, Qt::ElideRight, right.width()));
+    textline::draw(painter, right, QFontMetricsF(font).elidedText(name, Qt::ElideRight, right.width()),
+                   Qt::AlignRight);
 }
 
 double HistoryCardView::drawBadge(QPainter& painter, const QRectF& area) const {
@@ -218,7 +224,7 @@ double HistoryCardView::drawBadge(QPainter& painter, const QRectF& area) const {
     const QString title =
         metrics.elidedText(typeTitle(), Qt::ElideRight, area.width() - 2 * paddingH - iconAndGap);
 
-    const double contentHeight = std::max(metrics.height(), iconBox.height());
+    const double contentHeight = std::max(textline::height(font), iconBox.height());
     const double width = paddingH + iconAndGap + metrics.horizontalAdvance(title) + paddingH;
     const double height = contentHeight + 2 * paddingV;
     const QRectF capsule(area.left(), area.center().y() - height / 2, width, height);
@@ -232,8 +238,7 @@ double HistoryCardView::drawBadge(QPainter& painter, const QRectF& area) const {
     }
     painter.setFont(font);
     painter.setPen(Qt::white);
-    painter.drawText(capsule.adjusted(paddingH + iconAndGap, 0, 0, 0),
-                     Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, title);
+    textline::draw(painter, capsule.adjusted(paddingH + iconAndGap, 0, 0, 0), title);
     return width;
 }
 
@@ -276,29 +281,23 @@ void HistoryCardView::drawFooter(QPainter& painter, const QRectF& area, const Ca
     constexpr double figureSpacing = 6;
     const QRectF padded = area.adjusted(horizontalPadding, 0, -horizontalPadding, 0);
     const QFont font = systemFont(11);
-    const QFontMetricsF metrics(font);
-    const double height = 2 * metrics.height() + lineSpacing;
-    const QRectF first(padded.left(), padded.center().y() - height / 2, padded.width(), metrics.height());
-    QRectF second = first.translated(0, metrics.height() + lineSpacing);
-    constexpr int oneLine = static_cast<int>(Qt::AlignLeft | Qt::AlignTop) | Qt::TextSingleLine;
+    const double pitch = textline::height(font) + lineSpacing;
+    const double secondBaseline = textline::baseline(padded, font) + pitch / 2;
 
     painter.setFont(font);
     painter.setPen(secondaryLabelColor());
-    painter.drawText(first, oneLine, context.relativeTimes.localizedString(m_item.lastCopiedAt, context.now));
-    const double bottom = second.bottom();
+    textline::drawOnBaseline(painter, padded, secondBaseline - pitch,
+                             context.relativeTimes.localizedString(m_item.lastCopiedAt, context.now));
+    QRectF rest = padded;
     for (const QString& figure : {sizeText(context.characterCounts), QStringLiteral("·"),
                                   QString::number(m_item.copyCount) + QStringLiteral(" 次复制")}) {
-        painter.drawText(second, oneLine, figure);
-        second.setLeft(second.left() + metrics.horizontalAdvance(figure) + figureSpacing);
+        textline::drawOnBaseline(painter, rest, secondBaseline, figure);
+        rest.setLeft(rest.left() + QFontMetricsF(font).horizontalAdvance(figure) + figureSpacing);
     }
 
-    const QFont hintFont = monospacedSystemFont(11, QFont::Medium);
-    painter.setFont(hintFont);
+    painter.setFont(monospacedSystemFont(11, QFont::Medium));
     painter.setPen(Qt::black);
-    const QRectF hint(padded.left(), bottom - QFontMetricsF(hintFont).height(), padded.width(),
-                      QFontMetricsF(hintFont).height());
-    painter.drawText(hint, static_cast<int>(Qt::AlignRight | Qt::AlignBottom) | Qt::TextSingleLine,
-                     shortcutText());
+    textline::drawOnBaseline(painter, padded, secondBaseline, shortcutText(), Qt::AlignRight);
 }
 
 } // namespace corvatto

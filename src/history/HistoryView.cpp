@@ -99,7 +99,7 @@ HistoryView::HistoryView(HistoryViewModel& viewModel, Pasteboard& pasteboard,
       m_searchSymbol(new SymbolLabel(QStringLiteral("magnifyingglass"), bodySize, secondaryLabelColor())),
       m_clearButton(new SymbolButton(QStringLiteral("xmark.circle.fill"), bodySize, secondaryLabelColor())),
       m_shelf(new HistoryShelf(viewModel, relativeTimes)), m_emptyShelf(new EmptyShelf),
-      m_status(new QLabel) {
+      m_status(new TextLabel(QString(), systemFont(captionSize), secondaryLabelColor())) {
     setPalette(lightPalette());
     setFont(systemFont(bodySize));
 
@@ -165,10 +165,6 @@ void HistoryView::buildShelfArea(QBoxLayout& rows) {
 void HistoryView::buildStatusBar(QBoxLayout& rows) {
     m_status->setFixedHeight(statusRowHeight);
     m_status->setContentsMargins(rowPadding, 0, rowPadding, 0);
-    m_status->setFont(systemFont(captionSize));
-    QPalette secondary = palette();
-    secondary.setColor(QPalette::WindowText, secondaryLabelColor());
-    m_status->setPalette(secondary);
     rows.addWidget(m_status);
 }
 

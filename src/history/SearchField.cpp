@@ -2,8 +2,6 @@
 
 #include "ui/Appearance.h"
 
-#include <QInputMethodEvent>
-
 namespace corvatto {
 
 SearchField::SearchField(const Pasteboard& pasteboard) : TextField(pasteboard) {
@@ -12,17 +10,8 @@ SearchField::SearchField(const Pasteboard& pasteboard) : TextField(pasteboard) {
     setAttribute(Qt::WA_MacShowFocusRect, false);
     QPalette plain = appearance::lightPalette();
     plain.setColor(QPalette::Base, Qt::transparent);
+    plain.setColor(QPalette::PlaceholderText, Qt::transparent); // drawn by the text field
     setPalette(plain);
-}
-
-void SearchField::inputMethodEvent(QInputMethodEvent* event) {
-    m_isComposing = !event->preeditString().isEmpty();
-    QLineEdit::inputMethodEvent(event);
-}
-
-void SearchField::focusOutEvent(QFocusEvent* event) {
-    m_isComposing = false;
-    QLineEdit::focusOutEvent(event);
 }
 
 } // namespace corvatto

@@ -1,4 +1,4 @@
-// The search field: plain, and aware of input methods.
+// The search field: a text field without a frame.
 #pragma once
 
 #include "ui/TextField.h"
@@ -11,16 +11,6 @@ class SearchField : public TextField {
 public:
     // The pasteboard outlives the field.
     explicit SearchField(const Pasteboard& pasteboard);
-
-    // True while an input method composes text, when all keys are its own.
-    bool isComposing() const { return m_isComposing; }
-
-protected:
-    void inputMethodEvent(QInputMethodEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
-
-private:
-    bool m_isComposing = false;
 };
 
 } // namespace corvatto

@@ -1,5 +1,7 @@
 #include "history/TextExcerpt.h"
 
+#include "ui/TextLine.h"
+
 #include <QFontMetricsF>
 #include <QTextLayout>
 
@@ -20,15 +22,43 @@ struct Beginning {
     bool isCut;
 };
 
-Beginning beginningOf(const QString& text) {
-    Beginning beginning{text.left(longestLaidOut), text.size() > longestLaidOut};
+bool isLineEnd(QChar character) {
+    switch (character.unicode()) {
+    case u'\n':
+    case u'\v':
+    case u'\f':
+    case u'\r':
+    case 0x0085: // next line
+    case QChar::LineSeparator:
+    case QChar::ParagraphSeparator:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Where the first line with something in it begins, if `lines` blank ones come before it; otherwise 0.
+qsizetype startOfText(const QString& text, int lines) {
+    qsizetype start = 0;
+    int blank = 0;
+    for (qsizetype i = 0; i < text.size() && text[i].isSpace(); ++i) {
+        if (isLineEnd(text[i])) {
+            start = i + 1;
+            blank += text[i] == QLatin1Char('\n') && i > 0 && text[i - 1] == QLatin1Char('\r') ? 0 : 1;
+        }
+    }
+    return blank >= lines ? start : 0;
+}
+
+Beginning beginningOf(const QString& text, int lines) {
+    const qsizetype start = startOfText(text, lines);
+    Beginning beginning{text.mid(start, longestLaidOut), text.size() - start > longestLaidOut};
     if (beginning.isCut && beginning.text.back().isHighSurrogate()) {
         beginning.text.chop(1);
     }
     beginning.text.replace(QStringLiteral("\r\n"), QString(QChar::LineSeparator));
     for (QChar& character : beginning.text) {
-        if (character == QLatin1Char('\n') || character == QLatin1Char('\r') ||
-            character == QChar::ParagraphSeparator) {
+        if (isLineEnd(character)) {
             character = QChar::LineSeparator;
         } else if (character.isNull()) {
             character = QChar(0x2400); // a NUL ends nothing here; show its symbol
@@ -49,20 +79,14 @@ double TextExcerpt::height(const QRectF& area, const QString& text) const {
 
 double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString& text) const {
     const QFontMetricsF metrics(font);
-    // Fonts that cover every script reserve room for the tallest one; at a card's sizes that would cost
-    // lines.
-    constexpr double lineHeightPerSize = 1.2;
-    const double lineHeight = std::min(metrics.height(), font.pixelSize() * lineHeightPerSize);
-    const double step = lineHeight + lineSpacing;
-    // Lines stand on evenly spaced baselines, whatever other fonts their characters are taken from.
-    const double firstBaseline = metrics.ascent() - (metrics.height() - lineHeight) / 2;
+    const double step = textline::height(font) + lineSpacing;
     const int fitting = static_cast<int>((area.height() + lineSpacing) / step);
     const int lineLimit = std::min(maximumLines, fitting);
     if (lineLimit <= 0 || text.isEmpty()) {
         return 0;
     }
 
-    const Beginning beginning = beginningOf(text);
+    const Beginning beginning = beginningOf(text, lineLimit);
     QTextOption option(alignment);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     option.setTabStopDistance(metrics.horizontalAdvance(QLatin1Char(' ')) * spacesPerTab);
@@ -82,7 +106,6 @@ double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString&
             moreFollows = true;
             break;
         }
-        line.setPosition({0, firstBaseline + lines * step - line.ascent()});
         ++lines;
     }
     layout.endLayout();
@@ -91,8 +114,12 @@ double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString&
         painter->setFont(font);
         painter->setPen(color);
         const int whole = moreFollows ? lines - 1 : lines;
+        const auto baseline = [&](int line) {
+            return textline::onPixel(*painter, area.top() + textline::ascent(font) + line * step);
+        };
         for (int i = 0; i < whole; ++i) {
-            layout.lineAt(i).draw(painter, area.topLeft());
+            const QTextLine line = layout.lineAt(i);
+            line.draw(painter, {area.left(), baseline(i) - line.y() - line.ascent()});
         }
         if (moreFollows) {
             // The rest of the paragraph, cut where the width ends; or all of it and an ellipsis for what
@@ -104,9 +131,7 @@ double TextExcerpt::layOut(QPainter* painter, const QRectF& area, const QString&
             rest.replace(QLatin1Char('\t'),
                          QString(spacesPerTab, QLatin1Char(' '))); // not drawn outside a layout
             const QString shown = metrics.elidedText(rest, Qt::ElideRight, area.width());
-            const double slack = area.width() - metrics.horizontalAdvance(shown);
-            const double indent = alignment.testFlag(Qt::AlignHCenter) ? std::max(0.0, slack / 2) : 0.0;
-            painter->drawText(area.topLeft() + QPointF(indent, last.y() + last.ascent()), shown);
+            textline::drawOnBaseline(*painter, area, baseline(lines - 1), shown, alignment);
         }
     }
     return lines * step - lineSpacing;

@@ -4,6 +4,7 @@
 #include "platform/HotKeyCenter.h"
 #include "settings/SettingsKeys.h"
 #include "ui/Appearance.h"
+#include "ui/TextLine.h"
 
 #include <QFocusEvent>
 #include <QKeyEvent>
@@ -161,8 +162,9 @@ void ShortcutRecorderView::paintEvent(QPaintEvent* /*event*/) {
     const QFont font = systemFont(12);
     painter.setFont(font);
     painter.setPen(m_isRecording ? red : labelColor());
-    painter.drawText(rect(), Qt::AlignCenter,
-                     m_isRecording ? QStringLiteral("Recording...") : shortcutString(m_keyCode, m_modifiers));
+    textline::draw(painter, rect(),
+                   m_isRecording ? QStringLiteral("Recording...") : shortcutString(m_keyCode, m_modifiers),
+                   Qt::AlignHCenter);
 }
 
 } // namespace corvatto

@@ -5,6 +5,7 @@
 #include "settings/SettingsKeys.h"
 #include "settings/UserDefault.h"
 #include "ui/Appearance.h"
+#include "ui/TextLabel.h"
 #include "update/UpdateChecker.h"
 
 #include <QBoxLayout>
@@ -32,23 +33,9 @@ constexpr double secondsPerStep = 0.1;
 constexpr int shortestStep = 1;
 constexpr int longestStep = 50;
 
-QLabel* newLabel(const QString& text, const QFont& font, const QColor& color) {
-    auto* label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(font);
-    QPalette palette;
-    palette.setColor(QPalette::WindowText, color);
-    label->setPalette(palette);
-    return label;
-}
-
-// Plain text that wraps onto as many lines as it needs, with one point between them.
+// Wraps onto as many lines as it needs, with one point between them.
 QLabel* newHelp(const QString& text) {
-    QLabel* label =
-        newLabel(QStringLiteral("<p style='line-height:1px; -qt-line-height-type:line-distance'>%1</p>")
-                     .arg(text.toHtmlEscaped()),
-                 systemFont(11), secondaryLabelColor());
-    label->setTextFormat(Qt::RichText); // plain text has no line spacing
+    auto* label = new TextLabel(text, systemFont(11), secondaryLabelColor(), 1);
     label->setFixedWidth(PreferencesView::controlWidth);
     label->setWordWrap(true);
     return label;
@@ -86,14 +73,14 @@ PreferencesView::PreferencesView(UserDefaults& defaults, const Pasteboard& paste
 QVBoxLayout* PreferencesView::addSection(const QString& title, int spacing) {
     auto* section = new QVBoxLayout;
     section->setSpacing(spacing);
-    section->addWidget(newLabel(title, systemFont(14, QFont::DemiBold), labelColor()));
+    section->addWidget(new TextLabel(title, systemFont(14, QFont::DemiBold), labelColor()));
     m_sections->addLayout(section);
     return section;
 }
 
 void PreferencesView::addRow(QVBoxLayout& section, const QString& label, const QString& help,
                              QWidget* control) {
-    QLabel* name = newLabel(label, systemFont(13), labelColor());
+    auto* name = new TextLabel(label, systemFont(13), labelColor());
     name->setFixedWidth(labelWidth);
     name->setAlignment(Qt::AlignRight | Qt::AlignTop);
     name->setContentsMargins(0, spaceAboveLabel, 0, 0);
@@ -157,7 +144,7 @@ QWidget* PreferencesView::buildIntervalControl() {
         // Divided, not multiplied by 0.1, so that 3 steps give 0.3 and not 0.30000000000000004.
         m_defaults.setNumber(SettingsKeys::clipboardPollingInterval, step / 10.0);
     });
-    m_intervalText = newLabel(QString(), monospacedSystemFont(12), secondaryLabelColor());
+    m_intervalText = new TextLabel(QString(), monospacedSystemFont(12), secondaryLabelColor());
     m_intervalText->setFixedWidth(intervalTextWidth);
     m_intervalText->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     auto* layout = new QHBoxLayout(control);

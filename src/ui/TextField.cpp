@@ -2,10 +2,16 @@
 
 #include "ui/Appearance.h"
 #include "ui/ContextMenu.h"
+#include "ui/TextLine.h"
 
 #include <QContextMenuEvent>
+#include <QFontMetrics>
 #include <QKeyEvent>
-#include <QMenu>
+#include <QPainter>
+#include <QStyle>
+#include <QStyleOptionFrame>
+
+#include <algorithm>
 
 namespace corvatto {
 namespace {
@@ -17,6 +23,65 @@ constexpr qsizetype longestPaste = 4096;
 
 TextField::TextField(const Pasteboard& pasteboard) : m_pasteboard(pasteboard) {
     setAcceptDrops(false); // taking a drop waits for the program that it comes from
+    // The text stands at the top of an area that begins where its baseline wants it; in the middle, it would
+    // move with the height of the fonts that its characters come from.
+    setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    QPalette withoutPlaceholder;
+    withoutPlaceholder.setColor(QPalette::PlaceholderText, Qt::transparent); // it is drawn here
+    setPalette(withoutPlaceholder);
+}
+
+QRect TextField::textRect() const {
+    QStyleOptionFrame option;
+    initStyleOption(&option);
+    return style()->subElementRect(QStyle::SE_LineEditContents, &option, this);
+}
+
+void TextField::placeText() {
+    constexpr int marginOfLineEdit = 1; // above its text, within its margins
+    const QRect area = textRect();
+    const int baseline = qRound(textline::baseline(area, font()));
+    QMargins margins = textMargins();
+    margins.setTop(baseline - QFontMetrics(font()).ascent() - marginOfLineEdit - area.top());
+    if (margins != textMargins()) {
+        setTextMargins(margins);
+    }
+}
+
+QSize TextField::sizeHint() const {
+    return QLineEdit::sizeHint() - QSize(0, textMargins().top());
+}
+
+QSize TextField::minimumSizeHint() const {
+    return QLineEdit::minimumSizeHint() - QSize(0, textMargins().top());
+}
+
+void TextField::resizeEvent(QResizeEvent* event) {
+    QLineEdit::resizeEvent(event);
+    placeText();
+}
+
+void TextField::paintEvent(QPaintEvent* event) {
+    QLineEdit::paintEvent(event);
+    if (text().isEmpty() && !m_isComposing) {
+        constexpr int marginOfLineEdit = 2; // before its text, within its margins
+        const QRect area = textRect();
+        const int left = area.left() + textMargins().left() + marginOfLineEdit;
+        QPainter painter(this);
+        painter.setPen(appearance::lightPalette().color(QPalette::PlaceholderText));
+        textline::drawOnBaseline(painter, area.adjusted(left - area.left(), 0, 0, 0),
+                                 qRound(textline::baseline(area, font())), placeholderText());
+    }
+}
+
+void TextField::inputMethodEvent(QInputMethodEvent* event) {
+    m_isComposing = !event->preeditString().isEmpty();
+    QLineEdit::inputMethodEvent(event);
+}
+
+void TextField::focusOutEvent(QFocusEvent* event) {
+    m_isComposing = false;
+    QLineEdit::focusOutEvent(event);
 }
 
 void TextField::pasteSnapshot() {

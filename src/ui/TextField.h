@@ -17,7 +17,17 @@ public:
     // The pasteboard outlives the field.
     explicit TextField(const Pasteboard& pasteboard);
 
+    // True while an input method composes text, when all keys are its own.
+    bool isComposing() const { return m_isComposing; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
 protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
@@ -26,7 +36,11 @@ private:
     void pasteSnapshot();
     void commandKeyPress(const QKeyEvent& event);
 
+    void placeText();
+    QRect textRect() const;
+
     const Pasteboard& m_pasteboard;
+    bool m_isComposing = false;
 };
 
 } // namespace corvatto

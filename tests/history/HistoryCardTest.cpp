@@ -8,6 +8,7 @@
 #include "ui/Appearance.h"
 
 #include <QFile>
+#include <QFontMetricsF>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -95,6 +96,38 @@ TEST_F(Card, FiguresCountWhatUsersSee) {
     EXPECT_EQ(HistoryCardView(item, false, 9).shortcutText(), QString());
 }
 
+TEST_F(Card, TheFooterIsWholeAndItsSecondLineHasOneBaseline) {
+    using namespace appearance;
+    item = of("text", QStringLiteral("字"));
+    for (const double ratio : {1.0, 1.5, 2.0}) {
+        const QImage image = drawn(false, ratio);
+        QSet<int> offsets; // from where the texts are drawn here to where the card has them
+        double x = 24;
+        for (const QString& text : QStringLiteral("1 个字|·|1 次复制|⌘ + 1 直接复制").split(u'|')) {
+            const bool isHint = text.contains(u'+');
+            const QFont font = isHint ? monospacedSystemFont(11, QFont::Medium) : systemFont(11);
+            const double width = QFontMetricsF(font).horizontalAdvance(text);
+            x = isHint ? 316 - width : x;
+            QImage alone(image.size(), image.format());
+            alone.setDevicePixelRatio(ratio);
+            alone.fill(Qt::white);
+            QPainter painter(&alone);
+            painter.setFont(font);
+            painter.setPen(isHint ? Qt::black : secondaryLabelColor());
+            painter.drawText(QPointF(x, 100), text);
+            const QRect place = QRectF(x * ratio, 90 * ratio, width * ratio, 13 * ratio).toRect();
+            int offset = 0;
+            while (offset < 227 * ratio && image.copy(place.translated(0, offset)) != alone.copy(place)) {
+                ++offset;
+            }
+            offsets << offset;
+            x += width + 6;
+        }
+        EXPECT_EQ(offsets.size(), 1) << ratio;
+        EXPECT_LT(*offsets.begin(), 227 * ratio) << "not cut";
+    }
+}
+
 TEST_F(Card, APictureFillsTheBandAndIsCroppedToIt) {
     // Wide, high, small, larger than both, and the thinnest, which scaled to the band's width would be
     // 6.4 million pixels high.
@@ -145,6 +178,11 @@ TEST_F(Card, TheThumbnailComesFirstAndWhatCannotBeShownHasASymbolAndItsPreview) 
         item = of("file", path);
         EXPECT_GT(share(drawn(), band, QColor(0xFF, 0xB5, 0x4C)), 0.001) << "orange at 0.7";
     }
+    const QImage low = drawn(false, 1, 146);
+    EXPECT_GT(
+        shareWhere(low, QRect(24, 54, 292, 56), [](const QColor& pixel) { return pixel.value() < 120; }),
+        0.003)
+        << "the name and no symbol";
 }
 
 TEST_F(Card, TextIsCutToTheBandAndALowCardKeepsHeaderAndFooter) {

@@ -1,4 +1,5 @@
 #include "ui/TextField.h"
+#include "ui/Appearance.h"
 
 #include "support/FakePasteboard.h"
 #include "support/Printing.h"
@@ -61,7 +62,6 @@ TEST(TextFieldTest, PastesTheSnapshotAndAsksNoOtherProgram) {
     EXPECT_EQ(field.text(), QStringLiteral("历史 ").repeated(3));
     EXPECT_FALSE(field.acceptDrops()) << "a drop waits for the program that it comes from";
 
-    pasteboard.copy({});
     field.clear();
     const QString rest = QStringLiteral("😀").repeated(10'000);
     pasteboard.copyText(u'x' + rest);
@@ -71,9 +71,37 @@ TEST(TextFieldTest, PastesTheSnapshotAndAsksNoOtherProgram) {
     QTest::keyClick(&field, Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(field.text().mid(4095), u"x");
 
+    pasteboard.copy({});
     QTest::keyClick(&field, Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(field.text().size(), 4096) << "no text, nothing pasted";
     EXPECT_EQ(questions, 0);
+}
+
+TEST(TextFieldTest, TextAndPlaceholderStandOnOneBaselineWhateverTheirFonts) {
+    const test::FakePasteboard pasteboard;
+    for (const int height : {20, 31, 48}) {
+        TextField field(pasteboard);
+        field.setFont(appearance::systemFont(13));
+        field.resize(200, height);
+        // The last row with ink of the first character.
+        const auto bottom = [&field](const char* text, const char* placeholder) {
+            field.setText(QString::fromUtf8(text));
+            field.setPlaceholderText(QString::fromUtf8(placeholder));
+            const QImage image = field.grab(QRect(3, 4, 9, field.height() - 8)).toImage();
+            int row = image.height() - 1;
+            const auto isEmpty = [&image](int y) {
+                return QImage(image.copy(0, y, 9, 1)) == image.copy(0, 0, 9, 1);
+            };
+            while (row > 0 && isEmpty(row)) {
+                --row;
+            }
+            return row;
+        };
+        const int latin = bottom("H", "");
+        EXPECT_GT(latin, 0);
+        EXPECT_EQ(bottom("H直", ""), latin) << height;
+        EXPECT_EQ(bottom("", "H直"), latin) << height;
+    }
 }
 
 } // namespace

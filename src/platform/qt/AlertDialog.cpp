@@ -2,6 +2,7 @@
 
 #include "ui/Appearance.h"
 #include "ui/Symbols.h"
+#include "ui/TextLabel.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -30,10 +31,8 @@ QPixmap warningSign(double devicePixelRatio) {
 }
 
 QLabel* newLabel(const QString& text, const QFont& font) {
-    auto* label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
+    auto* label = new TextLabel(text, font, appearance::labelColor());
     label->setWordWrap(true);
-    label->setFont(font);
     return label;
 }
 
@@ -81,8 +80,7 @@ QWidget* AlertDialog::newText(const Alert& alert) {
 
 QWidget* AlertDialog::newScrollingText(const QString& text) {
     QLabel* label = newLabel(text, appearance::systemFont(13));
-    const int natural = QFontMetrics(label->font()).size(0, text).width();
-    const int width = std::clamp(natural, narrowestText, widestText);
+    const int width = std::clamp(label->sizeHint().width(), narrowestText, widestText);
     label->setFixedWidth(width);
     const int height = label->heightForWidth(width);
     label->setFixedHeight(height);

@@ -2,6 +2,7 @@
 
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -40,6 +41,13 @@ TEST(AlertDialogTest, ALongTextLeavesTheButtonsOnTheScreen) {
     dialog.show();
     EXPECT_LT(dialog.height(), dialog.screen()->availableGeometry().height());
     EXPECT_LT(dialog.width(), 600);
+
+    // Words wrap that are wider than the window.
+    const auto height = [](const QString& word) {
+        const AlertDialog one({QStringLiteral("?"), word, Alert::Style::Informational, titles});
+        return one.findChild<QScrollArea*>()->widget()->height();
+    };
+    EXPECT_EQ(height(QString(100, u'W')), 4 * height(QStringLiteral("W")));
 }
 
 } // namespace
