@@ -87,7 +87,7 @@ void PreferencesView::addRow(QVBoxLayout& section, const QString& label, const Q
     name->setBuddy(control);
     // The label's text is as far from its bottom as from its top, so the control, which is centred in the
     // same height, stands level with it.
-    control->setMinimumHeight(name->sizeHint().height() + spaceAboveLabel);
+    control->setFixedHeight(name->sizeHint().height() + spaceAboveLabel);
     control->setAccessibleDescription(help);
 
     auto* column = new QVBoxLayout;
