@@ -9,7 +9,7 @@
 namespace corvatto {
 namespace {
 
-// About twenty cards at twice the usual density: what is in view, and some to either side.
+// About twenty cards at a device pixel ratio of 2: those in view and some on either side.
 constexpr qsizetype cacheBytes = 24 << 20;
 
 QPixmap scaledToFill(const QImage& image, QSize pixels) {

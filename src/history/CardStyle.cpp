@@ -33,8 +33,7 @@ QPainterPath continuousRoundedRect(const QRectF& rect, double radius) {
 namespace {
 
 // Draws what `draw` paints around `rect`, up to `margin` outside it, from a picture that all cards share.
-// Filling so large a shape anew for each card costs more than all of its text: the edges are smooth, so that
-// every line of it is blended, which Qt hands to threads of its own in small parts.
+// Filling so large a shape with smooth edges anew for each card costs more than drawing all of its text.
 template <typename Draw>
 void drawShared(QPainter& painter, const QRectF& rect, double margin, const QString& name, Draw draw) {
     const double ratio = painter.device()->devicePixelRatioF();
@@ -60,7 +59,7 @@ void drawShared(QPainter& painter, const QRectF& rect, double margin, const QStr
 // A soft shadow of the rounded rectangle, blurred by `blur` and moved by `offset`.
 void drawShadow(QPainter& painter, const QRectF& rect, double radius, double blur, QPointF offset,
                 const QColor& color) {
-    // A Gaussian edge, as a stack of shapes from wide to narrow of which each adds its share of the opacity.
+    // Approximates a Gaussian edge by shapes from wide to narrow, each of which adds a share of the opacity.
     painter.setPen(Qt::NoPen);
     const double sigma = blur / 2;
     const auto covered = [&](double distance) {
@@ -72,7 +71,7 @@ void drawShadow(QPainter& painter, const QRectF& rect, double radius, double blu
         const double spread = blur - 2 * blur * step / (steps - 1);
         const double wanted = covered(spread);
         QColor layer = color;
-        // Layers add up as coverage does: what is missing, out of what still shines through.
+        // Each layer covers a share of what the layers below it still let through.
         const double full = color.alphaF();
         layer.setAlphaF(static_cast<float>((wanted - reached) * full / (1 - reached * full)));
         painter.setBrush(layer);

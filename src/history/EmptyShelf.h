@@ -1,4 +1,4 @@
-// What the shelf's place shows when there is no entry.
+// Shown in place of the shelf when there are no entries.
 #pragma once
 
 #include <QWidget>

@@ -9,12 +9,12 @@ constexpr int cardWidth = static_cast<int>(HistoryCardView::cardWidth);
 constexpr int cardHeight = static_cast<int>(HistoryCardView::cardHeight);
 constexpr int halfSpacing = HistoryCardDelegate::cardSpacing / 2;
 
-// The first and the last cell are wider by what the shelf's padding is more than half a space.
+// Each cell has half the spacing on both sides. The first and the last have the shelf's padding instead.
 int paddingBefore(const QModelIndex& index) {
     return index.row() == 0 ? HistoryCardDelegate::shelfHPadding : halfSpacing;
 }
 
-int paddingBehind(const QModelIndex& index) {
+int paddingAfter(const QModelIndex& index) {
     return index.row() == index.model()->rowCount() - 1 ? HistoryCardDelegate::shelfHPadding : halfSpacing;
 }
 
@@ -36,7 +36,7 @@ QRect HistoryCardDelegate::cardRect(const QRect& cell, const QModelIndex& index)
 }
 
 QSize HistoryCardDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QModelIndex& index) const {
-    return {paddingBefore(index) + cardWidth + paddingBehind(index), m_cellHeight};
+    return {paddingBefore(index) + cardWidth + paddingAfter(index), m_cellHeight};
 }
 
 void HistoryCardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,

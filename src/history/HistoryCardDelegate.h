@@ -16,7 +16,7 @@ public:
     // Points.
     static constexpr int cardSpacing = 18;   // between neighbouring cards
     static constexpr int shelfVPadding = 18; // above and below the cards
-    static constexpr int shelfHPadding = 28; // before the first card and behind the last
+    static constexpr int shelfHPadding = 28; // before the first card and after the last
 
     // All outlive the delegate.
     HistoryCardDelegate(HistoryViewModel& viewModel, const RelativeDateTimeFormatter& relativeTimes);
@@ -28,7 +28,7 @@ public:
     // The card inside the cell of `index`, in the cell's coordinates.
     static QRect cardRect(const QRect& cell, const QModelIndex& index);
 
-    // The height that cells have, for a shelf lower than whole cards need.
+    // Sets the height of cells. In a low panel it is less than whole cards need.
     void setCellHeight(int height) { m_cellHeight = height; }
 
     QString accessibleText(const ClipboardItem& item, qsizetype index) const;

@@ -75,7 +75,7 @@ void HistoryShelf::buildScrollIndicator() {
     connect(bar, &QScrollBar::valueChanged, m_indicator, &QScrollBar::setValue);
     connect(m_indicator, &QScrollBar::valueChanged, bar, &QScrollBar::setValue);
     m_indicator->setSingleStep(bar->singleStep());        // the wheel moves as far as over the cards
-    m_indicator->setContextMenuPolicy(Qt::NoContextMenu); // the panel's instead of the scroll bar's own
+    m_indicator->setContextMenuPolicy(Qt::NoContextMenu); // the panel's, not the scroll bar's own
     m_indicator->hide();
 }
 
@@ -85,7 +85,7 @@ void HistoryShelf::resizeEvent(QResizeEvent* event) {
     m_delegate.setCellHeight(viewport()->height());
     scheduleDelayedItemsLayout();
     QListView::resizeEvent(event);
-    // Where the middle is has changed, at the latest when the panel gets its first size.
+    // The middle has moved; at first, because the panel has just got its size.
     const QModelIndex current = currentIndex();
     if (current.isValid() && event->size().width() != event->oldSize().width()) {
         centre(current, Scrolling::atOnce);
@@ -147,8 +147,8 @@ void HistoryShelf::mouseMoveEvent(QMouseEvent* /*event*/) {
 void HistoryShelf::mouseReleaseEvent(QMouseEvent* /*event*/) {}
 
 void HistoryShelf::mouseDoubleClickEvent(QMouseEvent* event) {
-    // The first click has selected its card and set the shelf moving; the second may come down on a
-    // neighbour. The card that was clicked first is meant.
+    // The first click selects its card and makes the shelf scroll, so that a neighbour may be under the
+    // mouse at the second. The card of the first click is copied.
     if (event->button() == Qt::LeftButton && m_pressed) {
         const ClipboardItem item = *m_pressed;
         m_pressed.reset();

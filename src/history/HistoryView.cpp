@@ -29,7 +29,7 @@ constexpr int searchRowHeight = 48;
 constexpr int statusRowHeight = 28;
 constexpr int searchSpacing = 6;
 
-// A drawing of the program's own, sharp at the density of the screen it is shown on.
+// Shows a symbol, sharp at the pixel density of its screen.
 class SymbolLabel : public QLabel {
 public:
     SymbolLabel(const QString& name, double pointSize, const QColor& color)
@@ -155,7 +155,7 @@ void HistoryView::buildSearchBar(QBoxLayout& rows) {
 }
 
 void HistoryView::buildShelfArea(QBoxLayout& rows) {
-    // Their height is the shelf's, less only in a panel too low for it.
+    // Both are as high as the shelf, and lower only in a panel that is too low for it.
     rows.addWidget(m_shelf, 1000);
     rows.addWidget(m_emptyShelf, 1000);
     connect(m_shelf, &HistoryShelf::cardMenuRequested, this, &HistoryView::openCardMenu);
@@ -199,7 +199,7 @@ void HistoryView::showEvent(QShowEvent* event) {
 void HistoryView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.fillRect(event->rect(), panelBackground());
-    // Without a compositor no shadow tells the panel from a grey window behind it.
+    // Without a compositor the panel has no shadow, and would merge with a grey window behind it.
     drawHairline(painter, rect());
 }
 

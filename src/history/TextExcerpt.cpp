@@ -61,7 +61,7 @@ Beginning beginningOf(const QString& text, int lines) {
         if (isLineEnd(character)) {
             character = QChar::LineSeparator;
         } else if (character.isNull()) {
-            character = QChar(0x2400); // a NUL ends nothing here; show its symbol
+            character = QChar(0x2400); // the symbol for NUL, which does not end the text
         }
     }
     return beginning;

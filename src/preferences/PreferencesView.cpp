@@ -85,8 +85,7 @@ void PreferencesView::addRow(QVBoxLayout& section, const QString& label, const Q
     name->setAlignment(Qt::AlignRight | Qt::AlignTop);
     name->setContentsMargins(0, spaceAboveLabel, 0, 0);
     name->setBuddy(control);
-    // The label's text is as far from its bottom as from its top, so the control, which is centred in the
-    // same height, stands level with it.
+    // As high as its label with the same space below as above, so that the two are level.
     control->setFixedHeight(name->sizeHint().height() + spaceAboveLabel);
     control->setAccessibleDescription(help);
 
@@ -173,7 +172,7 @@ void PreferencesView::buildUpdateSection() {
 }
 
 void PreferencesView::showEvent(QShowEvent* event) {
-    // Loaded at each appearance, so that text that did not parse is not shown again.
+    // Loaded at each appearance, so that typed text that did not parse is not shown again.
     m_itemCount->load();
     m_retentionDays->load();
     QWidget::showEvent(event);

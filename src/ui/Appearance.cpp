@@ -12,7 +12,7 @@
 namespace corvatto::appearance {
 namespace {
 
-// The highlight of Qt's own style, which says that no desktop has set one.
+// The highlight of Qt's built-in style. Seeing it means that no desktop theme has set one.
 constexpr QRgb unthemedHighlight = 0xFF308CC6;
 
 struct FontFile {
@@ -52,7 +52,7 @@ FontFile fontFor(const QString& family) {
     return fileOf(Pattern(FcFontMatch(nullptr, pattern.get(), &result), FcPatternDestroy).get());
 }
 
-// The first font for simplified Chinese, which may be behind others; nothing where there is none.
+// The preferred one of the fonts that cover simplified Chinese; empty when none does.
 FontFile chineseFont(const QString& genericFamily) {
     const char* const language = "zh-cn";
     FcResult result = FcResultNoMatch;

@@ -10,8 +10,8 @@ LocalKeyMonitor::LocalKeyMonitor(Handler handler) : m_handler(std::move(handler)
 }
 
 bool LocalKeyMonitor::eventFilter(QObject* watched, QEvent* event) {
-    // A key press travels from the window to the focus widget and up through its parents, and the
-    // application's filter sees it at each station. The window comes first and counts.
+    // Qt sends a key press to the window, then to the focus widget, then to its parents, and calls this
+    // filter each time. Only the first, to the window, is handled.
     if (event->type() != QEvent::KeyPress || !watched->isWindowType()) {
         return false;
     }

@@ -1,4 +1,4 @@
-// The program's own drawings, named like the symbols they stand for, drawn in any colour and size.
+// The program's symbols, drawn in any colour and size. Each has the name of the system symbol it stands for.
 #pragma once
 
 #include <QColor>

@@ -16,7 +16,7 @@
 namespace corvatto {
 namespace {
 
-// What a line can sensibly be; a pasted book would only slow the field down.
+// UTF-16 units. What is pasted beyond them is cut, because a very long line slows the field down.
 constexpr qsizetype longestPaste = 4096;
 
 } // namespace

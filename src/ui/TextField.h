@@ -1,7 +1,9 @@
 // A line edit that never waits for the clipboard's owner.
 //
-// One of Qt's own asks the owner when it pastes, and even when it opens its context menu, and a program that
-// hangs would freeze this one with it. This one pastes the text that the program has collected already.
+// QLineEdit asks the owner when it pastes, and even when it opens its context menu; an owner that hangs would
+// freeze this program. This field pastes the text that the program has already collected.
+//
+// Its text and its placeholder stand on one baseline, whatever fonts their characters come from.
 #pragma once
 
 #include "platform/Pasteboard.h"

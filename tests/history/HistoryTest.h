@@ -1,5 +1,4 @@
-// A history in a real store in a directory of its own, with a clock that moves on a second each time it
-// is read, and the view model on top of it.
+// A view model on a real store in a temporary directory. Each reading of its clock is a second later.
 #pragma once
 
 #include "history/HistoryViewModel.h"

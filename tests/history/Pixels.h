@@ -1,4 +1,4 @@
-// Looking at what was painted.
+// Examines painted images.
 #pragma once
 
 #include <QImage>
