@@ -42,8 +42,9 @@ TerminationSignals::~TerminationSignals() {
     if (!m_notifier) {
         return;
     }
-    std::signal(SIGTERM, SIG_DFL);
-    std::signal(SIGINT, SIG_DFL);
+    // The end has begun; another signal must not make it a sudden one.
+    std::signal(SIGTERM, SIG_IGN);
+    std::signal(SIGINT, SIG_IGN);
     m_notifier.reset();
     close(wakeUpPipe[0]);
     close(wakeUpPipe[1]);

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <zlib.h>
+
 namespace corvatto {
 namespace {
 
@@ -107,6 +109,22 @@ TEST(ImageCodec, APngIsWholeWhenNoBitOfItIsWrong) {
         damaged[at] = static_cast<char>(damaged[at] ^ 1);
         EXPECT_FALSE(isWholePng(damaged) || isWholePng(png.first(at))) << at;
     }
+}
+
+TEST(ImageCodec, APngFileIsPassedOnWithoutDecodingIt) {
+    // Its checksums hold, and its pixels cannot be decoded.
+    QByteArray png = encodePng(sample({4, 4}, QImage::Format_RGB32, false));
+    const qsizetype pixels = png.indexOf("IDAT");
+    const qsizetype length = qFromBigEndian<qint32>(png.constData() + pixels - 4);
+    png.replace(pixels + 4, length, QByteArray(length, 'x'));
+    const auto* content = reinterpret_cast<const Bytef*>(png.constData() + pixels);
+    qToBigEndian(static_cast<quint32>(crc32_z(0, content, static_cast<std::size_t>(length) + 4)),
+                 png.data() + pixels + 4 + length);
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open() && file.write(png) > 0);
+    file.flush();
+    EXPECT_EQ(Image::fromFile(file.fileName())->pngData(), png);
+    EXPECT_TRUE(Image::fromFile(file.fileName())->pixels().isNull());
 }
 
 TEST(ImageCodec, RefusesWhatNobodyCopies) {

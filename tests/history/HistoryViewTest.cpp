@@ -58,7 +58,7 @@ protected:
     bool isAtRest() { return shelf.findChild<QAbstractAnimation*>()->state() == QAbstractAnimation::Stopped; }
     QString cardAt(int x) {
         const ClipboardItem* item = shelf.cardAt({x, 170});
-        return item != nullptr ? item->content.beginning() : QStringLiteral("-");
+        return item != nullptr ? item->content.prefix() : QStringLiteral("-");
     }
     void click(int x) { QTest::mouseClick(shelf.viewport(), Qt::LeftButton, {}, {x, 170}); }
     void secondClick(int x) {
