@@ -29,9 +29,9 @@ std::optional<QUrl> webAddress(const QString& text) {
 
 } // namespace
 
-UpdateChecker::UpdateChecker(const Desktop& desktop, const QUrl& updateURL, const QString& localVersion,
+UpdateChecker::UpdateChecker(const Services& services, const QUrl& updateURL, const QString& localVersion,
                              const Download::Limits& limits)
-    : m_desktop(desktop), m_updateURL(updateURL), m_localVersion(localVersion), m_limits(limits) {}
+    : m_services(services), m_updateURL(updateURL), m_localVersion(localVersion), m_limits(limits) {}
 
 UpdateChecker& UpdateChecker::shared() {
     Q_ASSERT_X(installed, "UpdateChecker::shared", "no checker is installed");
@@ -44,7 +44,7 @@ void UpdateChecker::install(UpdateChecker& checker) {
 
 QCoro::Task<> UpdateChecker::checkForUpdates(bool manual) {
     const QPointer<UpdateChecker> self(this);
-    const std::optional<QString> ignoredVersion = m_desktop.defaults.string(ignoredVerKey);
+    const std::optional<QString> ignoredVersion = m_services.defaults.string(ignoredVerKey);
     std::optional<UpdateInfo> info;
     FetchError error;
     try {
@@ -60,7 +60,7 @@ QCoro::Task<> UpdateChecker::checkForUpdates(bool manual) {
         co_return;
     }
 
-    m_desktop.defaults.setNumber(lastCheckKey, secondsSince1970());
+    m_services.defaults.setNumber(lastCheckKey, secondsSince1970());
     const QString localVersion = localVersionString();
     if (isRemoteVersion(info->latestVersion, localVersion)) {
         if (manual || ignoredVersion != info->latestVersion) {
@@ -106,7 +106,7 @@ void UpdateChecker::showUpdateAlert(const UpdateInfo& info, const QString& local
     enum Button { download, remindLater, skipThisVersion };
     const QPointer<UpdateChecker> self(this);
     // Closing the alert, or quitting while it is open, must not skip a version for good.
-    const int chosen = m_desktop.alerts.runModal(
+    const int chosen = m_services.alerts.runModal(
         {.messageText = QStringLiteral("发现新版本"),
          .informativeText = QStringLiteral("当前版本：") + localVersion + QStringLiteral("\n最新版本：") +
                             info.latestVersion + QStringLiteral("\n\n更新内容：\n") + info.updateLog,
@@ -118,15 +118,15 @@ void UpdateChecker::showUpdateAlert(const UpdateInfo& info, const QString& local
     }
     if (chosen == download) {
         if (const auto address = webAddress(info.downloadURL)) {
-            m_desktop.workspace.openURL(*address);
+            m_services.workspace.openURL(*address);
         }
     } else if (chosen == skipThisVersion) {
-        m_desktop.defaults.setObject(ignoredVerKey, info.latestVersion);
+        m_services.defaults.setObject(ignoredVerKey, info.latestVersion);
     }
 }
 
 void UpdateChecker::showAlert(const QString& title, const QString& message) {
-    m_desktop.alerts.runModal({title, message, Alert::Style::Informational, {QStringLiteral("确定")}});
+    m_services.alerts.runModal({title, message, Alert::Style::Informational, {QStringLiteral("确定")}});
 }
 
 } // namespace corvatto

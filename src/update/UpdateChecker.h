@@ -23,7 +23,7 @@ class UpdateChecker : public QObject {
 
 public:
     // What a check needs of the desktop. All outlive the checker.
-    struct Desktop {
+    struct Services {
         UserDefaults& defaults;
         Alerts& alerts;
         Workspace& workspace;
@@ -35,7 +35,7 @@ public:
 
     // `updateURL` must be one that Download loads, otherwise each check fails. An empty `localVersion` counts
     // as 0.0.0.
-    UpdateChecker(const Desktop& desktop, const QUrl& updateURL, const QString& localVersion,
+    UpdateChecker(const Services& services, const QUrl& updateURL, const QString& localVersion,
                   const Download::Limits& limits = {});
 
     // The checker that the composition root, which owns it, has installed for the process. There must be one.
@@ -53,7 +53,7 @@ private:
     void showUpdateAlert(const UpdateInfo& info, const QString& localVersion);
     void showAlert(const QString& title, const QString& message);
 
-    Desktop m_desktop;
+    Services m_services;
     QUrl m_updateURL;
     QString m_localVersion;
     Download::Limits m_limits;

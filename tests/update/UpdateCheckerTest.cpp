@@ -35,7 +35,7 @@ protected:
 
     void SetUp() override { makeChecker(QStringLiteral("1.2")); }
     void makeChecker(const QString& localVersion) {
-        checker.emplace(UpdateChecker::Desktop{defaults, alerts, workspace}, server.url(path), localVersion);
+        checker.emplace(UpdateChecker::Services{defaults, alerts, workspace}, server.url(path), localVersion);
     }
     // Runs one check against `answer`; returns the alerts that it showed.
     std::vector<Alert> check(bool manual, const test::HttpServer::Answer& answer) {
