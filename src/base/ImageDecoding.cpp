@@ -22,8 +22,9 @@ struct Format {
 // What programs copy, the best first; a format may have had names before it was registered. Decoders for
 // anything else are not even asked: some know no limits, some recognise almost any bytes as theirs, and one
 // for drawings opens whatever files the drawing names.
-constexpr Format formats[] = {{"png", "image/png"},   {"tiff", "image/tiff"}, {"bmp", "image/bmp"},
-                              {"webp", "image/webp"}, {"jpeg", "image/jpeg"}, {"gif", "image/gif"}};
+constexpr Format formats[] = {{"png", "image/png"},   {"tiff", "image/tiff"},    {"bmp", "image/bmp"},
+                              {"bmp", "image/x-bmp"}, {"bmp", "image/x-MS-bmp"}, {"webp", "image/webp"},
+                              {"jpeg", "image/jpeg"}, {"gif", "image/gif"}};
 
 // The format of bytes that begin with `header`, whatever their owner calls them. Empty when it is none of
 // ours.

@@ -71,9 +71,11 @@ ClipboardReadPlan::ClipboardReadPlan(const QByteArrayList& offered, const Clipbo
             }
         }
     };
+    constexpr char cutSelectionTarget[] = "application/x-kde-cutselection";
+    m_offersCutSelection = offered.contains(cutSelectionTarget);
     add(Kind::secrecyHint, {secrecyHintTarget}, flagBytes);
     add(Kind::uriList, {"text/uri-list"}, m_limits.textBytes);
-    add(Kind::cutSelection, {"application/x-kde-cutselection"}, flagBytes);
+    add(Kind::cutSelection, {cutSelectionTarget}, flagBytes);
     add(Kind::gnomeCopiedFiles, {"x-special/gnome-copied-files", "x-special/mate-copied-files"},
         m_limits.textBytes);
     add(Kind::image, imageTargets(offered), m_limits.imageBytes);
@@ -81,12 +83,15 @@ ClipboardReadPlan::ClipboardReadPlan(const QByteArrayList& offered, const Clipbo
 }
 
 bool ClipboardReadPlan::isWanted(const Request& request) const {
+    const bool haveFiles = !fileURLsFromUriList(m_content.uriList, 1).isEmpty() ||
+                           !fileURLsFromGnomeCopiedFiles(m_content.gnomeCopiedFiles, 1).isEmpty();
     switch (request.kind) {
     case Kind::gnomeCopiedFiles:
-        // Some file managers take a reading of it for the paste of a cut, and clear the clipboard.
+        // It tells a cut from a copy. A file manager that takes a reading of it for the paste of a cut, and
+        // clears the clipboard, tells that by the other target as well.
+        return m_content.gnomeCopiedFiles.isNull() && !(haveFiles && m_offersCutSelection);
     case Kind::image: // beside files it is their icon
-        return m_content.imageBytes.isNull() && fileURLsFromUriList(m_content.uriList, 1).isEmpty() &&
-               fileURLsFromGnomeCopiedFiles(m_content.gnomeCopiedFiles, 1).isEmpty();
+        return m_content.imageBytes.isNull() && !haveFiles;
     case Kind::text:
         return m_content.textBytes.isNull();
     case Kind::secrecyHint:

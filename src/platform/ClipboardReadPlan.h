@@ -70,6 +70,7 @@ private:
     std::deque<Request> m_queue;
     std::optional<Request> m_current;
     ClipboardContent m_content;
+    bool m_offersCutSelection = false;
     int m_requests = 0;
     int m_refusals = 0;
 };

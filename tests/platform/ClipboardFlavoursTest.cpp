@@ -49,17 +49,28 @@ TEST(ClipboardReadPlan, AsksForFilesBeforeAnImageAndForTheBestOfEachKind) {
     EXPECT_EQ(asked({{"STRING", ""}, {"UTF8_STRING", ""}, {"text/plain", ""}}), Names({"UTF8_STRING"}));
     EXPECT_EQ(asked({{"image/bmp", png}, {"image/tiff", png}, {"image/png", png}, {"text/plain", "x"}}),
               Names({"image/png", "text/plain"}));
-    // Beside files an image is their icon. A file manager's own list is asked for only without the general
-    // one.
-    EXPECT_EQ(
-        asked(
-            {{"text/uri-list", file}, {"x-special/gnome-copied-files", "cut\n" + file}, {"image/png", png}}),
-        Names({"text/uri-list"}));
-    EXPECT_EQ(asked({{"text/uri-list", "https://example.org\r\n"},
-                     {"x-special/mate-copied-files", "cut\n" + file}}),
-              Names({"text/uri-list", "x-special/mate-copied-files"}));
+    EXPECT_EQ(asked({{"image/x-MS-bmp", png}}), Names({"image/x-MS-bmp"}));
+    EXPECT_EQ(asked({{"image/x-bmp", png}}), Names({"image/x-bmp"}));
+    // Beside files an image is their icon.
+    EXPECT_EQ(asked({{"text/uri-list", file}, {"image/png", png}}), Names({"text/uri-list"}));
     EXPECT_EQ(asked({{"text/uri-list", "https://example.org\r\n"}, {"image/png", png}}),
               Names({"text/uri-list", "image/png"}));
+}
+
+TEST(ClipboardReadPlan, TellsACutWithoutPastingIt) {
+    const QByteArray general = "text/uri-list", mark = "application/x-kde-cutselection",
+                     list = "x-special/gnome-copied-files";
+    ClipboardContent read;
+    // Of those that offer the mark, some take a reading of the list for the paste.
+    EXPECT_EQ(asked({{general, file}, {mark, "1"}, {list, "cut\n" + file}}, &read), Names({general, mark}));
+    EXPECT_TRUE(read.filesAreCut);
+    asked({{general, file}, {mark, QByteArray()}, {list, "copy\n" + file}}, &read);
+    EXPECT_FALSE(read.filesAreCut);
+    EXPECT_EQ(asked({{general, file}, {list, "cut\n" + file}}, &read), Names({general, list}));
+    EXPECT_TRUE(read.filesAreCut);
+    EXPECT_EQ(asked({{"x-special/mate-copied-files", "copy\n" + file}, {mark, "1"}}, &read),
+              Names({mark, "x-special/mate-copied-files"}));
+    EXPECT_EQ(read.fileURLs().size(), 1);
 }
 
 TEST(ClipboardReadPlan, NeverAsksForASecret) {
