@@ -37,11 +37,11 @@ std::optional<int> printInformation(const CommandLine& commandLine) {
         return usageError;
     }
     if (commandLine.action == CommandLine::Action::printVersion) {
-        printLine(u"corvatto " CORVATTO_VERSION);
+        std::puts("corvatto " CORVATTO_VERSION);
         return EXIT_SUCCESS;
     }
     if (commandLine.action == CommandLine::Action::printHelp) {
-        printLine(CommandLine::helpText());
+        std::puts(qUtf8Printable(CommandLine::helpText()));
         return EXIT_SUCCESS;
     }
     return std::nullopt;
@@ -84,6 +84,8 @@ void handleRequest(AppDelegate& delegate, const QString& request) {
 } // namespace
 
 int main(int argc, char** argv) {
+    openClosedStandardDescriptors();
+    printQtMessagesWithoutWaiting();
     // The history is private: only its user may read what this process creates.
     umask(S_IRWXG | S_IRWXO);
     // When the reader of our output goes away, a write must fail instead of ending the program.

@@ -1,13 +1,20 @@
-// The only way in which the program reports that something went wrong: a line on standard output, flushed at
-// once.
+// The only way in which the program reports that something went wrong: a line on standard output. Whoever reads
+// the output may be slow, stopped or gone; the program never waits for that.
 #pragma once
 
 #include <QStringView>
 
 namespace corvatto {
 
-// Writes `line` and a line feed to standard output as UTF-8 and flushes. Failures are ignored. A line may
-// hold paths and error texts, but never what the user has copied. Main thread.
+// Writes `line` and a line feed to standard output as UTF-8. What cannot be written at once is dropped, and
+// failures are ignored. A line may hold paths and error texts, but never what the user has copied. Any thread.
 void printLine(QStringView line);
+
+// Has Qt's own messages written to standard error in the same way.
+void printQtMessagesWithoutWaiting();
+
+// Opens /dev/null in place of each standard descriptor that is closed. Otherwise the next file or socket that
+// is opened takes its number, and lines go into that. To be called before anything is opened.
+void openClosedStandardDescriptors();
 
 } // namespace corvatto
