@@ -1,7 +1,9 @@
 #include "app/TerminationSignals.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,8 +15,10 @@ namespace {
 std::array<int, 2> wakeUpPipe{-1, -1};
 
 void handleSignal(int /*signal*/) {
+    const int interrupted = errno; // of the code that the signal came in between
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = write(wakeUpPipe[1], &byte, 1);
+    errno = interrupted;
 }
 
 } // namespace
@@ -31,23 +35,27 @@ TerminationSignals::TerminationSignals(std::function<void()> onTerminate)
         }
         m_onTerminate();
     });
-    struct sigaction action {};
-    action.sa_handler = handleSignal;
-    action.sa_flags = SA_RESTART;
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGINT, &action, nullptr);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        struct sigaction before {};
+        sigaction(signal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) { // as nohup has it
+            struct sigaction action {};
+            action.sa_handler = handleSignal;
+            action.sa_flags = SA_RESTART;
+            sigaction(signal, &action, nullptr);
+        }
+    }
 }
 
 TerminationSignals::~TerminationSignals() {
     if (!m_notifier) {
         return;
     }
-    // The end has begun; another signal must not make it a sudden one.
-    std::signal(SIGTERM, SIG_IGN);
-    std::signal(SIGINT, SIG_IGN);
+    // The handlers stay: the end has begun, and another signal must not make it a sudden one.
+    const auto pipe = std::exchange(wakeUpPipe, {-1, -1});
     m_notifier.reset();
-    close(wakeUpPipe[0]);
-    close(wakeUpPipe[1]);
+    close(pipe[0]);
+    close(pipe[1]);
 }
 
 } // namespace corvatto

@@ -1,4 +1,4 @@
-// Turns SIGTERM and SIGINT into an orderly end of the event loop.
+// Turns SIGTERM, SIGINT and SIGHUP (the terminal was closed) into an orderly end of the event loop.
 #pragma once
 
 #include <QSocketNotifier>
@@ -8,7 +8,8 @@
 
 namespace corvatto {
 
-// There may be only one object. The handlers are installed while it lives.
+// There may be only one object. The handlers stay when it has gone and do nothing then. A signal that was
+// ignored before stays ignored.
 class TerminationSignals {
 public:
     // `onTerminate` is called from the event loop, once for each signal.
