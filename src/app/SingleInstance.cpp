@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -21,6 +23,8 @@ namespace {
 
 constexpr time_t answerSeconds = 5;
 constexpr qint64 longestRequest = 64;
+// Of the path of the directory. The socket's own name is longer for a moment, while QLocalServer creates it.
+constexpr std::size_t longestDirectory = sizeof sockaddr_un::sun_path - sizeof "/instance-XXXXXX/s";
 const char done[] = "done\n";
 
 struct Descriptor {
@@ -31,11 +35,17 @@ struct Descriptor {
     Descriptor& operator=(const Descriptor&) = delete;
 };
 
-bool isOwnUser(const QLocalSocket& socket) {
+// Whether the process at the other end belongs to this user.
+bool isOwnUser(int socket) {
     ucred peer{};
     socklen_t length = sizeof peer;
-    const auto descriptor = static_cast<int>(socket.socketDescriptor());
-    return getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 && peer.uid == getuid();
+    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 && peer.uid == getuid();
+}
+
+// Whether the process at the other end has closed its end.
+bool isGivenUp(int socket) {
+    pollfd state{socket, 0, 0};
+    return poll(&state, 1, 0) == 1 && (state.revents & POLLHUP) != 0;
 }
 
 } // namespace
@@ -48,8 +58,10 @@ SingleInstance::SingleInstance(const QString& directory)
 
 QString SingleInstance::defaultDirectory() {
     const QString runtime = QFile::decodeName(qgetenv("XDG_RUNTIME_DIR"));
-    if (runtime.startsWith(QLatin1Char('/')) && QFileInfo(runtime).isDir()) {
-        return runtime + QStringLiteral("/corvatto");
+    const QString directory = runtime + QStringLiteral("/corvatto");
+    if (runtime.startsWith(QLatin1Char('/')) && QFileInfo(runtime).isDir() &&
+        QFile::encodeName(directory).size() <= qsizetype{longestDirectory}) {
+        return directory;
     }
     return QDir::tempPath() + QStringLiteral("/corvatto-%1").arg(getuid());
 }
@@ -60,15 +72,21 @@ bool SingleInstance::becomePrimary() {
                       .arg(m_directory, error->description()));
         return true; // two instances are better than none
     }
-    const QFileInfo directory(m_directory);
-    if (directory.ownerId() != getuid() || directory.isSymLink()) {
-        // Another user may have put it there to read our requests.
-        printLine(QStringLiteral("[CorvattoApp] ERROR: %1 is another user's, or a link; not used.")
-                      .arg(m_directory));
+    if (!isDirectoryOurs()) {
         return true;
     }
     QFile::setPermissions(m_directory, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return m_lock.tryLock(0);
+}
+
+bool SingleInstance::isDirectoryOurs() const {
+    const QFileInfo directory(m_directory);
+    const bool isOurs = directory.ownerId() == getuid() && !directory.isSymLink();
+    if (!isOurs) { // another user may have put it there to read our requests
+        printLine(QStringLiteral("[CorvattoApp] ERROR: %1 is another user's, or a link; not used.")
+                      .arg(m_directory));
+    }
+    return isOurs;
 }
 
 void SingleInstance::listen(std::function<void(const QString& request)> handle) {
@@ -87,7 +105,7 @@ void SingleInstance::listen(std::function<void(const QString& request)> handle) 
     QObject::connect(&m_server, &QLocalServer::newConnection, &m_server, [this] {
         while (QLocalSocket* socket = m_server.nextPendingConnection()) {
             QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-            if (!isOwnUser(*socket)) {
+            if (!isOwnUser(static_cast<int>(socket->socketDescriptor()))) {
                 socket->abort();
                 socket->deleteLater();
                 continue;
@@ -106,6 +124,10 @@ void SingleInstance::answer(QLocalSocket* socket) {
     if (!socket->canReadLine()) {
         return;
     }
+    // The sender has told its user that nothing was done.
+    if (isGivenUp(static_cast<int>(socket->socketDescriptor()))) {
+        return;
+    }
     const QString request = QString::fromUtf8(socket->readLine(longestRequest)).trimmed();
     socket->write(done);
     socket->flush();
@@ -113,27 +135,31 @@ void SingleInstance::answer(QLocalSocket* socket) {
     m_handle(request);
 }
 
-bool SingleInstance::send(const QString& request) const {
+SingleInstance::Answer SingleInstance::send(const QString& request) const {
     // Not with Qt's sockets, which need an application object and its event loop.
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     const QByteArray path = QFile::encodeName(m_socketPath);
-    if (path.size() >= static_cast<qsizetype>(sizeof address.sun_path)) {
-        return false;
+    if (path.size() >= static_cast<qsizetype>(sizeof address.sun_path) || !QFileInfo::exists(m_directory) ||
+        !isDirectoryOurs()) {
+        return Answer::Nobody;
     }
     qstrncpy(address.sun_path, path.constData(), sizeof address.sun_path);
     const Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const timeval timeout{answerSeconds, 0};
     setsockopt(descriptor.value, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
     setsockopt(descriptor.value, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
-    const QByteArray line = request.toUtf8() + '\n';
-    if (connect(descriptor.value, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        write(descriptor.value, line.constData(), static_cast<std::size_t>(line.size())) != line.size()) {
-        return false;
+    if (connect(descriptor.value, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        // So many may be waiting already that there is no place to wait.
+        return errno == EAGAIN ? Answer::None : Answer::Nobody;
     }
+    const QByteArray line = request.toUtf8() + '\n';
     std::array<char, sizeof done - 1> answer{};
-    return recv(descriptor.value, answer.data(), answer.size(), MSG_WAITALL) == ssize_t{answer.size()} &&
-           std::equal(answer.begin(), answer.end(), done);
+    const bool isDone =
+        write(descriptor.value, line.constData(), static_cast<std::size_t>(line.size())) == line.size() &&
+        recv(descriptor.value, answer.data(), answer.size(), MSG_WAITALL) == ssize_t{answer.size()} &&
+        std::equal(answer.begin(), answer.end(), done);
+    return isDone ? Answer::Done : Answer::None;
 }
 
 } // namespace corvatto

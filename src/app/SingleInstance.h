@@ -23,15 +23,23 @@ public:
     // Calls `handle` from the event loop with each request. Requests of other users are not read.
     void listen(std::function<void(const QString& request)> handle);
 
-    // Sends `request` to the running instance and waits up to five seconds for its answer. False when there
-    // is no instance, or no answer. Blocks, so only for a process that does nothing else.
-    bool send(const QString& request) const;
+    enum class Answer {
+        Done,  // the running instance does what it was asked to
+        None,  // it does not answer, and will not do it later
+        Nobody // no instance is running
+    };
 
-    // $XDG_RUNTIME_DIR/corvatto, else a directory of the user's own below the system's temporary one.
+    // Sends `request` to the running instance and waits up to five seconds for its answer. Blocks, so only
+    // for a process that does nothing else.
+    Answer send(const QString& request) const;
+
+    // $XDG_RUNTIME_DIR/corvatto, else a directory of the user's own below the system's temporary one, also
+    // when the path is too long for the name of a socket.
     static QString defaultDirectory();
 
 private:
     void answer(QLocalSocket* socket);
+    bool isDirectoryOurs() const; // prints a line when it is not
 
     QString m_directory;
     QString m_socketPath;

@@ -49,26 +49,28 @@ std::optional<int> printInformation(const CommandLine& commandLine) {
 
 // Passes the request on to the running instance. Absent when there is none and this process becomes it.
 std::optional<int> forwardToRunningInstance(SingleInstance& instance, CommandLine::Action action) {
-    if (action != CommandLine::Action::run) {
-        if (instance.send(requestFor(action))) {
+    using Answer = SingleInstance::Answer;
+    const bool starts = action == CommandLine::Action::run;
+    // The other instance may still be starting and not listen yet, or be about to end.
+    const QDeadlineTimer deadline(std::chrono::seconds(5));
+    for (;;) {
+        if (starts && instance.becomePrimary()) {
+            return std::nullopt;
+        }
+        const Answer answer = instance.send(requestFor(action));
+        if (answer == Answer::Done) {
             return EXIT_SUCCESS;
         }
-        std::fputs("corvatto: no Corvatto is running.\n", stderr);
+        if (starts && !deadline.hasExpired()) {
+            QThread::msleep(50);
+            continue;
+        }
+        std::fputs(answer == Answer::Nobody && !starts
+                       ? "corvatto: no Corvatto is running.\n"
+                       : "corvatto: a Corvatto is running, but it does not answer.\n",
+                   stderr);
         return EXIT_FAILURE;
     }
-    if (instance.becomePrimary()) {
-        return std::nullopt;
-    }
-    // The other instance may still be starting, and not listen yet.
-    const QDeadlineTimer deadline(std::chrono::seconds(5));
-    while (!deadline.hasExpired()) {
-        if (instance.send(requestFor(action))) {
-            return EXIT_SUCCESS;
-        }
-        QThread::msleep(50);
-    }
-    std::fputs("corvatto: a Corvatto is running, but it does not answer.\n", stderr);
-    return EXIT_FAILURE;
 }
 
 void handleRequest(AppDelegate& delegate, const QString& request) {
@@ -132,7 +134,8 @@ int main(int argc, char** argv) {
     QObject::connect(application.get(), &QApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
     const TerminationSignals signals([&delegate] { delegate.terminate(); });
-    delegate.applicationDidFinishLaunching();
+    // First, so that a request that comes while the panel opens waits for its answer in the event loop.
     instance.listen([&delegate](const QString& request) { handleRequest(delegate, request); });
+    delegate.applicationDidFinishLaunching();
     return session->runEventLoop();
 }

@@ -3,6 +3,7 @@
 
 #include "support/Eventually.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -14,6 +15,8 @@
 
 namespace corvatto::test {
 namespace {
+
+using Answer = SingleInstance::Answer;
 
 class SingleInstanceTest : public ::testing::Test {
 protected:
@@ -36,8 +39,9 @@ protected:
         EXPECT_TRUE(eventually([&] { return waitpid(child, &status, WNOHANG) == child; }));
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
-    bool send(const QString& request, uid_t user = getuid()) const {
-        return inChild([&] { return setuid(user) == 0 && SingleInstance(home.path()).send(request); });
+    bool gives(Answer expected, const QString& request, uid_t user = getuid()) const {
+        return inChild(
+            [&] { return setuid(user) == 0 && SingleInstance(home.path()).send(request) == expected; });
     }
 };
 
@@ -46,25 +50,45 @@ TEST_F(SingleInstanceTest, NeitherWhatACrashLeftNorANonsenseRequestIsInTheWay) {
         listen();
         _exit(0); // without clearing up
     }));
-    EXPECT_FALSE(send(QStringLiteral("show")));
+    EXPECT_TRUE(gives(Answer::Nobody, QStringLiteral("show")));
     listen();
     EXPECT_FALSE(inChild([this] { return SingleInstance(home.path()).becomePrimary(); }));
-    EXPECT_FALSE(send(QString(100'000, QLatin1Char('x'))));
-    EXPECT_TRUE(send(QStringLiteral("show")));
+    EXPECT_TRUE(gives(Answer::None, QString(100'000, QLatin1Char('x'))));
+    EXPECT_TRUE(gives(Answer::Done, QStringLiteral("show")));
     EXPECT_EQ(requests, 1);
 }
 
 // Even one to whom the way to the socket stands open.
-TEST_F(SingleInstanceTest, AnotherUserIsNotHeard) {
+TEST_F(SingleInstanceTest, AnotherUserIsNeitherHeardNorBelieved) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "no right to become another user";
     }
     listen();
     ASSERT_EQ(chmod(qPrintable(home.path()), 0777), 0);
     ASSERT_EQ(chmod(qPrintable(home.filePath(QStringLiteral("instance"))), 0777), 0);
-    EXPECT_FALSE(send(QStringLiteral("show"), 65'534));
+    EXPECT_FALSE(gives(Answer::Done, QStringLiteral("show"), 65'534));
     EXPECT_EQ(requests, 0);
-    EXPECT_TRUE(send(QStringLiteral("show")));
+    EXPECT_TRUE(gives(Answer::Done, QStringLiteral("show")));
+    ASSERT_EQ(chown(qPrintable(home.path()), 65'534, 0), 0);
+    EXPECT_TRUE(gives(Answer::Nobody, QStringLiteral("show")));
+    EXPECT_EQ(requests, 1);
+}
+
+// Whatever the length of the runtime directory's path; the name of a socket has 107 bytes.
+TEST_F(SingleInstanceTest, AnyRuntimeDirectoryWillDo) {
+    qputenv("TMPDIR", home.path().toUtf8());
+    for (qsizetype length = 70; length < 115; ++length) {
+        const QString runtime = home.filePath(QString(length - home.path().size() - 1, u'r'));
+        ASSERT_TRUE(QDir().mkdir(runtime));
+        qputenv("XDG_RUNTIME_DIR", runtime.toUtf8());
+        SingleInstance instance(SingleInstance::defaultDirectory());
+        ASSERT_TRUE(instance.becomePrimary());
+        instance.listen([](const QString&) {});
+        EXPECT_TRUE(inChild([] {
+            return SingleInstance(SingleInstance::defaultDirectory()).send(QString()) == Answer::Done;
+        })) << length;
+    }
+    qunsetenv("TMPDIR");
 }
 
 // Nor is anything put where somebody else's link leads.

@@ -106,4 +106,29 @@ TEST_F(LifecycleTest, ASecondStartAndTheCommandLineReachTheRunningProgram) {
     launch(); // and it starts again
 }
 
+TEST_F(LifecycleTest, AHungProgramIsReportedAndDoesNotCatchUpOnWhatWasGivenUp) {
+    launch();
+    kill(static_cast<pid_t>(program->pid()), SIGSTOP);
+    {
+        Process quit(CORVATTO_PROGRAM, {"--quit"}, desktop.environment());
+        EXPECT_EQ(quit.exitStatus(), 1);
+        EXPECT_EQ(quit.errors(), "corvatto: a Corvatto is running, but it does not answer.\n");
+    }
+    kill(static_cast<pid_t>(program->pid()), SIGCONT);
+    EXPECT_EQ(corvatto({"--toggle"}), 0);
+    EXPECT_TRUE(soonHidden());
+}
+
+TEST_F(LifecycleTest, ItRunsWithoutStandardDescriptorsAndEndsInOrderWithItsTerminal) {
+    ASSERT_TRUE(x.grabKey(keyV, shift | super)); // it has something to say
+    program = std::make_unique<Process>("sh", QByteArrayList{"-c", "exec " CORVATTO_PROGRAM " <&- >&- 2>&-"},
+                                        desktop.environment());
+    ASSERT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    EXPECT_EQ(corvatto({"--toggle"}), 0);
+    EXPECT_TRUE(soonHidden());
+    kill(static_cast<pid_t>(program->pid()), SIGHUP);
+    EXPECT_EQ(program->exitStatus(), 0);
+    launch();
+}
+
 } // namespace corvatto::test
