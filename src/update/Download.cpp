@@ -47,6 +47,10 @@ QNetworkRequest requestFor(const QUrl& url) {
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+    request.setRawHeader("Accept", "application/json");
+    // Without these two, Qt sends the user's language and a browser's name; empty ones count as absent.
+    request.setRawHeader("Accept-Language", "*");
+    request.setRawHeader("User-Agent", "Corvatto");
     // Uncompressed, so that what arrives is what counts against the limit.
     request.setRawHeader("Accept-Encoding", "identity");
     return request;

@@ -1,6 +1,6 @@
 // One GET of a small document, to be awaited with co_await. Each download has a session of its own, without
-// proxy, cache, cookies and credentials. When the network is down, it waits for the network instead of
-// failing, as long as the total time allows.
+// proxy, cache, cookies and credentials, and its request says nothing about the user. When the network is
+// down, it waits for the network instead of failing, as long as the total time allows.
 //
 // Only HTTPS with a valid certificate is loaded, or plain HTTP from a loopback address, which no network
 // carries; a redirection is followed only to where the download might have started, and never from HTTPS to
