@@ -166,6 +166,11 @@ KeyEvent keyEventFrom(const QKeyEvent& event) {
     if ((translated.modifierFlags & controlFlag) != 0) {
         translated.modifierFlags |= commandFlag;
     }
+    if ((translated.modifierFlags & commandFlag) != 0) {
+        translated.keyCode = event.key() == Qt::Key_C       ? quint16{keyC}
+                             : event.key() == Qt::Key_Comma ? quint16{keyComma}
+                                                            : translated.keyCode;
+    }
     return translated;
 }
 

@@ -47,8 +47,9 @@ struct KeyEvent {
 };
 
 // Translates a key press in one of the program's own windows. Super is command, Alt is option; Control counts
-// as command too, because desktops keep Super and a digit for themselves. A synthetic event without a scan
-// code is placed by its key symbol.
+// as command too, because desktops keep Super and a digit for themselves. With command, the keys that have C
+// and the comma printed on them count as those wherever the layout puts them, as well as the keys at their
+// positions. A synthetic event without a scan code is placed by its key symbol.
 KeyEvent keyEventFrom(const QKeyEvent& event);
 
 // The same for recording a system-wide shortcut, which tells Control from command.
