@@ -8,6 +8,7 @@
 
 #include <QGuiApplication>
 #include <QPointer>
+#include <QScopedValueRollback>
 
 namespace corvatto {
 
@@ -123,9 +124,12 @@ void AppDelegate::setupMenuBar() {
 
 void AppDelegate::openPreferences() {
     if (!m_preferencesWindow) {
-        m_preferencesWindow = std::make_unique<PreferencesWindow>(
-            new PreferencesView(m_environment.defaults, m_platform.pasteboard));
+        auto* view = new PreferencesView(m_environment.defaults, m_platform.pasteboard);
+        connect(view, &PreferencesView::sameShortcutRecorded, this,
+                [this] { hotKeyManager().registerIfMissing(); });
+        m_preferencesWindow = std::make_unique<PreferencesWindow>(view);
     }
+    hotKeyManager().registerIfMissing(); // whoever has no shortcut comes here
     m_preferencesWindow->show();
     m_preferencesWindow->raise();
     m_platform.presenter.activate(*m_preferencesWindow);
@@ -161,6 +165,11 @@ void AppDelegate::observeHotkeyChanges() {
 }
 
 bool AppDelegate::confirmClearAll() {
+    // A tray on the bus passes on what is chosen in its menu also while an alert is open.
+    if (m_isConfirmingClearAll) {
+        return false;
+    }
+    const QScopedValueRollback confirming(m_isConfirmingClearAll, true);
     return m_environment.alerts.runModal({QStringLiteral("清空历史记录"),
                                           QStringLiteral("你正在清除全部历史记录，清除后无法恢复。"),
                                           Alert::Style::Warning,

@@ -63,6 +63,7 @@ private:
     void setupAppShortcuts();
     bool confirmClearAll();
 
+    bool m_isConfirmingClearAll = false;
     Environment m_environment;
     Platform m_platform;
     Preferences m_preferences;

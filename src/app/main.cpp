@@ -112,7 +112,8 @@ int main(int argc, char** argv) {
     if (!application) {
         return EXIT_FAILURE;
     }
-    QApplication::setApplicationName(QStringLiteral("corvatto"));
+    // As trays and the class of the windows show it; the desktop entry goes by the same class.
+    QApplication::setApplicationName(QStringLiteral("Corvatto"));
     QApplication::setApplicationVersion(QStringLiteral(CORVATTO_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("corvatto"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/corvatto.svg")));

@@ -29,6 +29,13 @@ void HotKeyManager::reregister(qint64 keyCode, qint64 modifiers) {
     registerHotKey(keyCode, modifiers);
 }
 
+void HotKeyManager::registerIfMissing() {
+    if (m_hotKeyRef == 0) {
+        unregister();
+        registerStoredHotKey();
+    }
+}
+
 void HotKeyManager::unregister() {
     if (m_hotKeyRef != 0) {
         m_center.unregisterEventHotKey(std::exchange(m_hotKeyRef, 0));

@@ -12,7 +12,7 @@
 namespace corvatto {
 
 // A combination that cannot be registered costs one printed line as soon as that is known; the program goes
-// on without a shortcut, and the next change of the settings tries again. Main thread.
+// on without a shortcut, and the next change of the settings or registerIfMissing() tries again. Main thread.
 class HotKeyManager : public QObject {
     Q_OBJECT
 
@@ -29,6 +29,9 @@ public:
 
     // Replaces what is registered. Both values fit in 32 bits unsigned and stand for no default.
     void reregister(qint64 keyCode, qint64 modifiers);
+
+    // Tries again to register the stored combination, if none is registered: it may have become free.
+    void registerIfMissing();
 
     // Returns to the state before registration.
     void unregister();

@@ -13,6 +13,10 @@ public:
     // The settings outlive the control.
     explicit ShortcutRecorder(UserDefaults& defaults);
 
+Q_SIGNALS:
+    // What was recorded is what is stored already, so that the settings tell of no change.
+    void recordedSame();
+
 private:
     void showStored();
 

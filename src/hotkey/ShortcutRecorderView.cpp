@@ -124,6 +124,13 @@ void ShortcutRecorderView::focusOutEvent(QFocusEvent* event) {
     }
 }
 
+void ShortcutRecorderView::hideEvent(QHideEvent* event) {
+    // The focus stays with the control while its window is closed.
+    if (m_isRecording && !event->spontaneous()) {
+        cancelRecording();
+    }
+}
+
 bool ShortcutRecorderView::event(QEvent* event) {
     // While recording, every key is ours: Tab would move the focus, and others would trigger shortcuts.
     if (m_isRecording && (event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride)) {

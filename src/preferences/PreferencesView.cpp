@@ -156,8 +156,10 @@ QWidget* PreferencesView::buildIntervalControl() {
 
 void PreferencesView::buildHotkeySection() {
     QVBoxLayout* section = addSection(QStringLiteral("快捷键"), 10);
+    auto* recorder = new ShortcutRecorder(m_defaults);
+    connect(recorder, &ShortcutRecorder::recordedSame, this, &PreferencesView::sameShortcutRecorded);
     addRow(*section, QStringLiteral("打开历史记录"), QStringLiteral("双击修改打开历史记录窗口的快捷键。"),
-           centred(new ShortcutRecorder(m_defaults)));
+           centred(recorder));
 }
 
 void PreferencesView::buildUpdateSection() {

@@ -30,6 +30,10 @@ public:
     // Called after the stored shortcut has changed. May be unset.
     std::function<void()> onHotkeyChanged;
 
+Q_SIGNALS:
+    // The user has recorded the shortcut that is stored already.
+    void sameShortcutRecorded();
+
 protected:
     void showEvent(QShowEvent* event) override;
 

@@ -57,7 +57,7 @@ TEST_F(PanelAboveTaskBarTest, LiesAlongTheBottomOfWhatIsFree) {
 
 TEST_F(PanelTest, FloatsAboveOtherWindowsOnEveryDesktop) {
     launch();
-    EXPECT_EQ(x.windowClass(panel()), "corvatto");
+    EXPECT_EQ(x.windowClass(panel()), "Corvatto");
     EXPECT_TRUE(soonFloating());
     const auto other = x.createWindow({0, 0, 1280, 1100}, "Other");
     const auto otherIsShown = [this] {

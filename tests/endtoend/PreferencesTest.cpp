@@ -108,6 +108,19 @@ TEST_F(PreferencesTest, EveryKindOfCombinationIsRecordedAndRegisteredAtOnce) {
         ASSERT_TRUE(soon([this] { return isInFront("Corvatto Preferences"); }));
     }
 
+    // One that was taken and is free again may be recorded although it is stored already.
+    {
+        XClient other(desktop.display());
+        ASSERT_TRUE(other.grabKey(56, XCB_MOD_MASK_1));
+        setSetting("hotkeyKeyCode", 11);     // B
+        setSetting("hotkeyModifiers", 2048); // option
+        ASSERT_TRUE(soonPrinted("[HotKeyManager] ERROR: RegisterEventHotKey failed with status -9878"));
+    }
+    record("alt+b");
+    EXPECT_TRUE(soonToggled("alt+b"));
+    EXPECT_TRUE(soonToggled("alt+b"));
+    ASSERT_TRUE(soon([this] { return isInFront("Corvatto Preferences"); }));
+
     // Modifiers alone are nothing, until time is up.
     x.click(m_recorder);
     ASSERT_TRUE(soon([this] { return isRecording(); }));

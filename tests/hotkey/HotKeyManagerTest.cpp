@@ -59,6 +59,15 @@ TEST_F(HotKeys, OnlyTheLatestRegistrationReportsItsFailureWheneverThatIsKnown) {
     lines += "[HotKeyManager] ERROR: InstallEventHandler failed with status -9879\n";
     EXPECT_EQ(output.text(), lines);
     EXPECT_TRUE(center.hotKeys.empty());
+
+    center.handlerStatus = noErr;
+    center.removals.clear();
+    for (int i = 0; i < 2; ++i) { // the second time, the answer is still to come
+        manager->registerIfMissing();
+        EXPECT_EQ(center.hotKeys.size(), 1U);
+        EXPECT_EQ(center.handlers.size(), 1U);
+        EXPECT_TRUE(center.removals.isEmpty());
+    }
 }
 
 } // namespace

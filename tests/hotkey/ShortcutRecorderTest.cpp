@@ -46,7 +46,7 @@ TEST_F(ShortcutRecorderTest, ShowsWhatIsStored) {
     }
 }
 
-TEST_F(ShortcutRecorderTest, ASecondClickAndLosingTheFocusChangeNothing) {
+TEST_F(ShortcutRecorderTest, ASecondClickLosingTheFocusAndClosingChangeNothing) {
     for (const bool starts : {true, false}) {
         QTest::mouseClick(recorder, Qt::LeftButton);
         EXPECT_EQ(recorder->isRecording(), starts);
@@ -57,6 +57,9 @@ TEST_F(ShortcutRecorderTest, ASecondClickAndLosingTheFocusChangeNothing) {
     EXPECT_FALSE(recorder->isRecording());
     QTest::keyClick(window.windowHandle(), Qt::Key_J);
     EXPECT_EQ(field->text(), u"j");
+    recorder->setFocus();
+    window.close(); // and a window that opens does not record
+    EXPECT_FALSE(recorder->isRecording());
     EXPECT_TRUE(defaults.stored.isEmpty());
 }
 
