@@ -16,6 +16,7 @@
 namespace corvatto {
 namespace {
 
+using namespace appearance;
 using test::share;
 using test::shareWhere;
 
@@ -38,46 +39,42 @@ protected:
     }
     // A picture that is blue but for the middle third of its longer side.
     QString paint(const char* name, QSize size, const QColor& middle) const {
-        QImage picture(size, QImage::Format_RGB32);
-        picture.fill(Qt::blue);
-        const int third = std::max(size.width(), size.height()) / 3;
-        QPainter(&picture).fillRect(size.width() > size.height() ? QRect(third, 0, third, size.height())
-                                                                 : QRect(0, third, size.width(), third),
-                                    middle);
-        EXPECT_TRUE(picture.save(home.filePath(QString::fromUtf8(name))));
-        return home.filePath(QString::fromUtf8(name));
+        QImage thirds(size.width() > size.height() ? QSize(3, 1) : QSize(1, 3), QImage::Format_RGB32);
+        thirds.fill(Qt::blue);
+        thirds.setPixelColor(thirds.rect().center(), middle);
+        const QString path = home.filePath(QString::fromUtf8(name));
+        EXPECT_TRUE(thirds.scaled(size).save(path));
+        return path;
     }
 
-    // The card in points from (10, 10) on, on the panel's grey.
-    QImage drawn(bool isSelected = false, double ratio = 1, double height = 320) {
+    static QImage ground(double ratio) {
         QImage image((QSizeF(340, 340) * ratio).toSize(), QImage::Format_RGB32);
         image.setDevicePixelRatio(ratio);
-        image.fill(0xFFE5E5E5);
+        image.fill(Qt::white);
+        return image;
+    }
+    // The card in points from (10, 10) on.
+    QImage drawn(double ratio = 1, double height = 320) {
+        QImage image = ground(ratio);
         QPainter painter(&image);
         const CardContext context{images, counts, relativeTimes, item.lastCopiedAt.addSecs(90)};
-        HistoryCardView(item, isSelected, 0).paint(painter, QRectF(10, 10, 320, height), context);
+        HistoryCardView(item, false, 0).paint(painter, QRectF(10, 10, 320, height), context);
         return image;
     }
 };
 
 TEST_F(Card, TheTypeDecidesTitleAndColour) {
-    struct Case {
-        const char *type, *content, *title;
-        QColor color;
-    };
-    using namespace appearance;
-    for (const Case& expected :
-         {Case{"text", "/a.png", "Text", accentColor()}, Case{"image", "", "Image", purple()},
-          Case{"file", "/a/gone.PNG", "Image File", purple()},
-          Case{"file", "\n/a.b.heic\n\n", "Image File", purple()},
-          Case{"file", "/a.png\n/b.png", "File", orange()}, Case{"file", "/a.png/b", "File", orange()},
-          Case{"file", "/a/png", "File", orange()}, Case{"file", "/a.pngx", "File", orange()},
-          Case{"file", "", "File", orange()}, Case{"RICH text", "/a.png", "Rich Text", gray()}}) {
-        item = of(expected.type, QString::fromUtf8(expected.content));
-        EXPECT_EQ(HistoryCardView(item, false, 0).typeTitle(), QString::fromUtf8(expected.title))
-            << expected.content;
+    for (const auto& [type, content, title, color] :
+         {std::tuple("text", u"/a.png"_qs, u"Text"_qs, accentColor()),
+          {"image", {}, u"Image"_qs, purple()},
+          {"file", u"\n/a.b.PNG\n\n"_qs, u"Image File"_qs, purple()},
+          {"file", u"/a.png\n/b.png"_qs, u"File"_qs, orange()},
+          {"file", u"/a.png/png"_qs, u"File"_qs, orange()},
+          {"RICH text", u"/a.png"_qs, u"Rich Text"_qs, gray()}}) {
+        item = of(type, content);
+        EXPECT_EQ(HistoryCardView(item, false, 0).typeTitle(), title);
         // Inside the badge, left of what is written in it.
-        EXPECT_EQ(share(drawn(), QRect(28, 30, 3, 4), expected.color), 1.0) << expected.title;
+        EXPECT_EQ(share(drawn(), QRect(28, 30, 3, 4), color), 1.0) << title.toStdString();
     }
 }
 
@@ -87,20 +84,17 @@ TEST_F(Card, FiguresCountWhatUsersSee) {
         return HistoryCardView(item, false, 0).sizeText(counts);
     };
     EXPECT_EQ(size("image", QStringLiteral("/图/e\u0301.png")), u"8 个字") << "of the path";
-    EXPECT_EQ(size("text", QStringLiteral("हिन्दी 😀\r\n")), u"5 个字");
     EXPECT_EQ(size("file", QStringLiteral("/a\n\n/b\n")), u"2 个文件");
-    EXPECT_EQ(size("text", QStringLiteral("👨‍👩‍👧").repeated(12345)), u"12345 个字")
-        << "no grouping";
+    EXPECT_EQ(size("text", QStringLiteral("👨‍👩‍👧").repeated(12345)), u"12345 个字");
     EXPECT_EQ(size("text", QString(600, u'x')), u"12345 个字") << "a long text of an id is counted once";
     EXPECT_EQ(HistoryCardView(item, false, 8).shortcutText(), u"⌘ + 9 直接复制");
     EXPECT_EQ(HistoryCardView(item, false, 9).shortcutText(), QString());
 }
 
 TEST_F(Card, TheFooterIsWholeAndItsSecondLineHasOneBaseline) {
-    using namespace appearance;
     item = of("text", QStringLiteral("字"));
     for (const double ratio : {1.0, 1.5, 2.0}) {
-        const QImage image = drawn(false, ratio);
+        const QImage image = drawn(ratio);
         QSet<int> offsets; // from where the texts are drawn here to where the card has them
         double x = 24;
         for (const QString& text : QStringLiteral("1 个字|·|1 次复制|⌘ + 1 直接复制").split(u'|')) {
@@ -108,9 +102,7 @@ TEST_F(Card, TheFooterIsWholeAndItsSecondLineHasOneBaseline) {
             const QFont font = isHint ? monospacedSystemFont(11, QFont::Medium) : systemFont(11);
             const double width = QFontMetricsF(font).horizontalAdvance(text);
             x = isHint ? 316 - width : x;
-            QImage alone(image.size(), image.format());
-            alone.setDevicePixelRatio(ratio);
-            alone.fill(Qt::white);
+            QImage alone = ground(ratio);
             QPainter painter(&alone);
             painter.setFont(font);
             painter.setPen(isHint ? Qt::black : secondaryLabelColor());
@@ -129,27 +121,23 @@ TEST_F(Card, TheFooterIsWholeAndItsSecondLineHasOneBaseline) {
 }
 
 TEST_F(Card, APictureFillsTheBandAndIsCroppedToIt) {
-    // Wide, high, small, larger than both, and the thinnest, which scaled to the band's width would be
-    // 6.4 million pixels high.
+    // The thinnest, scaled to the band's width, would be 6.4 million pixels high.
     for (const auto& [name, size] : {std::pair("wide.png", QSize(1500, 200)),
-                                     {"high.bmp", {200, 1500}},
-                                     {"small.png", {30, 5}},
+                                     {"small.bmp", {5, 30}},
                                      {"large.jpg", {4000, 700}},
                                      {"thin.png", {1, 20'000}}}) {
         item = of("file", paint(name, size, QColor(0, 200, 0)));
-        for (const double ratio : {1.0, 1.5, 2.0}) {
-            SCOPED_TRACE(ratio);
-            const QImage image = drawn(true, ratio);
+        for (const double ratio : {1.0, 1.5}) {
+            const QImage image = drawn(ratio);
             // The band without the borders at its sides, in the whole pixels that lie inside it.
-            const QRect inner(QPoint(static_cast<int>(std::ceil(13 * ratio)), static_cast<int>(54 * ratio)),
-                              QPoint(static_cast<int>(327 * ratio) - 1, static_cast<int>(284 * ratio) - 1));
+            const QRect inner(QPoint(static_cast<int>(std::ceil(11 * ratio)), static_cast<int>(54 * ratio)),
+                              QPoint(static_cast<int>(329 * ratio) - 1, static_cast<int>(284 * ratio) - 1));
             // All of the middle third's green, save what a smooth enlargement mixes in at its edges.
             EXPECT_GT(shareWhere(image, inner, [](const QColor& pixel) { return pixel.green() > 100; }), 0.95)
-                << name;
-            EXPECT_EQ(share(image, inner, Qt::white), 0.0) << name;
+                << name << ratio;
+            EXPECT_EQ(share(image, inner, Qt::white), 0.0) << name << ratio;
             for (const int beside : {inner.top() - 3, inner.bottom() + 1}) {
-                EXPECT_EQ(share(image, QRect(inner.left(), beside, inner.width(), 3), Qt::white), 1.0)
-                    << name;
+                EXPECT_EQ(share(image, QRect(inner.left(), beside, inner.width(), 3), Qt::white), 1.0);
             }
         }
     }
@@ -157,46 +145,35 @@ TEST_F(Card, APictureFillsTheBandAndIsCroppedToIt) {
 
 TEST_F(Card, TheThumbnailComesFirstAndWhatCannotBeShownHasASymbolAndItsPreview) {
     const QRect band(13, 54, 314, 230);
-    const auto isGreen = [](const QColor& pixel) {
-        return pixel.green() > pixel.red() + 50;
-    };
     item = of("image", paint("full.png", {300, 300}, Qt::blue));
     item.thumbnailPath = paint("thumbnail.png", {300, 300}, Qt::green);
-    EXPECT_GT(shareWhere(drawn(), band, isGreen), 0.3);
+    EXPECT_GT(share(drawn(), band, Qt::green), 0.3);
     item.thumbnailPath = QString();
     EXPECT_EQ(share(drawn(), band, Qt::blue), 1.0);
 
     // The same path no longer holds it: the picture was not kept beyond its file.
     QFile broken(item.content.prefix());
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly) && broken.write("\x89PNG\r\n") > 0);
-    broken.close();
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly) && broken.write("\x89PNG\r\n") > 0 && broken.flush());
     const QImage placeholder = drawn();
     EXPECT_GT(share(placeholder, band, QColor(0xD7, 0xA8, 0xEE)), 0.001) << "purple at half";
     item.preview = QStringLiteral("another");
     EXPECT_NE(drawn(), placeholder);
-    for (const QString& path : {QStringLiteral("/gone.png"), home.path()}) {
-        item = of("file", path);
-        EXPECT_GT(share(drawn(), band, QColor(0xFF, 0xB5, 0x4C)), 0.001) << "orange at 0.7";
-    }
-    const QImage low = drawn(false, 1, 146);
-    EXPECT_GT(
-        shareWhere(low, QRect(24, 54, 292, 56), [](const QColor& pixel) { return pixel.value() < 120; }),
-        0.003)
-        << "the name and no symbol";
+    item = of("file", QStringLiteral("/gone.png"));
+    EXPECT_GT(share(drawn(), band, QColor(0xFF, 0xB5, 0x4C)), 0.001) << "orange at 0.7";
+    const auto isDark = [](const QColor& pixel) {
+        return pixel.value() < 120;
+    };
+    EXPECT_GT(shareWhere(drawn(1, 146), QRect(24, 54, 292, 56), isDark), 0.003) << "its name only";
 }
 
 TEST_F(Card, TextIsCutToTheBandAndALowCardKeepsHeaderAndFooter) {
     item = of("text", QStringLiteral("line\n").repeated(40));
     const QImage whole = drawn();
-    const auto isInk = [](const QColor& pixel) {
-        return pixel.lightness() < 200;
-    };
-    for (const QRect& padding :
-         {QRect(13, 54, 10, 230), QRect(307, 54, 20, 230), QRect(13, 54, 300, 8), QRect(13, 276, 300, 8)}) {
-        EXPECT_EQ(shareWhere(whole, padding, isInk), 0.0);
+    for (const QRect& padding : {QRect(13, 54, 10, 230), QRect(13, 54, 300, 8), QRect(13, 276, 300, 8)}) {
+        EXPECT_EQ(share(whole, padding, Qt::white), 1.0);
     }
-    EXPECT_GT(shareWhere(whole, QRect(24, 250, 100, 26), isInk), 0.02) << "down to the last line that fits";
-    const QImage low = drawn(false, 1, 280);
+    EXPECT_LT(share(whole, QRect(24, 250, 100, 26), Qt::white), 0.98) << "down to the last line that fits";
+    const QImage low = drawn(1, 280);
     EXPECT_EQ(low.copy(13, 250, 314, 35), whole.copy(13, 290, 314, 35));
     EXPECT_EQ(low.copy(20, 13, 300, 40), whole.copy(20, 13, 300, 40));
 

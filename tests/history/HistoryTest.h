@@ -23,23 +23,11 @@ protected:
                          }};
     FakePasteboard pasteboard;
     HistoryViewModel viewModel{store, pasteboard};
-    int dismissals = 0;
-
-    void SetUp() override {
-        viewModel.onDismiss = [this] {
-            ++dismissals;
-        };
-    }
 
     // The last one is the newest.
-    void record(std::initializer_list<const char*> texts) {
-        for (const char* text : texts) {
-            store.insertOrUpdate(QString::fromUtf8(text), QStringLiteral("Editor"));
-        }
-    }
-    void recordNumbered(int count) {
-        for (int i = 0; i < count; ++i) {
-            record({QByteArray::number(i).constData()});
+    void record(const QStringList& texts) {
+        for (const QString& text : texts) {
+            store.insertOrUpdate(text, QStringLiteral("Editor"));
         }
     }
 
@@ -51,13 +39,6 @@ protected:
             }
         }
         return QStringLiteral("(none)");
-    }
-    QString shown() const {
-        QStringList contents;
-        for (const ClipboardItem& item : viewModel.items()) {
-            contents << item.content.prefix();
-        }
-        return contents.join(u' ');
     }
 };
 

@@ -7,14 +7,15 @@
 #include "history/SearchField.h"
 #include "support/Eventually.h"
 #include "support/FakeRelativeTimes.h"
+#include "ui/TextLabel.h"
 
 #include <QAbstractAnimation>
 #include <QAccessible>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
-#include <QMouseEvent>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTest>
 
 namespace corvatto {
@@ -28,27 +29,18 @@ protected:
     HistoryShelf& shelf = *view.findChild<HistoryShelf*>();
     EmptyShelf& emptyShelf = *view.findChild<EmptyShelf*>();
     QToolButton& clearButton = *view.findChild<QToolButton*>();
-    int searches = 0;
+    TextLabel& status = *view.findChild<TextLabel*>();
 
-    void show() {
+    // Shows the panel with entries from 0 on.
+    void show(int count) {
+        for (int i = 0; i < count; ++i) {
+            record({QString::number(i)});
+        }
+        viewModel.refresh();
         view.resize(1000, 440);
         view.show();
         view.activateWindow();
         ASSERT_TRUE(test::eventually([this] { return field.hasFocus(); }));
-        QObject::connect(&viewModel, &HistoryViewModel::itemsChanged, &view, [this] { ++searches; });
-    }
-    QString status() {
-        for (const QLabel* label : view.findChildren<QLabel*>()) {
-            if (!label->text().isEmpty()) {
-                return label->text();
-            }
-        }
-        return {};
-    }
-    void fill(int count) {
-        recordNumbered(count);
-        viewModel.refresh();
-        show();
         scroll(0);
     }
     void scroll(int value) {
@@ -60,25 +52,18 @@ protected:
         const ClipboardItem* item = shelf.cardAt({x, 170});
         return item != nullptr ? item->content.prefix() : QStringLiteral("-");
     }
-    void click(int x) { QTest::mouseClick(shelf.viewport(), Qt::LeftButton, {}, {x, 170}); }
-    void secondClick(int x) {
-        const QPoint position(x, 170);
-        QMouseEvent event(QEvent::MouseButtonDblClick, position, shelf.viewport()->mapToGlobal(position),
-                          Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(shelf.viewport(), &event);
+    void click(int x, Qt::MouseButton button = Qt::LeftButton) {
+        QTest::mouseClick(shelf.viewport(), button, {}, {x, 170});
     }
-    // Opens the context menu at a position; it is closed before the next one.
-    QMenu* menuAt(QWidget& widget, const QPoint& position) {
-        if (QWidget* open = QApplication::activePopupWidget()) {
-            open->close();
-        }
+    void secondClick(int x) { QTest::mouseDClick(shelf.viewport(), Qt::LeftButton, {}, {x, 170}); }
+    static QMenu* menuAt(QWidget& widget, const QPoint& position) {
         QContextMenuEvent event(QContextMenuEvent::Mouse, position, widget.mapToGlobal(position));
         QApplication::sendEvent(&widget, &event);
         return qobject_cast<QMenu*>(QApplication::activePopupWidget());
     }
     static QString entries(const QMenu* menu) {
         QStringList titles;
-        for (const QAction* action : menu != nullptr ? menu->actions() : QList<QAction*>()) {
+        for (const QAction* action : menu->actions()) {
             titles << (action->isSeparator() ? QStringLiteral("-") : action->text());
         }
         return titles.join(u'|');
@@ -88,32 +73,23 @@ protected:
 const QString panelEntries = QStringLiteral("清空所有历史|-|偏好设置...|-|关于");
 
 TEST_F(View, EachCharacterSearchesOnceAndTheClearButtonStartsOver) {
-    show();
+    show(0);
     EXPECT_TRUE(emptyShelf.isVisible() && !shelf.isVisible());
-    EXPECT_EQ(status() + field.placeholderText(), u"0 条历史记录搜索历史记录...Esc 关闭窗口。");
+    EXPECT_EQ(status.text(), u"0 条历史记录");
     const QImage drawing = emptyShelf.grab().toImage();
     EXPECT_LT(test::share(drawing, QRect(350, 90, 300, 180), drawing.pixelColor(0, 0)), 0.95);
 
-    recordNumbered(150);
-    viewModel.refresh();
+    show(150);
     EXPECT_TRUE(shelf.isVisible() && !emptyShelf.isVisible());
-    EXPECT_EQ(status(), u"100 条历史记录") << "what is on show, not what is stored";
-    searches = 0;
-    QTest::keyClick(&field, Qt::Key_1);
-    QTest::keyClick(&field, Qt::Key_4);
-    EXPECT_EQ(searches, 2);
-    EXPECT_EQ(status() + selected(), u"12 条历史记录149"); // 14, 114, 140 to 149
+    EXPECT_EQ(status.text(), u"100 条历史记录") << "what is on show, not what is stored";
+    QSignalSpy searches(&viewModel, &HistoryViewModel::itemsChanged);
+    QTest::keyClicks(&field, QStringLiteral("14"));
+    EXPECT_EQ(searches.size(), 2);
+    EXPECT_EQ(status.text() + selected(), u"12 条历史记录149"); // 14, 114, 140 to 149
     QTest::mouseClick(&clearButton, Qt::LeftButton);
-    EXPECT_EQ(searches, 3);
-    EXPECT_EQ(status() + selected() + field.text(), u"100 条历史记录148");
+    EXPECT_EQ(searches.size(), 3);
+    EXPECT_EQ(status.text() + selected() + field.text(), u"100 条历史记录148");
     EXPECT_TRUE(field.hasFocus() && !clearButton.isVisible());
-
-    viewModel.setSearchText(QStringLiteral("77")); // bound both ways
-    EXPECT_EQ(field.text() + status(), u"771 条历史记录");
-    EXPECT_TRUE(clearButton.isVisible());
-    QTest::keyClick(&field, Qt::Key_Return);
-    EXPECT_EQ(pasteboard.content.text, u"77");
-    EXPECT_EQ(dismissals, 1);
 }
 
 TEST_F(View, ItsLinesAreEquallyThickAtAnyScale) {
@@ -139,7 +115,7 @@ TEST_F(View, ItsLinesAreEquallyThickAtAnyScale) {
 }
 
 TEST_F(View, ADoubleClickCopiesTheCardThatWasClickedFirst) {
-    fill(10);
+    show(10);
     scroll(500);
     ASSERT_EQ(cardAt(900), u"5");
     click(900);
@@ -148,18 +124,18 @@ TEST_F(View, ADoubleClickCopiesTheCardThatWasClickedFirst) {
     viewModel.setSelectedItemId(newest().id);
     secondClick(900);
     EXPECT_EQ(pasteboard.content.text, u"5");
-    EXPECT_EQ(dismissals, 1);
+    const qint64 count = pasteboard.count;
 
     scroll(0);
     click(356);
-    QTest::mouseClick(shelf.viewport(), Qt::RightButton, {}, {400, 170});
+    click(400, Qt::RightButton);
     secondClick(356);
     EXPECT_EQ(selected(), u"9") << "nothing between cards, and by the first button only";
-    EXPECT_EQ(dismissals, 1);
+    EXPECT_EQ(pasteboard.count, count);
 }
 
 TEST_F(View, TheSelectedCardComesToTheCentre) {
-    fill(20);
+    show(20);
     const auto centre = [this](int row) {
         return 28 + row * 338 + 160 - shelf.horizontalScrollBar()->value();
     };
@@ -167,48 +143,25 @@ TEST_F(View, TheSelectedCardComesToTheCentre) {
     EXPECT_GT(centre(10), 1000) << "not at a jump";
     viewModel.setSelectedItemId(viewModel.items()[12].id); // while it moves
     EXPECT_TRUE(test::eventually([&] { return std::abs(centre(12) - 500) <= 1 && isAtRest(); }));
-    record({"newer"});
     viewModel.refresh(); // a new list is shown around its own selection
     EXPECT_TRUE(test::eventually([&] { return std::abs(centre(1) - 500) <= 1 && isAtRest(); }));
 }
 
 TEST_F(View, MenusOfferWhatTheyAreOpenedOn) {
-    record({"C", "B", "A"});
-    show();
+    show(6);
     QWidget& cards = *shelf.viewport();
-    QMenu* menu = menuAt(cards, {800, 100});
+    const QPointer<QMenu> menu = menuAt(cards, {800, 100});
     EXPECT_EQ(entries(menu), QStringLiteral("复制到剪贴板|-|") + panelEntries);
-    ASSERT_EQ(selected(), u"B");
     menu->actions().first()->trigger();
-    EXPECT_EQ(pasteboard.content.text, u"C") << "the card of the menu, not the one selected";
-    EXPECT_EQ(dismissals, 1);
+    menu->close();
+    EXPECT_EQ(pasteboard.content.text, u"3") << "the card of the menu, not the one selected";
 
-    const QPointer<QMenu> closed = menu;
     EXPECT_EQ(entries(menuAt(cards, {500, 5})), panelEntries) << "beside the cards";
-    EXPECT_TRUE(test::eventually([&] { return closed.isNull(); })) << "menus do not pile up";
-    record({"3", "2", "1"});
-    viewModel.refresh();
-    QScrollBar* indicator = nullptr;
-    for (QScrollBar* bar : shelf.findChildren<QScrollBar*>()) {
-        indicator = bar->isVisible() ? bar : indicator;
-    }
-    ASSERT_NE(indicator, nullptr) << "more cards than fit";
-    EXPECT_EQ(entries(menuAt(*indicator, {300, 5})), panelEntries) << "and none of the scroll bar's own";
-    QApplication::activePopupWidget()->close();
-    int movements[2]; // by a notch of the wheel over the cards and over the scroll bar
-    for (const int i : {0, 1}) {
-        scroll(0);
-        QWidget& under = i == 0 ? cards : *indicator;
-        const QPointF position(300, 5);
-        QWheelEvent notch(position, under.mapToGlobal(position), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
-                          Qt::NoScrollPhase, false);
-        QApplication::sendEvent(&under, &notch);
-        movements[i] = shelf.horizontalScrollBar()->value();
-    }
-    EXPECT_EQ(movements[0], movements[1]);
-    EXPECT_GT(movements[0], 100);
+    EXPECT_TRUE(test::eventually([&] { return menu.isNull(); })) << "menus do not pile up";
+    auto& indicator = *shelf.findChild<QScrollBar*>({}, Qt::FindDirectChildrenOnly);
+    EXPECT_EQ(entries(menuAt(indicator, {300, 5})), panelEntries) << "and none of the scroll bar's own";
 
-    menu = menuAt(view, {500, 51});
+    const QMenu& panelMenu = *menuAt(view, {500, 51});
     QString asked;
     viewModel.showPreferences = [&] {
         asked += u"preferences ";
@@ -221,28 +174,37 @@ TEST_F(View, MenusOfferWhatTheyAreOpenedOn) {
         return true;
     };
     for (const int entry : {2, 4, 0}) {
-        menu->actions()[entry]->trigger();
+        panelMenu.actions()[entry]->trigger();
     }
     EXPECT_EQ(asked, u"preferences about clear");
     EXPECT_TRUE(emptyShelf.isVisible());
-    view.hide();
-    EXPECT_EQ(QApplication::activePopupWidget(), nullptr) << "closes with the panel";
 }
 
-TEST_F(View, ASelectionOfAScreenReaderIsWhatReturnCopies) {
-    record({"C", "B", "A"});
-    show();
+TEST_F(View, ANotchOfTheWheelMovesAsFarOverTheScrollBarAsOverTheCards) {
+    show(10);
+    const auto notchOver = [this](QWidget* under) {
+        scroll(0);
+        QWheelEvent notch({300, 5}, under->mapToGlobal(QPointF(300, 5)), {}, {0, -120}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(under, &notch);
+        return shelf.horizontalScrollBar()->value();
+    };
+    EXPECT_GT(notchOver(shelf.viewport()), 100);
+    EXPECT_EQ(notchOver(shelf.findChild<QScrollBar*>({}, Qt::FindDirectChildrenOnly)),
+              notchOver(shelf.viewport()));
+}
+
+TEST_F(View, AScreenReaderMaySelect) {
+    show(3);
     QAccessibleInterface* card = QAccessible::queryAccessibleInterface(&shelf)->child(2);
     ASSERT_NE(card, nullptr);
     card->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
-    EXPECT_EQ(selected(), u"C");
-    QTest::keyClick(&field, Qt::Key_Return);
-    EXPECT_EQ(pasteboard.content.text, u"C");
+    EXPECT_EQ(selected(), u"0");
 }
 
 TEST_F(View, AnyWindowThatGetsTheKeyboardSendsTheTypingPointToTheField) {
-    show();
-    viewModel.setSearchText(QStringLiteral("A"));
+    show(1);
+    field.setText(QStringLiteral("A"));
     clearButton.setFocus();
     QTest::keyClick(&clearButton, Qt::Key_B);
     EXPECT_EQ(field.text(), u"Ab") << "typed into the field";

@@ -20,20 +20,18 @@ protected:
         excerpt.draw(painter, area, text);
         return image;
     }
-    QImage drawn(const char* text) const { return drawn(QString::fromUtf8(text)); }
 };
 
 TEST_F(Excerpt, WhatFollowsTheLastLineIsAnEllipsis) {
-    EXPECT_EQ(drawn("one\ntwo\n\tthree\nfour"), drawn("one\ntwo\n\tthree…")) << "indented as ever";
-    EXPECT_NE(drawn("one\ntwo\nthree"), drawn("one\ntwo\nthree…"));
-
+    EXPECT_EQ(drawn(u"one\ntwo\n\tthree\nfour"_qs), drawn(u"one\ntwo\n\tthree…"_qs)) << "indented as ever";
+    EXPECT_NE(drawn(u"one\ntwo\nthree"_qs), drawn(u"one\ntwo\nthree…"_qs));
     area.setHeight(40); // two lines and a bit
-    EXPECT_EQ(drawn("one\ntwo\nthree"), drawn("one\ntwo…"));
+    EXPECT_EQ(drawn(u"one\ntwo\nthree"_qs), drawn(u"one\ntwo…"_qs));
 }
 
 TEST_F(Excerpt, LinesAreEvenlySpacedWhateverFontTheirCharactersNeed) {
     excerpt.maximumLines = 10;
-    const QImage lines = drawn(QStringLiteral("b汉\nb\n").repeated(5));
+    const QImage lines = drawn(u"b汉\nb\n"_qs.repeated(5));
     EXPECT_LT(test::share(lines, QRect(10, 10, 7, 15), Qt::white), 1.0);
     for (int line = 1; line < 9; ++line) {
         EXPECT_EQ(lines.copy(10, 10 + 16 * line, 7, 15), lines.copy(10, 10, 7, 15)) << line;
@@ -41,13 +39,13 @@ TEST_F(Excerpt, LinesAreEvenlySpacedWhateverFontTheirCharactersNeed) {
 }
 
 TEST_F(Excerpt, BlankLinesThatFillTheAreaAreLeftOut) {
-    EXPECT_EQ(drawn(QStringLiteral(" \r\n").repeated(5000) + u'x'), drawn("x"));
-    EXPECT_NE(drawn("\n\r\nx"), drawn("x"));
+    EXPECT_EQ(drawn(u" \r\n"_qs.repeated(5000) + u'x'), drawn(u"x"_qs));
+    EXPECT_NE(drawn(u"\n\r\nx"_qs), drawn(u"x"_qs));
 }
 
 TEST_F(Excerpt, NothingLeavesTheArea) {
-    for (const QString& text : {QString(500, u'W'), QString(500, u'汉'), QStringLiteral("word ").repeated(99),
-                                QString(300, u'\t') + u'x', QString(QChar(0x202E)) + QString(99, u'W')}) {
+    for (const QString& text : {QString(500, u'W'), QString(300, u'\t') + u'x',
+                                QString(QChar(0x202E)) + QString(99, u'W')}) { // from right to left
         const QImage image = drawn(text);
         EXPECT_EQ(test::share(image, QRect(0, 0, 9, 220), Qt::white), 1.0);
         EXPECT_EQ(test::share(image, QRect(131, 0, 29, 220), Qt::white), 1.0);
@@ -55,12 +53,11 @@ TEST_F(Excerpt, NothingLeavesTheArea) {
 }
 
 TEST_F(Excerpt, EveryKindOfLineEndEndsALineAndNulEndsNothing) {
-    const QImage expected = drawn("a\nb\nc");
-    EXPECT_EQ(drawn("a\r\nb\rc"), expected);
-    EXPECT_EQ(drawn("a\u2029b\u2028c"), expected);
-    EXPECT_EQ(drawn("a\vb\u0085c"), expected);
-    EXPECT_EQ(drawn("a\fb\nc"), expected);
-    EXPECT_EQ(drawn(QStringLiteral("a") + QChar(u'\0') + QStringLiteral("b")), drawn("a␀b"));
+    const QImage expected = drawn(u"a\nb\nc"_qs);
+    for (const QString& text : {u"a\r\nb\rc"_qs, u"a\u2029b\u2028c"_qs, u"a\vb\u0085c"_qs, u"a\fb\nc"_qs}) {
+        EXPECT_EQ(drawn(text), expected);
+    }
+    EXPECT_EQ(drawn(u"a\0b"_qs), drawn(u"a␀b"_qs));
 }
 
 } // namespace
