@@ -26,11 +26,11 @@ public:
         m_server->listen(QHostAddress::AnyIPv4, port);
     }
 
-    QMap<QString, Answer> answers; // by path
-    QList<QByteArray> requests;    // so far, their headers
+    QMap<QByteArray, Answer> answers; // by path
+    QList<QByteArray> requests;       // so far, their headers
 
-    QUrl url(const QString& path, const QString& scheme = QStringLiteral("http")) const {
-        return QUrl(QStringLiteral("%1://127.0.0.1:%2%3").arg(scheme).arg(m_server->serverPort()).arg(path));
+    QUrl url(const char* path = "/", const char* scheme = "http") const {
+        return QUrl(QString::asprintf("%s://127.0.0.1:%d%s", scheme, m_server->serverPort(), path));
     }
 
     // These bytes and nothing else, then the end.
@@ -40,13 +40,14 @@ public:
             socket.disconnectFromHost();
         };
     }
-    static Answer respond(const QByteArray& body, const QByteArray& status = "200 OK",
-                          const QByteArray& moreHeaders = {}) {
-        return raw("HTTP/1.1 " + status + "\r\nConnection: close\r\nContent-Length: " +
-                   QByteArray::number(body.size()) + "\r\n" + moreHeaders + "\r\n" + body);
+    // Headers after the status, if any, end their lines.
+    static Answer respond(const QByteArray& body, const QByteArray& statusAndHeaders = "200 OK\r\n") {
+        return raw("HTTP/1.1 " + statusAndHeaders + "Content-Length: " + QByteArray::number(body.size()) +
+                   "\r\n\r\n" + body);
     }
-    static Answer redirect(const QUrl& target, const QByteArray& moreHeaders = {}) {
-        return respond("moved", "302 Found", "Location: " + target.toEncoded() + "\r\n" + moreHeaders);
+    static Answer redirect(const QUrl& target) {
+        return respond("moved", "302 Found\r\nSet-Cookie: id=1; Max-Age=9999\r\nLocation: " +
+                                    target.toEncoded() + "\r\n");
     }
 
 private:
@@ -56,7 +57,7 @@ private:
             request += socket->readAll();
             if (request.endsWith("\r\n\r\n")) {
                 requests << std::exchange(request, {});
-                answers.value(QString::fromLatin1(requests.last().split(' ').value(1)))(*socket);
+                answers.value(requests.last().split(' ').value(1))(*socket);
             }
         });
         connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
