@@ -6,11 +6,8 @@
 #include <QColorSpace>
 #include <QImageWriter>
 #include <QTemporaryFile>
-#include <QtEndian>
 
 #include <gtest/gtest.h>
-
-#include <zlib.h>
 
 namespace corvatto {
 namespace {
@@ -20,11 +17,9 @@ QImage sample(QSize size, QImage::Format format, bool transparent) {
     QImage image(size, QImage::Format_RGBA64);
     for (int y = 0; y < size.height(); ++y) {
         for (int x = 0; x < size.width(); ++x) {
-            const auto level = [&](int factor) {
-                return static_cast<quint16>((x * 7919 + y * 104729) * factor);
-            };
-            const quint16 alpha = transparent ? level(3) : 0xFFFF;
-            reinterpret_cast<QRgba64*>(image.scanLine(y))[x] = qRgba64(level(1), level(5), level(11), alpha);
+            const auto level = static_cast<quint64>(x * 7919 + y * 104729) * 0x0005'0003'000B'0001;
+            reinterpret_cast<QRgba64*>(image.scanLine(y))[x] =
+                QRgba64::fromRgba64(transparent ? level : level | 0xFFFF'0000'0000'0000);
         }
     }
     return image.convertToFormat(format);
@@ -41,27 +36,23 @@ QByteArray encode(const QImage& image, const char* format, bool isProgressive = 
 }
 
 TEST(ImageCodec, PngKeepsEveryPixelTheColourProfileAndTheResolution) {
-    for (const QSize size : {QSize(1, 1), QSize(641, 7)}) {
-        for (const auto format :
-             {QImage::Format_RGB32, QImage::Format_RGB888, QImage::Format_ARGB32, QImage::Format_RGBA8888,
-              QImage::Format_RGBA64, QImage::Format_Grayscale8, QImage::Format_Grayscale16,
-              QImage::Format_RGB16, QImage::Format_Indexed8}) {
-            const QImage image = sample(size, format, format != QImage::Format_Indexed8);
-            const auto decoded = decodeImage(encodePng(image));
-            ASSERT_TRUE(decoded) << format;
-            EXPECT_EQ(decoded->convertToFormat(QImage::Format_RGBA64),
-                      image.convertToFormat(QImage::Format_RGBA64))
-                << format << ", " << size.width() << "x" << size.height();
-        }
+    for (const auto format :
+         {QImage::Format_RGB32, QImage::Format_ARGB32, QImage::Format_RGBA64, QImage::Format_Grayscale8,
+          QImage::Format_Grayscale16, QImage::Format_Indexed8}) {
+        const QImage image = sample({641, 7}, format, format != QImage::Format_Indexed8);
+        const auto decoded = decodeImage(encodePng(image));
+        ASSERT_TRUE(decoded) << format;
+        EXPECT_EQ(decoded->convertToFormat(QImage::Format_RGBA64),
+                  image.convertToFormat(QImage::Format_RGBA64))
+            << format;
     }
     QImage wide = sample({8, 8}, QImage::Format_RGB32, false);
     wide.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
     EXPECT_EQ(decodeImage(encodePng(wide))->colorSpace().primaries(), QColorSpace::Primaries::DciP3D65);
-    constexpr int dotsPerMeter = 11811; // 300 dpi
-    wide.setDotsPerMeterX(dotsPerMeter);
-    wide.setDotsPerMeterY(2 * dotsPerMeter);
+    wide.setDotsPerMeterX(11811); // 300 dpi
+    wide.setDotsPerMeterY(23622);
     const QImage printed = *decodeImage(encodePng(*decodeImage(Image(wide).tiffData())));
-    EXPECT_EQ(QSize(printed.dotsPerMeterX(), printed.dotsPerMeterY()), QSize(dotsPerMeter, 2 * dotsPerMeter));
+    EXPECT_EQ(QSize(printed.dotsPerMeterX(), printed.dotsPerMeterY()), QSize(11811, 23622));
     EXPECT_FALSE(encodePng(QImage(8, 8, QImage::Format_RGB32)).contains("pHYs"));
     EXPECT_TRUE(encodePng(QImage()).isEmpty() && Image(QImage()).tiffData().isEmpty());
 }
@@ -69,8 +60,7 @@ TEST(ImageCodec, PngKeepsEveryPixelTheColourProfileAndTheResolution) {
 TEST(ImageCodec, EqualPixelsEncodeEquallyWhateverHeldThem) {
     const QImage opaque = sample({33, 17}, QImage::Format_RGB32, false);
     const QByteArray png = encodePng(opaque);
-    for (const auto format : {QImage::Format_ARGB32, QImage::Format_ARGB32_Premultiplied,
-                              QImage::Format_RGBA8888, QImage::Format_RGB888, QImage::Format_RGBX8888}) {
+    for (const auto format : {QImage::Format_ARGB32_Premultiplied, QImage::Format_RGB888}) {
         EXPECT_EQ(encodePng(opaque.convertToFormat(format)), png) << format;
     }
     EXPECT_EQ(encodePng(*decodeImage(png)), png);
@@ -84,14 +74,11 @@ TEST(ImageCodec, RefusesWhatIsCutShort) {
     const QImage image = sample({300, 200}, QImage::Format_RGB32, false);
     QImage old(100, 50, QImage::Format_Mono);
     old.fill(1);
-    const QList<QByteArray> whole{encodePng(image),   encode(image, "jpeg"), encode(image, "bmp"),
-                                  encode(old, "bmp"), encode(image, "webp"), Image(image).tiffData()};
-    for (const QByteArray& bytes : whole) {
-        EXPECT_TRUE(decodeImage(bytes)) << bytes.first(4).toHex().toStdString();
-        for (const qsizetype length :
-             {bytes.size() / 10, bytes.size() / 2, bytes.size() - 20, qsizetype{3}}) {
-            EXPECT_FALSE(decodeImage(bytes.first(length)))
-                << bytes.first(4).toHex().toStdString() << " at " << length;
+    for (const QByteArray& bytes : {encodePng(image), encode(image, "jpeg"), encode(image, "bmp"),
+                                    encode(old, "bmp"), encode(image, "webp"), Image(image).tiffData()}) {
+        EXPECT_TRUE(decodeImage(bytes)) << bytes.first(4).toHex().constData();
+        for (const qsizetype length : {qsizetype{3}, bytes.size() / 2, bytes.size() - 20}) {
+            EXPECT_FALSE(decodeImage(bytes.first(length))) << bytes.first(4).toHex().constData();
         }
     }
     // A marker of the end in the headers, as thumbnails have one, is not the end.
@@ -113,13 +100,10 @@ TEST(ImageCodec, APngIsWholeWhenNoBitOfItIsWrong) {
 
 TEST(ImageCodec, APngFileIsPassedOnWithoutDecodingIt) {
     // Its checksums hold, and its pixels cannot be decoded.
-    QByteArray png = encodePng(sample({4, 4}, QImage::Format_RGB32, false));
-    const qsizetype pixels = png.indexOf("IDAT");
-    const qsizetype length = qFromBigEndian<qint32>(png.constData() + pixels - 4);
-    png.replace(pixels + 4, length, QByteArray(length, 'x'));
-    const auto* content = reinterpret_cast<const Bytef*>(png.constData() + pixels);
-    qToBigEndian(static_cast<quint32>(crc32_z(0, content, static_cast<std::size_t>(length) + 4)),
-                 png.data() + pixels + 4 + length);
+    const QByteArray png = QByteArray::fromHex("89504e470d0a1a0a"
+                                               "0000000d4948445200000001000000010802000000907753de"
+                                               "00000001494441547876e684e6"
+                                               "0000000049454e44ae426082");
     QTemporaryFile file;
     ASSERT_TRUE(file.open() && file.write(png) > 0);
     file.flush();
@@ -130,11 +114,10 @@ TEST(ImageCodec, APngFileIsPassedOnWithoutDecodingIt) {
 TEST(ImageCodec, RefusesWhatNobodyCopies) {
     const QImage image = sample({8, 8}, QImage::Format_RGB32, false);
     for (const QByteArray& bytes :
-         {QByteArray(), QByteArray("BM"), QByteArray("\xFF\xD8"), QByteArray(100, 'x'),
+         {QByteArray(), QByteArray("BM"), QByteArray("\xFF\xD8"),
           QByteArray("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>"),
-          encode(image, "xpm"), encode(image, "ppm"), encode(image, "ico")}) {
-        EXPECT_FALSE(looksDecodable(bytes)) << bytes.constData();
-        EXPECT_FALSE(decodeImage(bytes)) << bytes.constData();
+          encode(image, "xpm"), encode(image, "ico")}) {
+        EXPECT_FALSE(looksDecodable(bytes) || decodeImage(bytes)) << bytes.constData();
     }
 }
 
@@ -152,12 +135,10 @@ TEST(ImageCodec, RefusesSmallDataThatAreCostlyButNoScreenshot) {
     // Of a PNG the width and height, and the checksum over the header that holds them.
     QByteArray png = encodePng(sample({4, 4}, QImage::Format_RGB32, false));
     png.replace(16, 17, QByteArray::fromHex("00009c4000009c400802000000de6e9952"));
-    EXPECT_FALSE(looksDecodable(png));
-    EXPECT_FALSE(decodeImage(png));
+    EXPECT_FALSE(looksDecodable(png) || decodeImage(png));
 
     QByteArray bmp = encode(sample({4, 4}, QImage::Format_RGB32, false), "bmp");
-    qToLittleEndian<qint32>(0x7FFFFFFF, bmp.data() + 18);
-    qToLittleEndian<qint32>(0x7FFFFFFF, bmp.data() + 22);
+    bmp.replace(18, 8, "\xFF\xFF\xFF\x7F\xFF\xFF\xFF\x7F"); // width and height
     EXPECT_FALSE(decodeImage(bmp));
 }
 
