@@ -15,7 +15,8 @@ namespace corvatto::bench {
 struct Figure {
     const char* name;
     const char* unit;             // "ms" and "µs" are converted from the measured time
-    std::optional<double> budget; // in the unit; held with 100,000 entries where their number matters
+    std::optional<double> budget; // in the unit
+    long entries = 100'000;       // with which the budget holds, where their number matters
 };
 
 // Prints the table when the last benchmark has run.

@@ -2,8 +2,17 @@
 #include "DataSets.h"
 #include "Suites.h"
 
+#include "settings/SettingsKeys.h"
 #include "store/ClipboardStore.h"
 #include "support/FakeUserDefaults.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <algorithm>
 
 namespace corvatto::bench {
 namespace {
@@ -42,6 +51,50 @@ void typeAnotherLetter(benchmark::State& state) {
     }
 }
 
+// A copy of a history, to be changed.
+struct OwnHistory {
+    QTemporaryDir home{QStringLiteral(BENCH_DATA_DIRECTORY "/history-XXXXXX")};
+
+    explicit OwnHistory(long entries) {
+        const auto database = QStringLiteral("/Corvatto/corvatto.sqlite3");
+        QDir(home.path()).mkdir(QStringLiteral("Corvatto"));
+        QFile::copy(dataSet(entries) + database, home.path() + database);
+    }
+};
+
+// The longest time for which the event loop is held up.
+class Stall {
+public:
+    template <typename Work>
+    void time(const Work& work) {
+        QElapsedTimer timer;
+        timer.start();
+        work();
+        m_longest = std::max(m_longest, timer.nsecsElapsed());
+    }
+    double seconds() const { return static_cast<double>(m_longest) / 1e9; }
+
+private:
+    qint64 m_longest = 0; // ns
+};
+
+void lowerLimit(benchmark::State& state) {
+    const OwnHistory history(state.range(0));
+    test::FakeUserDefaults defaults;
+    const Preferences preferences(defaults);
+    ClipboardStore store(history.home.path(), preferences);
+    defaults.setInteger(SettingsKeys::maxItemCount, 100);
+    for (auto _ : state) {
+        Stall stall;
+        stall.time([&] { store.insertOrUpdate(QStringLiteral("new"), {}); });
+        constexpr int slices = 300;
+        for (int slice = 0; slice < slices; ++slice) {
+            stall.time([] { QCoreApplication::processEvents(); });
+        }
+        state.SetIterationTime(stall.seconds());
+    }
+}
+
 } // namespace
 
 void addStoreFigures() {
@@ -50,6 +103,9 @@ void addStoreFigures() {
     add("search statement, Chinese", QStringLiteral("剪贴历史"), false);
     add("search statement, many match", QStringLiteral("the"), true);
     forEachSize(benchmark::RegisterBenchmark("search, another letter", typeAnotherLetter));
+    forEachSize(benchmark::RegisterBenchmark("a limit takes hold: stall", lowerLimit)
+                    ->Iterations(1)
+                    ->UseManualTime());
 }
 
 } // namespace corvatto::bench

@@ -10,6 +10,7 @@
 #include "history/HistoryViewModel.h"
 #include "settings/LaunchDefaults.h"
 #include "settings/SettingsKeys.h"
+#include "support/Eventually.h"
 #include "support/FakePasteboard.h"
 #include "support/FakeUserDefaults.h"
 
@@ -171,7 +172,7 @@ void loadForAnHour(unsigned seed) {
     program.pasteboard.copyText(QStringLiteral("the day after"));
     program.tick();
     const bool isAlone = program.store.fetchRecent(std::nullopt, copies).size() == 1 &&
-                         filesIn(program.store.imagesDir()) == 0;
+                         test::eventually([&] { return filesIn(program.store.imagesDir()) == 0; });
     row("hour: a day later, only the new copy kept", QString::fromUtf8(isAlone ? "yes" : "no"), isAlone);
 }
 

@@ -1,5 +1,5 @@
-// Opening and closing the store, and clearing the history. Schema, recording, queries and retention are in
-// the files beside this one.
+// Opening and closing the store, and clearing the history. Schema, recording and queries are in the files
+// beside this one.
 #include "store/ClipboardStore.h"
 
 #include "base/Diagnostics.h"
@@ -7,6 +7,7 @@
 
 #include "ContentReader.h"
 #include "FetchCache.h"
+#include "Retention.h"
 #include "SqliteStatement.h"
 
 namespace corvatto {
@@ -46,6 +47,7 @@ void ClipboardStore::deleteAll() {
         // The entries are still there, and an entry without its image is worse than a file without an entry.
         return;
     }
+    m_retention->forgetCount();
     deleteImageDirectories();
 }
 

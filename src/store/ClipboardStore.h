@@ -21,6 +21,7 @@ namespace corvatto {
 
 class ContentReader;
 class FetchCache;
+class Retention;
 
 // No operation fails outward: a failure prints one line, and the result is nothing or an empty list. Without
 // a connection every operation does nothing. Main thread.
@@ -44,7 +45,8 @@ public:
 
     // Record a capture: as a repeat when an entry with the same hash is stored (its count rises, it moves to
     // the front, it takes the new source application), as a new entry otherwise. Then the retention limits
-    // are applied.
+    // are applied: what exceeds them is not found any more, and is removed at once when it is little, from
+    // the event loop when it is much.
     void insertOrUpdate(const QString& text, const QString& sourceApp);
     // The image's files exist already; `hash` is the image's content hash.
     void insertOrUpdateImage(const QString& imagePath, const QString& thumbnailPath, const QString& hash,
@@ -81,8 +83,7 @@ private:
     bool insert(const Capture& capture, qint64 time);
 
     void deleteImageDirectories() const;
-    void cleanupByDays();
-    void cleanupByCount();
+    QList<ClipboardItem> withoutDue(QList<ClipboardItem> items) const;
 
     qint64 now() const; // whole seconds since 1970-01-01 00:00 UTC, truncated toward zero
 
@@ -92,6 +93,7 @@ private:
     sqlite3* m_db = nullptr;
     std::shared_ptr<const ContentReader> m_contentReader; // with the connection
     std::unique_ptr<FetchCache> m_fetchCache;             // likewise
+    std::unique_ptr<Retention> m_retention;               // likewise
 };
 
 } // namespace corvatto

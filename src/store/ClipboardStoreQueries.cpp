@@ -5,6 +5,7 @@
 
 #include "ContentReader.h"
 #include "FetchCache.h"
+#include "Retention.h"
 #include "SqliteStatement.h"
 
 #include <algorithm>
@@ -76,7 +77,7 @@ QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& s
     if (version) {
         // What answers a longer search stays in the cache, for when the last letter is deleted again.
         if (const auto cached = m_fetchCache->find(*version, fetch)) {
-            return *cached;
+            return withoutDue(*cached);
         }
     }
     SqliteStatement query(m_db, fetch.pattern ? searchSql : listSql);
@@ -98,6 +99,14 @@ QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& s
     }
     if (version && status == SQLITE_DONE) {
         m_fetchCache->insert(*version, fetch, items);
+    }
+    return withoutDue(items);
+}
+
+// What exceeds the limits is the oldest, so it comes last.
+QList<ClipboardItem> ClipboardStore::withoutDue(QList<ClipboardItem> items) const {
+    while (!items.isEmpty() && m_retention->isDue(items.last())) {
+        items.removeLast();
     }
     return items;
 }

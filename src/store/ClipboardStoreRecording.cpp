@@ -6,6 +6,7 @@
 #include "base/Graphemes.h"
 #include "store/ContentHash.h"
 
+#include "Retention.h"
 #include "SqliteStatement.h"
 
 #include <algorithm>
@@ -128,8 +129,7 @@ void ClipboardStore::insertOrUpdateFile(const QStringList& paths, const QString&
 void ClipboardStore::record(const Capture& capture) {
     const qint64 time = now();
     if (updateByHash(capture, time) || insert(capture, time)) {
-        cleanupByDays();
-        cleanupByCount();
+        m_retention->apply(now());
     }
 }
 
@@ -163,7 +163,10 @@ bool ClipboardStore::insert(const Capture& capture, qint64 time) {
     insertion.bindText(++parameter, capture.sourceApp);
     insertion.bindInt64(++parameter, time);
     insertion.bindInt64(++parameter, time);
-    if (insertion.step() != SQLITE_DONE) {
+    if (insertion.step() == SQLITE_DONE) {
+        m_retention->rowInserted();
+    } else {
+        m_retention->forgetCount();
         printLine(capture.kind.insertMessage.toString() + lastSqliteError(m_db));
     }
     return true;

@@ -8,6 +8,7 @@
 #include "ContentReader.h"
 #include "FetchCache.h"
 #include "LikeFunction.h"
+#include "Retention.h"
 #include "SqliteStatement.h"
 
 #include <QFile>
@@ -80,6 +81,7 @@ void ClipboardStore::openDatabase() {
     // A connection that could not be opened is one all the same: what is asked of it fails, and says so.
     m_contentReader = std::make_shared<const ContentReader>(m_db);
     m_fetchCache = std::make_unique<FetchCache>(m_db);
+    m_retention = std::make_unique<Retention>(m_db, m_preferences);
     if (status != SQLITE_OK) {
         printLine(QStringLiteral("[ClipboardStore] ERROR: Failed to open database: ") +
                   lastSqliteError(m_db));

@@ -1,5 +1,7 @@
 #include "StoreTest.h"
 
+#include "support/Eventually.h"
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -35,6 +37,9 @@ TEST_F(Retention, KeepsTheNewestByCountWithTheFilesOfNoOthers) {
     record(u"b"_qs);
     EXPECT_EQ(contents(), QStringList({u"b"_qs, u"a"_qs, imageFile(u"new"_qs)}));
     EXPECT_TRUE(hasFiles(u"new"_qs));
+    sql("DELETE FROM clipboard_items WHERE content = 'a'"); // by another program
+    record(u"c"_qs);
+    EXPECT_EQ(contents(), QStringList({u"c"_qs, u"b"_qs, imageFile(u"new"_qs)}));
 
     limitCount(-1);
     store->deleteAll();
@@ -69,6 +74,38 @@ TEST_F(Retention, RemovesWhatIsStrictlyOlderThanTheDays) {
     wait(24h * 1000);
     record(u"later"_qs);
     EXPECT_EQ(contents().size(), 3);
+}
+
+TEST_F(Retention, RemovesMuchLittleByLittleAndShowsNoneOfIt) {
+    const auto rows = [this] {
+        return sql("SELECT COUNT(*) FROM clipboard_items")[0].toInt();
+    };
+    const auto withLimit = [&](auto limit, const QStringList& kept) {
+        limitCount(0);
+        limitDays(0);
+        recordImage(u"old image"_qs);
+        sql("UPDATE clipboard_items SET last_copied_at = 1;" // and many of one second
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 3000)"
+            "INSERT INTO clipboard_items (content, content_hash, preview, first_copied_at, last_copied_at)"
+            "SELECT 'old', i, '', 1, i / 1000 + 2 FROM n");
+        wait(24h);
+        (this->*limit)(1);
+        record(u"new"_qs);
+        EXPECT_EQ(contents(), kept);
+        EXPECT_EQ(contents(u"old"_qs), QStringList());
+        EXPECT_GT(rows(), 1000);
+        open(); // as after an end between two slices
+        record(u"newer"_qs);
+        const int left = rows();
+        EXPECT_EQ(contents(u"old"_qs), QStringList());
+        EXPECT_TRUE(test::eventually([&] { return rows() == static_cast<int>(contents().size()); }));
+        EXPECT_GT(left, 1000);
+        EXPECT_FALSE(hasFiles(u"old image"_qs));
+    };
+    withLimit(&Retention::limitCount, texts({"new"}));
+    EXPECT_EQ(contents(), texts({"newer"}));
+    withLimit(&Retention::limitDays, texts({"new"}));
+    EXPECT_EQ(contents(), texts({"newer", "new"}));
 }
 
 TEST_F(Retention, AClockThatIsSetTakesNothingByItself) {
