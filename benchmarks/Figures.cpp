@@ -27,6 +27,7 @@ constexpr Figure figures[] = {
     {"search statement, many match", "ms", {}},
     {"search, another letter", "ms", {}},
     {"a limit takes hold: stall", "ms", 16, 1'000'000},
+    {"clearing: stall", "ms", 16, 1'000'000},
     {"SHA-256 of 33 MB", "ms", {}},
     {"PNG encoding, 3840x2160", "ms", {}},
     {"PNG decoding, 3840x2160", "ms", {}},

@@ -95,6 +95,21 @@ void lowerLimit(benchmark::State& state) {
     }
 }
 
+void clear(benchmark::State& state) {
+    const OwnHistory history(state.range(0));
+    test::FakeUserDefaults defaults;
+    const Preferences preferences(defaults);
+    ClipboardStore store(history.home.path(), preferences);
+    for (auto _ : state) {
+        Stall stall;
+        stall.time([&] { store.deleteAll(); });
+        state.SetIterationTime(stall.seconds());
+    }
+    if (QFile(history.home.filePath(QStringLiteral("Corvatto/corvatto.sqlite3"))).size() > 200'000) {
+        state.SkipWithError("the file stays large");
+    }
+}
+
 } // namespace
 
 void addStoreFigures() {
@@ -106,6 +121,7 @@ void addStoreFigures() {
     forEachSize(benchmark::RegisterBenchmark("a limit takes hold: stall", lowerLimit)
                     ->Iterations(1)
                     ->UseManualTime());
+    forEachSize(benchmark::RegisterBenchmark("clearing: stall", clear)->Iterations(1)->UseManualTime());
 }
 
 } // namespace corvatto::bench

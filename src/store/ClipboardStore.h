@@ -63,8 +63,8 @@ public:
     // and only ASCII letters match in either case. Of a long text, the item holds a prefix.
     QList<ClipboardItem> fetchRecent(const std::optional<QString>& searchQuery, int limit);
 
-    // Deletes all entries and both image directories. When the entries cannot be deleted their files stay
-    // too.
+    // Deletes all entries and both image directories, and leaves nothing of the contents in the database's
+    // files. When the entries cannot be deleted their files stay too.
     void deleteAll();
 
 private:

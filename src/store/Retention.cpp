@@ -52,8 +52,11 @@ constexpr qint64 maximumDays = 1'000'000'000;
 
 // A slice is to take this long. Each row is in an index of hashes, so that deleting it writes a page of its
 // own; how many that are in a millisecond depends on the disk.
-constexpr qint64 sliceDuration = 6; // ms
-constexpr qint64 fewestRows = 4, mostRows = 512, rowsAtFirst = 16;
+constexpr qint64 sliceDuration = 6;                                      // ms
+constexpr qint64 smallestSlice = 4, largestSlice = 512, firstSlice = 16; // rows or pages
+
+// Free pages of the file that are kept for what is copied next. More is given back.
+constexpr qint64 mostFreePages = 256;
 
 void deleteFile(const QString& path) {
     if (path.isEmpty() || !QFileInfo::exists(path)) {
@@ -65,10 +68,15 @@ void deleteFile(const QString& path) {
     }
 }
 
+qint64 countFreePages(sqlite3* db) {
+    SqliteStatement query(db, "PRAGMA freelist_count");
+    return query.isPrepared() && query.step() == SQLITE_ROW ? query.columnInt64(0) : 0;
+}
+
 } // namespace
 
 Retention::Retention(sqlite3* db, const Preferences& preferences)
-    : m_db(db), m_preferences(preferences), m_rowsPerSlice(rowsAtFirst) {
+    : m_db(db), m_preferences(preferences), m_sliceSize(firstSlice) {
     m_nextSlice.setSingleShot(true);
     QObject::connect(&m_nextSlice, &QTimer::timeout, &m_nextSlice, [this] { removeSlice(); });
 }
@@ -90,17 +98,30 @@ bool Retention::isDue(const ClipboardItem& item) const {
 void Retention::removeSlice() {
     QElapsedTimer timer;
     timer.start();
-    if (removeExpired() || removeExcess()) {
-        if (!m_oldestKept) {
-            m_oldestKept = oldestToKeep();
-        }
-        m_rowsPerSlice = timer.elapsed() > sliceDuration ? m_rowsPerSlice / 2 : m_rowsPerSlice * 5 / 4;
-        m_rowsPerSlice = std::clamp(m_rowsPerSlice, fewestRows, mostRows);
+    const bool isMoreDue = removeExpired() || removeExcess();
+    if (!isMoreDue) {
+        m_oldestKept.reset();
+    } else if (!m_oldestKept) {
+        m_oldestKept = oldestToKeep();
+    }
+    if (isMoreDue || freePages()) {
+        m_sliceSize = timer.elapsed() > sliceDuration ? m_sliceSize / 2 : m_sliceSize * 5 / 4;
+        m_sliceSize = std::clamp(m_sliceSize, smallestSlice, largestSlice);
         m_nextSlice.start(0);
     } else {
-        m_oldestKept.reset();
         m_nextSlice.stop();
     }
+}
+
+// Gives a slice of the file's free pages back. Whether there are more.
+bool Retention::freePages() {
+    const qint64 before = countFreePages(m_db);
+    if (before <= mostFreePages) {
+        return false;
+    }
+    const QByteArray vacuum = "PRAGMA incremental_vacuum(" + QByteArray::number(m_sliceSize) + ')';
+    executeSql(m_db, vacuum.constData());
+    return countFreePages(m_db) < before; // not in a file that was made without this
 }
 
 // Removes a slice of what is too old. Whether there is more of it.
@@ -110,7 +131,7 @@ bool Retention::removeExpired() {
     }
     qint64 cutOff = *m_cutOff;
     if (SqliteStatement next(m_db, selectNthOldestSql); next.isPrepared()) {
-        next.bindInt64(1, m_rowsPerSlice);
+        next.bindInt64(1, m_sliceSize);
         if (next.step() == SQLITE_ROW) {
             // With all of the same second, or there might be none before it.
             cutOff = std::min(cutOff, next.columnInt64(0) + 1);
@@ -130,7 +151,7 @@ bool Retention::removeExcess() {
     if (!count || *count <= *m_itemLimit) {
         return false;
     }
-    const qint64 excess = *count - *m_itemLimit, slice = std::min(excess, m_rowsPerSlice);
+    const qint64 excess = *count - *m_itemLimit, slice = std::min(excess, m_sliceSize);
     removeRows(selectOldestImagesSql, deleteOldestSql, slice, u"cleanupByCount");
     if (m_removed == 0) {
         m_itemLimit.reset(); // it cannot be deleted

@@ -1,4 +1,5 @@
-// Removes what exceeds the user's retention limits: the rows first, then the files of the images among them.
+// Removes what exceeds the user's retention limits: the rows first, then the files of the images among them,
+// then the space in the database's file.
 //
 // A limit that was just lowered may take a million entries. They are removed in slices from the event loop,
 // the oldest first, each slice as large as a few milliseconds allow, and isDue() tells which entries still
@@ -48,6 +49,7 @@ private:
     void removeSlice();
     bool removeExpired();
     bool removeExcess();
+    bool freePages();
     void removeRows(const char* selectImagesSql, const char* deleteSql, qint64 parameter,
                     QStringView operation);
     std::optional<qint64> countRows();
@@ -59,8 +61,8 @@ private:
     std::optional<qint64> m_itemLimit; // how many entries are kept
     std::optional<Place> m_oldestKept; // absent when nothing waits for its removal
     std::optional<Counted> m_counted;  // absent when the rows have to be counted
-    qint64 m_rowsPerSlice;
-    qint64 m_removed = 0; // rows of the last deletion
+    qint64 m_sliceSize;                // rows to remove, or pages to free
+    qint64 m_removed = 0;              // rows of the last deletion
     QTimer m_nextSlice;
 };
 

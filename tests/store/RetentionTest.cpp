@@ -87,7 +87,7 @@ TEST_F(Retention, RemovesMuchLittleByLittleAndShowsNoneOfIt) {
         sql("UPDATE clipboard_items SET last_copied_at = 1;" // and many of one second
             "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 3000)"
             "INSERT INTO clipboard_items (content, content_hash, preview, first_copied_at, last_copied_at)"
-            "SELECT 'old', i, '', 1, i / 1000 + 2 FROM n");
+            "SELECT 'old' || hex(zeroblob(2000)), i, '', 1, i / 1000 + 2 FROM n");
         wait(24h);
         (this->*limit)(1);
         record(u"new"_qs);
@@ -100,6 +100,7 @@ TEST_F(Retention, RemovesMuchLittleByLittleAndShowsNoneOfIt) {
         EXPECT_EQ(contents(u"old"_qs), QStringList());
         EXPECT_TRUE(test::eventually([&] { return rows() == static_cast<int>(contents().size()); }));
         EXPECT_GT(left, 1000);
+        EXPECT_TRUE(test::eventually([&] { return sql("PRAGMA page_count")[0].toInt() < 400; }));
         EXPECT_FALSE(hasFiles(u"old image"_qs));
     };
     withLimit(&Retention::limitCount, texts({"new"}));
@@ -159,11 +160,17 @@ TEST_F(Retention, GoesOnAfterAFileThatCannotBeRemovedAndClearingTakesAllButTheId
     EXPECT_FALSE(QFileInfo::exists(thumbnailFile(u"a"_qs)) || QFileInfo::exists(thumbnailFile(u"b"_qs)));
     EXPECT_EQ(contents(), texts({"new"}));
 
+    record(u"s3cret"_qs.repeated(100'000));
     store->deleteAll();
     EXPECT_EQ(contents(), QStringList());
+    for (const char* file : {"Corvatto/corvatto.sqlite3", "Corvatto/corvatto.sqlite3-wal"}) {
+        QFile bytes(path(file));
+        EXPECT_TRUE(bytes.open(QIODevice::ReadOnly) && bytes.size() < 200'000) << file;
+        EXPECT_FALSE(bytes.readAll().contains("s3cret")) << file;
+    }
     EXPECT_FALSE(QFileInfo::exists(store->imagesDir()) || QFileInfo::exists(store->thumbnailsDir()));
     record(u"after"_qs);
-    EXPECT_EQ(sql("SELECT id FROM clipboard_items"), texts({"4"}));
+    EXPECT_EQ(sql("SELECT id FROM clipboard_items"), texts({"5"}));
 }
 
 } // namespace
