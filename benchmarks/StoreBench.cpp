@@ -13,6 +13,10 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace corvatto::bench {
 namespace {
@@ -78,6 +82,43 @@ private:
     qint64 m_longest = 0; // ns
 };
 
+// So that it is read from the disk again.
+void dropFromCache(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || posix_fadvise(file.handle(), 0, 0, POSIX_FADV_DONTNEED) != 0) {
+        std::fprintf(stderr, "the cache stays warm\n");
+    }
+}
+
+// What the panel does at a key, in a program that does nothing else.
+void searchBesideTheLoop(benchmark::State& state, bool isCold, bool countsStall) {
+    test::FakeUserDefaults defaults;
+    const Preferences preferences(defaults);
+    const QString directory = dataSet(state.range(0));
+    ClipboardStore store(directory, preferences);
+    int limit = 100;
+    for (auto _ : state) {
+        if (isCold) {
+            dropFromCache(directory + QStringLiteral("/Corvatto/corvatto.sqlite3"));
+        }
+        limit = 299 - limit;
+        Stall stall;
+        QElapsedTimer timer;
+        timer.start();
+        bool isDone = false;
+        stall.time([&] {
+            isDone = store.search(QStringLiteral("zyzzyva"), limit, [&](const auto&) { isDone = true; })
+                         .isComplete;
+        });
+        while (!isDone) {
+            stall.time([] { QCoreApplication::processEvents(); });
+            usleep(200); // the processor is the worker's
+        }
+        state.SetIterationTime(countsStall ? stall.seconds()
+                                           : static_cast<double>(timer.nsecsElapsed()) / 1e9);
+    }
+}
+
 void lowerLimit(benchmark::State& state) {
     const OwnHistory history(state.range(0));
     test::FakeUserDefaults defaults;
@@ -121,6 +162,18 @@ void addStoreFigures() {
     forEachSize(benchmark::RegisterBenchmark("a limit takes hold: stall", lowerLimit)
                     ->Iterations(1)
                     ->UseManualTime());
+    const auto addSearch = [](const char* name, bool isCold, bool countsStall) {
+        forEachSize(
+            benchmark::RegisterBenchmark(
+                name, [=](benchmark::State& state) { searchBesideTheLoop(state, isCold, countsStall); })
+                ->Iterations(1)
+                ->Repetitions(5)
+                ->UseManualTime());
+    };
+    addSearch("search, nothing matches: stall", false, true);
+    addSearch("the same, cold cache: stall", true, true);
+    addSearch("search, nothing matches: result", false, false);
+    addSearch("the same, cold cache: result", true, false);
     forEachSize(benchmark::RegisterBenchmark("clearing: stall", clear)->Iterations(1)->UseManualTime());
 }
 

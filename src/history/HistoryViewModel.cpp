@@ -5,6 +5,7 @@
 #include "base/Image.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace corvatto {
 namespace {
@@ -15,6 +16,10 @@ constexpr int fetchLimit = 100;
 
 HistoryViewModel::HistoryViewModel(ClipboardStore& store, Pasteboard& pasteboard)
     : m_store(store), m_pasteboard(pasteboard) {}
+
+HistoryViewModel::~HistoryViewModel() {
+    m_store.cancelSearch();
+}
 
 void HistoryViewModel::setSearchText(const QString& text) {
     if (text != m_searchText) {
@@ -42,12 +47,46 @@ void HistoryViewModel::recordPendingCopy() {
 }
 
 void HistoryViewModel::refresh() {
+    m_store.cancelSearch();
+    m_isSearching = false;
+    m_whenFound.clear();
     setItems(m_store.fetchRecent(std::nullopt, fetchLimit));
     applyDefaultSelection();
 }
 
 void HistoryViewModel::search() {
-    setItems(m_store.fetchRecent(m_searchText, fetchLimit));
+    m_whenFound.clear();
+    const auto result = m_store.search(
+        m_searchText, fetchLimit, [this](QList<ClipboardItem> items) { finishSearch(std::move(items)); });
+    m_isSearching = !result.isComplete;
+    m_hasFirstResults = !result.items.isEmpty();
+    if (result.isComplete || m_hasFirstResults) {
+        showFound(result.items);
+    }
+}
+
+void HistoryViewModel::finishSearch(QList<ClipboardItem> items) {
+    m_isSearching = false;
+    if (m_hasFirstResults) {
+        setItems(std::move(items)); // the selection may have been moved since the first ones
+    } else {
+        showFound(std::move(items));
+    }
+    for (const auto& action : std::exchange(m_whenFound, {})) {
+        action();
+    }
+}
+
+// Whether `action` is put off until the results of the search are there.
+bool HistoryViewModel::waitsForResults(std::function<void()> action) {
+    if (m_isSearching) {
+        m_whenFound.append(std::move(action));
+    }
+    return m_isSearching;
+}
+
+void HistoryViewModel::showFound(QList<ClipboardItem> items) {
+    setItems(std::move(items));
     if (!m_searchText.isEmpty()) {
         setSelectedItemId(idAt(0));
     } else {
@@ -79,6 +118,9 @@ void HistoryViewModel::moveDown() {
 }
 
 void HistoryViewModel::moveSelection(qsizetype step) {
+    if (waitsForResults([this, step] { moveSelection(step); })) {
+        return;
+    }
     if (m_items.isEmpty() || !m_selectedItemId) {
         setSelectedItemId(idAt(0));
         return;
@@ -93,10 +135,16 @@ void HistoryViewModel::moveSelection(qsizetype step) {
 }
 
 void HistoryViewModel::selectAndCopy() {
+    if (waitsForResults([this] { selectAndCopy(); })) {
+        return;
+    }
     copyItem(selectedIndex());
 }
 
 void HistoryViewModel::copyItem(qsizetype index) {
+    if (waitsForResults([this, index] { copyItem(index); })) {
+        return;
+    }
     if (index >= 0 && index < m_items.size()) {
         // A copy: dismissing may reload the list.
         copyItem(ClipboardItem(m_items[index]));

@@ -21,6 +21,7 @@ class HistoryViewModel : public QObject {
 public:
     // Both outlive the model.
     HistoryViewModel(ClipboardStore& store, Pasteboard& pasteboard);
+    ~HistoryViewModel() override;
 
     const QList<ClipboardItem>& items() const { return m_items; }
     const QString& searchText() const { return m_searchText; }
@@ -47,7 +48,8 @@ public:
     void refresh();
 
     // Loads the entries that match the search text and selects the first, or as refresh() does when it is
-    // empty.
+    // empty. In a large history that may take until later: the items stay until there are results, and the
+    // keys pressed meanwhile, take effect then.
     void search();
 
     void moveUp();
@@ -57,7 +59,7 @@ public:
     // the panel is dismissed. An entry whose files have gone leaves everything as it was and prints one line.
     void selectAndCopy();
     void copyItem(qsizetype index);
-    void copyItem(const ClipboardItem& item);
+    void copyItem(const ClipboardItem& item); // at once
 
     // Erases the history, if the user confirms.
     void clearAll();
@@ -69,6 +71,9 @@ Q_SIGNALS:
 
 private:
     void setItems(QList<ClipboardItem> items);
+    void showFound(QList<ClipboardItem> items);
+    void finishSearch(QList<ClipboardItem> items);
+    bool waitsForResults(std::function<void()> action);
     void applyDefaultSelection();
     std::optional<qint64> idAt(qsizetype index) const;
     qsizetype selectedIndex() const; // -1 when nothing is selected, or nothing that is on show
@@ -80,6 +85,9 @@ private:
     QList<ClipboardItem> m_items;
     QString m_searchText;
     std::optional<qint64> m_selectedItemId;
+    bool m_isSearching = false;     // results are still to come
+    bool m_hasFirstResults = false; // of that search
+    QList<std::function<void()>> m_whenFound;
     ClipboardStore& m_store;
     Pasteboard& m_pasteboard;
 };

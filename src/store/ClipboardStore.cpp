@@ -5,6 +5,7 @@
 #include "base/Diagnostics.h"
 #include "base/FileSystem.h"
 
+#include "BackgroundSearch.h"
 #include "ContentReader.h"
 #include "FetchCache.h"
 #include "Retention.h"
@@ -30,6 +31,7 @@ ClipboardStore::ClipboardStore(QString applicationSupportDirectory, const Prefer
 
 ClipboardStore::~ClipboardStore() {
     if (m_db != nullptr) {
+        m_backgroundSearch.reset();
         m_contentReader.reset(); // items may outlive the store, and must not read then
         sqlite3_close(m_db);
     }
@@ -50,6 +52,9 @@ QString ClipboardStore::thumbnailsDir() const {
 void ClipboardStore::deleteAll() {
     if (m_db == nullptr) {
         return;
+    }
+    if (m_backgroundSearch) {
+        m_backgroundSearch->stop(); // the log cannot be emptied while somebody reads
     }
     // Overwriting the pages one by one takes seconds for a million entries; they are all to go below.
     executeSql(m_db, "PRAGMA secure_delete = FAST");

@@ -19,6 +19,7 @@ struct sqlite3;
 
 namespace corvatto {
 
+class BackgroundSearch;
 class ContentReader;
 class FetchCache;
 class Retention;
@@ -63,6 +64,21 @@ public:
     // and only ASCII letters match in either case. Of a long text, the item holds a prefix.
     QList<ClipboardItem> fetchRecent(const std::optional<QString>& searchQuery, int limit);
 
+    struct SearchResult {
+        QList<ClipboardItem> items;
+        bool isComplete = true; // if not, what is missing comes after these items
+    };
+    using Found = std::function<void(QList<ClipboardItem>)>;
+
+    // What fetchRecent() finds with the query, but takes some milliseconds at most. What then is incomplete
+    // is looked for on a worker, and `found` is called with all of it from the event loop. Ends the search
+    // before it. Without a write-ahead log, nobody can read beside the main thread, and it takes as long as
+    // it takes.
+    SearchResult search(const QString& query, int limit, Found found);
+
+    // Ends the search that is under way, if any: its `found` is not called any more.
+    void cancelSearch();
+
     // Deletes all entries and both image directories, and leaves nothing of the contents in the database's
     // files. When the entries cannot be deleted their files stay too.
     void deleteAll();
@@ -83,6 +99,7 @@ private:
     bool insert(const Capture& capture, qint64 time);
 
     void deleteImageDirectories() const;
+    SearchResult fetch(const std::optional<QString>& searchQuery, int limit, Found found);
     QList<ClipboardItem> withoutDue(QList<ClipboardItem> items) const;
 
     qint64 now() const; // whole seconds since 1970-01-01 00:00 UTC, truncated toward zero
@@ -94,6 +111,7 @@ private:
     std::shared_ptr<const ContentReader> m_contentReader; // with the connection
     std::unique_ptr<FetchCache> m_fetchCache;             // likewise
     std::unique_ptr<Retention> m_retention;               // likewise
+    std::unique_ptr<BackgroundSearch> m_backgroundSearch; // null when only one at a time may read and write
 };
 
 } // namespace corvatto

@@ -3,12 +3,16 @@
 
 #include "base/Diagnostics.h"
 
-#include "ContentReader.h"
+#include "BackgroundSearch.h"
 #include "FetchCache.h"
+#include "ItemRow.h"
 #include "Retention.h"
 #include "SqliteStatement.h"
 
+#include <QElapsedTimer>
+
 #include <algorithm>
+#include <chrono>
 
 namespace corvatto {
 namespace {
@@ -45,27 +49,50 @@ QByteArray patternFor(const QString& query) {
     return end < 0 ? pattern : pattern.first(end);
 }
 
-// In the order of the select list above.
-ClipboardItem rowToItem(const SqliteStatement& row, const std::shared_ptr<const ContentReader>& reader) {
-    ClipboardItem item;
-    item.id = row.columnInt64(0);
-    item.contentHash = row.columnText(2);
-    item.preview = row.columnText(3);
-    item.contentType = row.columnText(4);
-    const bool mayBeLong = item.contentType == QLatin1String("text");
-    item.content =
-        mayBeLong ? ContentReader::contentOf(reader, row, 1, item.id) : ItemContent(row.columnText(1));
-    item.thumbnailPath = row.columnText(5);
-    item.sourceApp = row.columnText(6);
-    item.copyCount = row.columnInt(7);
-    item.firstCopiedAt = QDateTime::fromSecsSinceEpoch(row.columnInt64(8), Qt::UTC);
-    item.lastCopiedAt = QDateTime::fromSecsSinceEpoch(row.columnInt64(9), Qt::UTC);
-    return item;
-}
+constexpr std::chrono::milliseconds longestSearch(8); // on the main thread: half a frame
+constexpr int instructionsBetweenLooks = 100;         // at the clock; six rows or so
+
+// Interrupts the connection's statements when its time is over, while it lives.
+class TimeLimit {
+public:
+    explicit TimeLimit(sqlite3* db) : m_db(db) {
+        m_timer.start();
+        sqlite3_progress_handler(
+            m_db, instructionsBetweenLooks,
+            [](void* timer) {
+                return static_cast<const QElapsedTimer*>(timer)->hasExpired(longestSearch.count()) ? 1 : 0;
+            },
+            &m_timer);
+    }
+    ~TimeLimit() { sqlite3_progress_handler(m_db, 0, nullptr, nullptr); }
+    TimeLimit(const TimeLimit&) = delete;
+    TimeLimit& operator=(const TimeLimit&) = delete;
+
+private:
+    sqlite3* m_db;
+    QElapsedTimer m_timer;
+};
 
 } // namespace
 
 QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& searchQuery, int limit) {
+    return fetch(searchQuery, limit, nullptr).items;
+}
+
+ClipboardStore::SearchResult ClipboardStore::search(const QString& query, int limit, Found found) {
+    cancelSearch();
+    return fetch(query, limit, m_backgroundSearch ? std::move(found) : nullptr);
+}
+
+void ClipboardStore::cancelSearch() {
+    if (m_backgroundSearch) {
+        m_backgroundSearch->cancel();
+    }
+}
+
+// With `found`, a search that takes long is left to the background.
+ClipboardStore::SearchResult ClipboardStore::fetch(const std::optional<QString>& searchQuery, int limit,
+                                                   Found found) {
     if (m_db == nullptr) {
         return {};
     }
@@ -77,7 +104,7 @@ QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& s
     if (version) {
         // What answers a longer search stays in the cache, for when the last letter is deleted again.
         if (const auto cached = m_fetchCache->find(*version, fetch)) {
-            return withoutDue(*cached);
+            return {withoutDue(*cached)};
         }
     }
     SqliteStatement query(m_db, fetch.pattern ? searchSql : listSql);
@@ -92,6 +119,10 @@ QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& s
     }
     query.bindInt64(fetch.pattern ? 5 : 1, limit);
 
+    std::optional<TimeLimit> timeLimit;
+    if (fetch.pattern && found) {
+        timeLimit.emplace(m_db);
+    }
     QList<ClipboardItem> items;
     int status = query.step();
     for (; status == SQLITE_ROW; status = query.step()) {
@@ -100,7 +131,18 @@ QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& s
     if (version && status == SQLITE_DONE) {
         m_fetchCache->insert(*version, fetch, items);
     }
-    return withoutDue(items);
+    if (status != SQLITE_INTERRUPT) {
+        return {withoutDue(items)};
+    }
+    m_backgroundSearch->start(*fetch.pattern, limit, m_contentReader,
+                              [this, fetch, version, found = std::move(found),
+                               searchQuery](const BackgroundSearch::Result& result) {
+                                  if (result && version) {
+                                      m_fetchCache->insert(*version, fetch, *result);
+                                  }
+                                  found(result ? withoutDue(*result) : fetchRecent(searchQuery, fetch.limit));
+                              });
+    return {withoutDue(items), false};
 }
 
 // What exceeds the limits is the oldest, so it comes last.

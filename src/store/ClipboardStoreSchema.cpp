@@ -5,6 +5,7 @@
 #include "base/Diagnostics.h"
 #include "base/FileSystem.h"
 
+#include "BackgroundSearch.h"
 #include "ContentReader.h"
 #include "FetchCache.h"
 #include "LikeFunction.h"
@@ -96,6 +97,10 @@ void ClipboardStore::openDatabase() {
     executeSql(m_db, pageSql);
     executeSql(m_db, erasureSql);
     executeSql(m_db, journalSql);
+    if (SqliteStatement mode(m_db, "PRAGMA journal_mode");
+        mode.isPrepared() && mode.step() == SQLITE_ROW && mode.columnText(0) == QLatin1String("wal")) {
+        m_backgroundSearch = std::make_unique<BackgroundSearch>(QFile::encodeName(database));
+    }
     createTable();
     migrateAddSourceApp();
     migrateAddContentType();

@@ -1,6 +1,7 @@
 #include "HistoryTest.h"
 
 #include "support/CapturedOutput.h"
+#include "support/Eventually.h"
 
 namespace corvatto {
 namespace {
@@ -47,6 +48,41 @@ TEST_F(ViewModel, AWriteIsSettledWithTheMonitorThenCountedThenDismissed) {
     EXPECT_EQ(pasteboard.content.text, u"text") << "there are two";
     viewModel.copyItem(1);
     EXPECT_EQ(pasteboard.content.text, u"newer") << "without a monitor and a panel, too";
+}
+
+TEST_F(ViewModel, KeysWaitForTheResultsOfALongSearch) {
+    record({"needle 3", "needle 2", "needle 1"});
+    for (int number = 0; number < 12; ++number) {
+        store.insertOrUpdate(QString(5'000'000, QChar(u'A' + number)), {});
+    }
+    viewModel.refresh();
+    const auto search = [this](const char* text) {
+        viewModel.setSearchText(QString::fromUtf8(text));
+        viewModel.search();
+    };
+    search("nothing like it");
+    viewModel.selectAndCopy(); // never happens: another letter has come
+    search("needle");
+    EXPECT_EQ(viewModel.items().size(), 15) << "the old list stays";
+    viewModel.moveDown();
+    viewModel.selectAndCopy();
+    EXPECT_EQ(dismissals, 0);
+    EXPECT_TRUE(test::eventually([this] { return dismissals > 0; }));
+    EXPECT_EQ(shown(), u"needle 1 needle 2 needle 3");
+    EXPECT_EQ(pasteboard.content.text, u"needle 2");
+
+    search("nothing like it");
+    viewModel.copyItem(0);
+    viewModel.refresh();
+    viewModel.moveUp();
+    EXPECT_EQ(selected(), u"needle 2") << "the list is there";
+    record({"needle 0"});
+    search("needle");
+    viewModel.copyItem(2);
+    EXPECT_EQ(shown(), u"needle 0 needle 2") << "what was found first";
+    EXPECT_TRUE(test::eventually([this] { return dismissals > 1; }));
+    EXPECT_EQ(pasteboard.content.text, u"needle 1");
+    EXPECT_EQ(selected(), u"needle 0");
 }
 
 TEST_F(ViewModel, WhatIsNotThereAnyMoreIsNotCopied) {

@@ -1,5 +1,7 @@
 #include "StoreTest.h"
 
+#include "support/Eventually.h"
+
 #include <QMap>
 
 namespace corvatto {
@@ -82,6 +84,44 @@ TEST_F(Queries, OfALongTextAPrefixIsHeldAndTheRestIsLoadedWhenNeeded) {
     const ItemContent outlivesTheStore = item().content;
     store.reset();
     EXPECT_EQ(outlivesTheStore.load(), std::nullopt);
+}
+
+TEST_F(Queries, ALongSearchGoesOnBesideTheEventLoop) {
+    record(u"needle oldest"_qs);
+    record(u"needle old"_qs);
+    for (int number = 0; number < 12; ++number) {
+        record(QString(5'000'000, QChar(u'A' + number)));
+    }
+    wait(std::chrono::seconds(-14));
+    record(u"needle oldest"_qs); // the order is that of the times, then of the ids
+    wait(std::chrono::seconds(1));
+    record(u"needle older"_qs);
+    wait(std::chrono::seconds(20));
+    record(u"needle new"_qs);
+    QStringList found;
+    int answers = 0;
+    const auto search = [&](const QString& query) {
+        return store->search(query, 3, [&](const QList<ClipboardItem>& items) {
+            ++answers;
+            for (const ClipboardItem& item : items) {
+                found << *item.content.load();
+            }
+        });
+    };
+    search(u"nobody asks for this any more"_qs);
+    ClipboardStore::SearchResult first = search(u"needle"_qs);
+    EXPECT_FALSE(first.isComplete);
+    EXPECT_EQ(first.items.size(), 1);
+    EXPECT_TRUE(test::eventually([&] { return answers > 0; }));
+    EXPECT_EQ(found, texts({"needle new", "needle older", "needle old"}));
+    EXPECT_EQ(answers, 1);
+    EXPECT_TRUE(search(u"needle"_qs).isComplete) << "the same again";
+
+    search(u"needle oldest"_qs);
+    store->deleteAll();
+    EXPECT_EQ(QFile(path("Corvatto/corvatto.sqlite3-wal")).size(), 0) << "while it was still read";
+    sql("PRAGMA wal_checkpoint");
+    EXPECT_TRUE(search(u"needle"_qs).isComplete);
 }
 
 TEST_F(Queries, SearchIsLiteralSubstringWithWildcardsInEveryColumn) {
