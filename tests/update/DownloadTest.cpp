@@ -118,14 +118,12 @@ TEST_F(DownloadTest, SendsNothingAboutTheUser) {
     const QUrl there = server.url("/there");
     server.answers["/there"] = Server::respond("here");
     EXPECT_EQ(outcomeOfAnswer(Server::redirect(there)).body, "here"); // which sets a cookie
-    QList<QByteArray> lines = server.requests.last().split('
-');
+    QList<QByteArray> lines = server.requests.last().split('\n');
     std::sort(lines.begin(), lines.end());
-    EXPECT_EQ(lines.join(), "Accept-Encoding: identityAccept-Language: *Accept: application/json"
-                            "Cache-Control: no-cacheConnection: closeGET /there HTTP/1.1Host: " +
-                                there.authority().toLatin1() + "Pragma: no-cacheUser-Agent: Corvatto")
-        << lines.join('
-').constData();
+    EXPECT_EQ(lines.join(), "\rAccept-Encoding: identity\rAccept-Language: *\rAccept: application/json\r"
+                            "Cache-Control: no-cache\rConnection: close\rGET /there HTTP/1.1\rHost: " +
+                                there.authority().toLatin1() + "\rPragma: no-cache\rUser-Agent: Corvatto\r")
+        << lines.join('\n').constData();
 }
 
 // A group address is one to which no system opens a connection: it is unreachable, as everything is on a
