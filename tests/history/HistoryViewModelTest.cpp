@@ -51,7 +51,18 @@ TEST_F(ViewModel, AWriteIsSettledWithTheMonitorThenCountedThenDismissed) {
 }
 
 TEST_F(ViewModel, KeysWaitForTheResultsOfALongSearch) {
-    record({"needle 3", "needle 2", "needle 1"});
+    int dismissals = 0;
+    viewModel.onDismiss = [&] {
+        ++dismissals;
+    };
+    const auto shown = [this] {
+        QStringList texts;
+        for (const ClipboardItem& item : viewModel.items()) {
+            texts << item.content.prefix();
+        }
+        return texts.join(u' ');
+    };
+    record({u"needle 3"_qs, u"needle 2"_qs, u"needle 1"_qs});
     for (int number = 0; number < 12; ++number) {
         store.insertOrUpdate(QString(5'000'000, QChar(u'A' + number)), {});
     }
@@ -67,7 +78,7 @@ TEST_F(ViewModel, KeysWaitForTheResultsOfALongSearch) {
     viewModel.moveDown();
     viewModel.selectAndCopy();
     EXPECT_EQ(dismissals, 0);
-    EXPECT_TRUE(test::eventually([this] { return dismissals > 0; }));
+    EXPECT_TRUE(test::eventually([&] { return dismissals > 0; }));
     EXPECT_EQ(shown(), u"needle 1 needle 2 needle 3");
     EXPECT_EQ(pasteboard.content.text, u"needle 2");
 
@@ -76,11 +87,11 @@ TEST_F(ViewModel, KeysWaitForTheResultsOfALongSearch) {
     viewModel.refresh();
     viewModel.moveUp();
     EXPECT_EQ(selected(), u"needle 2") << "the list is there";
-    record({"needle 0"});
+    record({u"needle 0"_qs});
     search("needle");
     viewModel.copyItem(2);
     EXPECT_EQ(shown(), u"needle 0 needle 2") << "what was found first";
-    EXPECT_TRUE(test::eventually([this] { return dismissals > 1; }));
+    EXPECT_TRUE(test::eventually([&] { return dismissals > 1; }));
     EXPECT_EQ(pasteboard.content.text, u"needle 1");
     EXPECT_EQ(selected(), u"needle 0");
 }
