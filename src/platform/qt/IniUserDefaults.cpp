@@ -3,7 +3,6 @@
 #include "base/Diagnostics.h"
 #include "base/FileSystem.h"
 
-#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
@@ -25,14 +24,12 @@ IniUserDefaults::IniUserDefaults(const QString& settingsFile) : m_path(settingsF
     for (const QString& path : {QFileInfo(m_path).path(), m_path}) {
         makePrivate(path);
     }
-    m_stamp = stampOfFile();
-    m_settings.emplace(m_path, QSettings::IniFormat);
-    m_settings->allKeys(); // parses all of the file; until then its errors are not known
-    if (m_settings->status() == QSettings::FormatError) {
+    load();
+    if (!m_isReadable) {
+        printLine(QStringLiteral("[UserDefaults] ERROR: Cannot read %1, the defaults hold.").arg(m_path));
+    } else if (m_document.hasUnknownLines()) {
         printLine(QStringLiteral("[UserDefaults] ERROR: Some lines of %1 are no settings and are ignored.")
                       .arg(m_path));
-    } else if (m_settings->status() != QSettings::NoError) {
-        printLine(QStringLiteral("[UserDefaults] ERROR: Cannot read %1, the defaults hold.").arg(m_path));
     }
     // An editor saves in several steps; the file is looked at once, after the last of them.
     m_reload.setSingleShot(true);
@@ -54,32 +51,24 @@ void IniUserDefaults::watch() {
 
 void IniUserDefaults::fileChanged() {
     watch();
-    const FileStamp stamp = stampOfFile();
-    if (stamp == m_stamp) {
-        return; // our own write, which has been announced, or another file of the directory
+    if (stampOfFile() != m_stamp) { // else it is our own write, which has been announced, or another file
+        load();
+        Q_EMIT didChange();
     }
-    if (stamp.size == m_stamp.size) {
-        // QSettings takes a file for unchanged if size and millisecond are those that it knows.
-        QFile file(m_path);
-        if (file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly)) {
-            file.setFileTime(QDateTime::currentDateTime(), QFileDevice::FileModificationTime);
-        }
-    }
-    m_stamp = stampOfFile();
-    m_settings->sync();
-    Q_EMIT didChange();
 }
 
 QVariant IniUserDefaults::storedObject(const QString& key) const {
-    return m_settings ? m_settings->value(key) : m_unsaved.value(key);
+    if (const auto unsaved = m_unsaved.constFind(key); unsaved != m_unsaved.constEnd()) {
+        return *unsaved;
+    }
+    const auto stored = m_document.value(key);
+    return stored ? QVariant(*stored) : QVariant();
 }
 
 void IniUserDefaults::setObject(const QString& key, const QVariant& value) {
-    if (m_settings) {
-        m_settings->setValue(key, value);
+    m_unsaved[key] = value.toString();
+    if (!m_path.isEmpty()) {
         write();
-    } else {
-        m_unsaved[key] = value;
     }
     Q_EMIT didChange();
 }
@@ -92,17 +81,32 @@ IniUserDefaults::FileStamp IniUserDefaults::stampOfFile() const {
     return {status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
+void IniUserDefaults::load() {
+    m_stamp = stampOfFile(); // before reading: an edit in between is noticed as another one
+    QFile file(m_path);
+    const bool isOpen = file.open(QIODevice::ReadOnly);
+    m_isReadable = isOpen || !file.exists();
+    m_document = IniDocument(isOpen ? file.readAll() : QByteArray());
+}
+
 void IniUserDefaults::write() {
-    m_settings->sync();
-    // Before the second synchronisation, just below, which reads an edit made between the two.
-    m_stamp = stampOfFile();
-    // The status of a QSettings keeps its first error for good; a second object on the same file shares what
-    // is still unwritten, and tries again.
-    const bool failed = QSettings(m_path, QSettings::IniFormat).status() != QSettings::NoError;
+    if (stampOfFile() != m_stamp) {
+        load(); // an edit that has not been noticed yet
+    }
+    IniDocument changed = m_document;
+    for (auto unsaved = m_unsaved.cbegin(); unsaved != m_unsaved.cend(); ++unsaved) {
+        changed.setValue(unsaved.key(), unsaved.value());
+    }
+    // What cannot be read is not replaced.
+    const bool failed = !m_isReadable || writeFileAtomically(m_path, changed.text()).has_value();
     if (failed && !m_hasWriteFailed) {
         printLine(QStringLiteral("[UserDefaults] ERROR: Cannot write %1").arg(m_path));
     }
     m_hasWriteFailed = failed;
+    if (!failed) {
+        m_unsaved.clear();
+        load();
+    }
 }
 
 } // namespace corvatto

@@ -1,13 +1,13 @@
-// The settings in an INI file that people may edit, also while the program runs.
+// The settings in an INI file that people may edit, also while the program runs. Its comments, its order and
+// whatever else is in it stay as they are.
 #pragma once
 
 #include "platform/UserDefaults.h"
+#include "platform/qt/IniDocument.h"
 
 #include <QFileSystemWatcher>
-#include <QSettings>
+#include <QMap>
 #include <QTimer>
-
-#include <optional>
 
 namespace corvatto {
 
@@ -31,17 +31,19 @@ private:
         bool operator==(const FileStamp&) const = default;
     };
 
+    void load();
     void write();
     void watch();
     void fileChanged();
     FileStamp stampOfFile() const;
 
     QString m_path;
-    std::optional<QSettings> m_settings; // absent without a path
-    QVariantMap m_unsaved;               // what is set then
+    IniDocument m_document;           // as it is on the disk
+    QMap<QString, QString> m_unsaved; // what could not be written yet
     QFileSystemWatcher m_watcher;
     QTimer m_reload;
-    FileStamp m_stamp; // of what is in m_settings
+    FileStamp m_stamp;        // of what is in m_document
+    bool m_isReadable = true; // a file that does not exist is
     bool m_hasWriteFailed = false;
 };
 
