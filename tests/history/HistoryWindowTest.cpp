@@ -7,10 +7,9 @@
 #include "settings/SettingsKeys.h"
 #include "support/CapturedOutput.h"
 #include "support/Eventually.h"
-#include "support/FakeAlerts.h"
+#include "support/FakeDesktop.h"
 #include "support/FakeRelativeTimes.h"
 #include "support/FakeWindowPresenter.h"
-#include "support/FakeWorkspace.h"
 #include "update/UpdateChecker.h"
 
 #include <QApplication>
@@ -82,9 +81,8 @@ TEST_F(Window, KeysBelongToTheInputMethodWhileItComposes) {
 }
 
 TEST_F(Window, EveryHundredthOpeningMayCheckForUpdates) {
-    test::FakeAlerts alerts;
-    test::FakeWorkspace workspace;
-    UpdateChecker checker({defaults, alerts, workspace}, QUrl(), {});
+    test::FakeDesktop desktop;
+    UpdateChecker checker({defaults, desktop, desktop}, QUrl(), {});
     UpdateChecker::install(checker);
     const auto now = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
     struct Case {
@@ -103,7 +101,7 @@ TEST_F(Window, EveryHundredthOpeningMayCheckForUpdates) {
         test::eventually([&] { return !output.text().isEmpty(); }, std::chrono::milliseconds(100));
         EXPECT_EQ(output.text().count("ERROR (manual=false)"), at.checks) << at.opening;
     }
-    EXPECT_TRUE(alerts.shown.empty());
+    EXPECT_TRUE(desktop.shown.empty());
     presenter.hasScreen = false;
     controller.show();
     EXPECT_EQ(defaults.integer(SettingsKeys::corvattoHistoryWindowOpenCount), 300) << "shown nowhere";

@@ -45,9 +45,7 @@ TEST_F(HotKeys, OnlyTheLatestRegistrationReportsItsFailureWheneverThatIsKnown) {
     manager->registerStoredHotKey();
     manager->reregister(40, 2304);
     ASSERT_EQ(center.hotKeys.size(), 1U);
-    EXPECT_EQ(center.hotKeys.begin()->second.keyCode, 40U);
-    EXPECT_EQ(center.hotKeys.begin()->second.modifiers, 2304U);
-    center.answer(eventHotKeyExistsErr);
+    center.refuse(eventHotKeyExistsErr);
     QByteArray lines = "[HotKeyManager] ERROR: RegisterEventHotKey failed with status -9878\n";
     EXPECT_EQ(output.text(), lines);
     EXPECT_EQ(center.handlers.size(), 1U);

@@ -6,20 +6,14 @@
 #include <QStringList>
 
 #include <map>
-#include <utility>
 
 namespace corvatto::test {
 
 class FakeHotKeyCenter : public HotKeyCenter {
 public:
-    struct HotKey {
-        quint32 keyCode, modifiers;
-        StatusHandler done;
-    };
-
     HotKeyStatus handlerStatus = noErr; // what installing a handler gives
     std::map<EventHandlerRef, std::function<HotKeyStatus()>> handlers;
-    std::map<EventHotKeyRef, HotKey> hotKeys;
+    std::map<EventHotKeyRef, StatusHandler> hotKeys;
     QStringList removals; // what was taken away, in order
 
     // Presses every registered combination once.
@@ -30,13 +24,9 @@ public:
             }
         }
     }
-    // Gives the registrations that wait for it their result.
-    void answer(HotKeyStatus status) {
-        for (auto& [ref, hotKey] : std::exchange(hotKeys, {})) {
-            const auto done = std::exchange(hotKey.done, [](HotKeyStatus) {});
-            if (status == noErr) {
-                hotKeys.emplace(ref, hotKey);
-            }
+    // Ends the registrations with that status.
+    void refuse(HotKeyStatus status) {
+        for (const auto& [ref, done] : std::exchange(hotKeys, {})) {
             done(status);
         }
     }
@@ -52,9 +42,9 @@ public:
         removals << QStringLiteral("handler");
         return handlers.erase(handler) == 1 ? noErr : eventHotKeyInvalidErr;
     }
-    EventHotKeyRef registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID /*id*/,
+    EventHotKeyRef registerEventHotKey(quint32 /*keyCode*/, quint32 /*modifiers*/, EventHotKeyID /*id*/,
                                        StatusHandler done) override {
-        hotKeys[++m_lastRef] = {keyCode, modifiers, std::move(done)};
+        hotKeys[++m_lastRef] = std::move(done);
         return m_lastRef;
     }
     HotKeyStatus unregisterEventHotKey(EventHotKeyRef hotKey) override {

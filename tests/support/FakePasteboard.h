@@ -17,6 +17,7 @@ public:
     };
 
     Content content;
+    QString sourceApplication;
     qint64 count = 1;
     mutable int reads = 0; // how often content, as opposed to the counter, was asked for
 
@@ -25,8 +26,6 @@ public:
         ++count;
     }
     void copyText(const QString& text) { copy({{}, {}, {}, {}, text}); }
-
-    QString sourceApplication;
 
     qint64 changeCount() const override { return count; }
     QString sourceApplicationName() const override { return sourceApplication; }

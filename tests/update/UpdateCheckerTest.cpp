@@ -3,9 +3,8 @@
 #include "HttpServer.h"
 #include "support/CapturedOutput.h"
 #include "support/Eventually.h"
-#include "support/FakeAlerts.h"
+#include "support/FakeDesktop.h"
 #include "support/FakeUserDefaults.h"
-#include "support/FakeWorkspace.h"
 #include "support/Printing.h"
 #include "update/VersionComparison.h"
 
@@ -26,26 +25,25 @@ class UpdateCheckerTest : public ::testing::Test {
 protected:
     test::HttpServer server;
     test::FakeUserDefaults defaults;
-    test::FakeAlerts alerts;
-    test::FakeWorkspace workspace;
+    test::FakeDesktop desktop;
     std::optional<UpdateChecker> checker;
     QByteArray printed;
 
     UpdateCheckerTest() { makeChecker(u"1.2"_qs); }
     void makeChecker(const QString& localVersion) {
-        checker.emplace(UpdateChecker::Services{defaults, alerts, workspace}, server.url(), localVersion);
+        checker.emplace(UpdateChecker::Services{defaults, desktop, desktop}, server.url(), localVersion);
     }
     // Runs one check against `answer`; returns the alerts that it showed.
-    std::vector<Alert> check(bool manual, const test::HttpServer::Answer& answer) {
+    QList<Alert> check(bool manual, const test::HttpServer::Answer& answer) {
         server.answers["/"] = answer;
-        alerts.shown.clear();
+        desktop.shown.clear();
         test::CapturedOutput output;
         const auto task = checker->checkForUpdates(manual);
         EXPECT_TRUE(test::eventually([&] { return task.isReady(); }));
         printed = output.text();
-        return alerts.shown;
+        return desktop.shown;
     }
-    std::vector<Alert> check(bool manual, const QByteArray& body) {
+    QList<Alert> check(bool manual, const QByteArray& body) {
         return check(manual, test::HttpServer::respond(body));
     }
 };
@@ -72,7 +70,7 @@ TEST(UpdateDocument, NeedsItsThreeTexts) {
 }
 
 TEST_F(UpdateCheckerTest, AnnouncesANewerVersionAndRemembersTheCheck) {
-    alerts.answer = 1; // remind me later
+    desktop.answer = 1; // remind me later
     const double before = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
     const Alert shown = check(false, document("1.4.0")).at(0);
     EXPECT_EQ(shown.messageText, u"发现新版本");
@@ -80,7 +78,7 @@ TEST_F(UpdateCheckerTest, AnnouncesANewerVersionAndRemembersTheCheck) {
     EXPECT_EQ(shown.buttons, QStringList({u"下载更新"_qs, u"稍后提醒"_qs, u"跳过此版本"_qs}));
     EXPECT_EQ(shown.buttonOnClosing, 1) << "closing skips nothing";
     EXPECT_EQ(printed, "");
-    EXPECT_TRUE(workspace.opened.isEmpty());
+    EXPECT_TRUE(desktop.opened.isEmpty());
     ASSERT_EQ(defaults.stored.size(), 1) << "nothing is skipped";
     EXPECT_NEAR(defaults.stored[SettingsKeys::corvattoLastUpdateCheckAt].toDouble(), before, 10);
 
@@ -98,20 +96,20 @@ TEST_F(UpdateCheckerTest, SaysThatAllIsCurrentOnlyWhenAsked) {
 }
 
 TEST_F(UpdateCheckerTest, ASkippedVersionIsNotAnnouncedUnlessAsked) {
-    alerts.answer = 2;
-    EXPECT_EQ(check(false, document("1.4.0")).size(), 1U);
-    EXPECT_EQ(check(false, document("1.4.0")).size(), 0U);
-    EXPECT_EQ(check(true, document("1.4.0")).size(), 1U);
-    EXPECT_EQ(check(false, document("1.4")).size(), 1U) << "the same number, but not the same text";
+    desktop.answer = 2;
+    EXPECT_EQ(check(false, document("1.4.0")).size(), 1);
+    EXPECT_EQ(check(false, document("1.4.0")).size(), 0);
+    EXPECT_EQ(check(true, document("1.4.0")).size(), 1);
+    EXPECT_EQ(check(false, document("1.4")).size(), 1) << "the same number, but not the same text";
 }
 
 TEST_F(UpdateCheckerTest, OpensOnlyTheWeb) {
     for (const QByteArray address :
          {"", "https://", "https://exa mple.org", "file:///usr/bin/true", "/usr/bin/true",
           "https://example.org/get?v=1#top", "HTTP://例子.中国/下载"}) {
-        EXPECT_EQ(check(true, document("9", address)).size(), 1U) << address.constData();
+        EXPECT_EQ(check(true, document("9", address)).size(), 1) << address.constData();
     }
-    EXPECT_EQ(workspace.opened,
+    EXPECT_EQ(desktop.opened,
               QList({QUrl(u"https://example.org/get?v=1#top"_qs), QUrl(u"http://例子.中国/下载"_qs)}));
 }
 
@@ -134,21 +132,21 @@ TEST_F(UpdateCheckerTest, FailuresArePrintedAndToldWhenAsked) {
 }
 
 TEST_F(UpdateCheckerTest, MayCheckAgainAndBeDestroyedWhileItsAlertIsOpen) {
-    alerts.whileShown = [this] {
+    desktop.whileShown = [this] {
         const auto inner = checker->checkForUpdates(true);
         EXPECT_TRUE(test::eventually([&] { return inner.isReady(); }));
     };
-    EXPECT_EQ(check(true, document("1.4.0")).size(), 2U);
-    workspace.opened.clear();
+    EXPECT_EQ(check(true, document("1.4.0")).size(), 2);
+    desktop.opened.clear();
     for (const int answer : {0, 2}) {
-        alerts.answer = answer;
-        alerts.whileShown = [this] {
+        desktop.answer = answer;
+        desktop.whileShown = [this] {
             checker.reset();
         };
         check(true, document("1.4.0"));
         makeChecker(u"1.2"_qs);
     }
-    EXPECT_TRUE(workspace.opened.isEmpty());
+    EXPECT_TRUE(desktop.opened.isEmpty());
     EXPECT_EQ(defaults.stored.size(), 1) << "nothing is skipped";
 }
 
@@ -162,7 +160,7 @@ TEST_F(UpdateCheckerTest, MayBeDestroyedWhileItLoads) {
         EXPECT_TRUE(check.isReady()) << "without an event loop, as at the end of the program";
         makeChecker(u"1.2"_qs);
     }
-    EXPECT_TRUE(alerts.shown.empty());
+    EXPECT_TRUE(desktop.shown.empty());
 }
 
 } // namespace

@@ -1,25 +1,32 @@
-// Alerts that the test answers.
+// A desktop whose alerts the test answers, and that keeps the addresses it is asked to open.
 #pragma once
 
 #include "platform/Alerts.h"
+#include "platform/Workspace.h"
+
+#include <QList>
 
 #include <functional>
-#include <vector>
 
 namespace corvatto::test {
 
-class FakeAlerts : public Alerts {
+class FakeDesktop : public Alerts, public Workspace {
 public:
     int answer = 0; // the index of the button that is chosen
-    std::vector<Alert> shown;
+    QList<Alert> shown;
     std::function<void()> whileShown; // what goes on in the nested event loop of the next alert
+    QList<QUrl> opened;
 
     int runModal(const Alert& alert) override {
-        shown.push_back(alert);
+        shown << alert;
         if (const auto meanwhile = std::exchange(whileShown, nullptr)) {
             meanwhile();
         }
         return answer;
+    }
+    bool openURL(const QUrl& url) override {
+        opened << url;
+        return true;
     }
 };
 
