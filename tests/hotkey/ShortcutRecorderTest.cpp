@@ -15,7 +15,7 @@ namespace {
 
 class ShortcutRecorderTest : public ::testing::Test {
 protected:
-    ShortcutRecorderTest() : recorder(new ShortcutRecorder(defaults)) {
+    ShortcutRecorderTest() {
         auto* layout = new QVBoxLayout(&window);
         layout->addWidget(field);
         layout->addWidget(recorder);
@@ -28,21 +28,17 @@ protected:
     FakeUserDefaults defaults;
     QWidget window;
     QLineEdit* field = new QLineEdit;
-    ShortcutRecorder* recorder;
+    ShortcutRecorder* recorder = new ShortcutRecorder(defaults);
 };
 
 TEST_F(ShortcutRecorderTest, ShowsWhatIsStored) {
     EXPECT_EQ(recorder->accessibleName(), u"⇧⌘V"); // the default
-    for (const auto& [keyCode, modifiers, shown] : {std::tuple(122, 6912, "⌃⌥⇧⌘F1"),
-                                                    {8, 4096, "⌃C"},
-                                                    {23, 0, "5"},
-                                                    {36, 512, "⇧↩"},
-                                                    {49, 2048, "⌥␣"},
-                                                    {126, 256, "⌘↑"},
-                                                    {10, 256, "⌘10"}}) {
-        defaults.setInteger(SettingsKeys::hotkeyKeyCode, keyCode);
-        defaults.setInteger(SettingsKeys::hotkeyModifiers, modifiers);
-        EXPECT_EQ(recorder->accessibleName(), QString::fromUtf8(shown));
+    for (const char* row :
+         {"122 6912 ⌃⌥⇧⌘F1", "8 4096 ⌃C", "23 0 5", "36 512 ⇧↩", "49 2048 ⌥␣", "126 256 ⌘↑", "10 256 ⌘10"}) {
+        const QStringList words = QString::fromUtf8(row).split(u' ');
+        defaults.setObject(SettingsKeys::hotkeyKeyCode, words[0]);
+        defaults.setObject(SettingsKeys::hotkeyModifiers, words[1]);
+        EXPECT_EQ(recorder->accessibleName(), words[2]);
     }
 }
 
