@@ -85,21 +85,16 @@ TEST_F(Window, EveryHundredthOpeningMayCheckForUpdates) {
     UpdateChecker checker({defaults, desktop, desktop}, QUrl(), {});
     UpdateChecker::install(checker);
     const auto now = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
-    struct Case {
-        qint64 opening;
-        double secondsSinceCheck;
-        int checks;
-    };
-    for (const Case& at : {Case{99, 1e6, 0}, Case{100, 1e6, 1}, Case{200, 86'400, 1}, Case{300, 86'340, 0},
-                           Case{300, -1e6, 0}}) {
-        defaults.setInteger(SettingsKeys::corvattoHistoryWindowOpenCount, at.opening - 1);
-        defaults.setNumber(SettingsKeys::corvattoLastUpdateCheckAt, now - at.secondsSinceCheck);
+    for (const auto& [opening, secondsSinceCheck, checks] :
+         {std::tuple(99, 1e6, 0), {100, 1e6, 1}, {200, 86'400, 1}, {300, 86'340, 0}, {300, -1e6, 0}}) {
+        defaults.setInteger(SettingsKeys::corvattoHistoryWindowOpenCount, opening - 1);
+        defaults.setNumber(SettingsKeys::corvattoLastUpdateCheckAt, now - secondsSinceCheck);
         test::CapturedOutput output;
         controller.show(); // visible already, from the second time on
-        EXPECT_EQ(defaults.integer(SettingsKeys::corvattoHistoryWindowOpenCount), at.opening);
+        EXPECT_EQ(defaults.integer(SettingsKeys::corvattoHistoryWindowOpenCount), opening);
         // A check of nothing fails as soon as the event loop runs, and says so in print only.
         test::eventually([&] { return !output.text().isEmpty(); }, std::chrono::milliseconds(100));
-        EXPECT_EQ(output.text().count("ERROR (manual=false)"), at.checks) << at.opening;
+        EXPECT_EQ(output.text().count("ERROR (manual=false)"), checks) << opening;
     }
     EXPECT_TRUE(desktop.shown.empty());
     presenter.hasScreen = false;
