@@ -144,7 +144,7 @@ TEST_F(CopyTest, TheSourceIsTheApplicationInFront) {
     x.type("own words");
     x.key("ctrl+a ctrl+c");
     ASSERT_TRUE(soonStored("own words"));
-    EXPECT_EQ(database.find("own words")->sourceApp, "corvatto");
+    EXPECT_EQ(database.find("own words")->sourceApp, "Corvatto");
     const struct {
         QByteArray windowClass, desktopEntry, name;
     } cases[] = {{"Falcon", "", "falcon Writer"},
