@@ -67,9 +67,26 @@ void ClipboardStore::deleteAll() {
     }
     m_retention->forgetCount();
     deleteImageDirectories();
-    // The pages are free now, and still hold what was copied.
-    if (const auto eraseError = executeSql(m_db, eraseFreePagesSql)) {
-        printLine(QStringLiteral("[ClipboardStore] ERROR: deleteAll failed: ") + *eraseError);
+    eraseFreePages();
+}
+
+// Cleared contents are in pages that are free now. Whoever was killed between the two leaves it to the next
+// opening.
+void ClipboardStore::eraseFreePages() {
+    if (const auto error = executeSql(m_db, eraseFreePagesSql)) {
+        printLine(QStringLiteral("[ClipboardStore] ERROR: deleteAll failed: ") + *error);
+    }
+}
+
+void ClipboardStore::eraseIfCleared() {
+    constexpr char wasClearedSql[] = "SELECT 1 FROM pragma_freelist_count WHERE freelist_count > 0 "
+                                     "AND NOT EXISTS (SELECT 1 FROM clipboard_items)";
+    bool wasCleared = false;
+    if (SqliteStatement query(m_db, wasClearedSql); query.isPrepared()) {
+        wasCleared = query.step() == SQLITE_ROW;
+    }
+    if (wasCleared) {
+        eraseFreePages();
     }
 }
 

@@ -99,6 +99,8 @@ private:
     bool insert(const Capture& capture, qint64 time);
 
     void deleteImageDirectories() const;
+    void eraseFreePages();
+    void eraseIfCleared();
     SearchResult fetch(const std::optional<QString>& searchQuery, int limit, Found found);
     QList<ClipboardItem> withoutDue(QList<ClipboardItem> items) const;
 

@@ -105,6 +105,7 @@ void ClipboardStore::openDatabase() {
     migrateAddSourceApp();
     migrateAddContentType();
     migrateAddThumbnailPath();
+    eraseIfCleared();
     ensureImageDirectories();
 }
 

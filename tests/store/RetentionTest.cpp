@@ -160,17 +160,23 @@ TEST_F(Retention, GoesOnAfterAFileThatCannotBeRemovedAndClearingTakesAllButTheId
     EXPECT_FALSE(QFileInfo::exists(thumbnailFile(u"a"_qs)) || QFileInfo::exists(thumbnailFile(u"b"_qs)));
     EXPECT_EQ(contents(), texts({"new"}));
 
+    const auto expectNothingLeft = [this] {
+        EXPECT_EQ(contents(), QStringList());
+        for (const char* file : {"Corvatto/corvatto.sqlite3", "Corvatto/corvatto.sqlite3-wal"}) {
+            QFile bytes(path(file));
+            EXPECT_TRUE(bytes.open(QIODevice::ReadOnly) && bytes.size() < 200'000) << file;
+            EXPECT_FALSE(bytes.readAll().contains("s3cret")) << file;
+        }
+    };
     record(u"s3cret"_qs.repeated(100'000));
     store->deleteAll();
-    EXPECT_EQ(contents(), QStringList());
-    for (const char* file : {"Corvatto/corvatto.sqlite3", "Corvatto/corvatto.sqlite3-wal"}) {
-        QFile bytes(path(file));
-        EXPECT_TRUE(bytes.open(QIODevice::ReadOnly) && bytes.size() < 200'000) << file;
-        EXPECT_FALSE(bytes.readAll().contains("s3cret")) << file;
-    }
+    expectNothingLeft();
     EXPECT_FALSE(QFileInfo::exists(store->imagesDir()) || QFileInfo::exists(store->thumbnailsDir()));
-    record(u"after"_qs);
+    record(u"s3cret"_qs.repeated(100'000));
     EXPECT_EQ(sql("SELECT id FROM clipboard_items"), texts({"5"}));
+    sql("PRAGMA secure_delete = FAST; DELETE FROM clipboard_items"); // and killed before the rest
+    open();
+    expectNothingLeft();
 }
 
 } // namespace
