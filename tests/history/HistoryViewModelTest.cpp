@@ -18,7 +18,7 @@ TEST_F(ViewModel, AnySelectionMayBeMovedAndCopied) {
     EXPECT_EQ(selected(), u"A") << "the last one";
 
     viewModel.setSelectedItemId(4711); // nothing that is on show
-    viewModel.moveUp();
+    viewModel.moveDown();
     viewModel.selectAndCopy();
     EXPECT_EQ(viewModel.selectedItemId(), 4711);
     EXPECT_EQ(pasteboard.count, 1);
