@@ -137,16 +137,8 @@ XClient::Window XClient::windowToShow() {
     return XCB_NONE;
 }
 
-XClient::Window XClient::clipboardOwner() {
-    const auto cookie = xcb_get_selection_owner(raw(), atom("CLIPBOARD"));
-    return owned(xcb_get_selection_owner_reply(raw(), cookie, nullptr))->owner;
-}
-
 void XClient::own(const QByteArray& selection) {
-    const Window owner = xcb_generate_id(raw());
-    xcb_create_window(raw(), XCB_COPY_FROM_PARENT, owner, root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                      XCB_COPY_FROM_PARENT, 0, nullptr);
-    xcb_set_selection_owner(raw(), owner, atom(selection), XCB_CURRENT_TIME);
+    xcb_set_selection_owner(raw(), createMessageWindow(), atom(selection), XCB_CURRENT_TIME);
     sync();
 }
 

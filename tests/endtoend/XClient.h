@@ -48,7 +48,7 @@ public:
     bool takeRequestsToShow();
     Window windowToShow(); // that it is asked to show since the last look; 0 when there is none
 
-    Window clipboardOwner(); // 0 when the clipboard is empty
+    Window clipboardOwner() { return selectionOwner("CLIPBOARD"); } // 0 when the clipboard is empty
     void clearClipboard();
     void own(const QByteArray& selection); // and answer nobody who asks for it
 

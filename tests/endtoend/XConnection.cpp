@@ -22,12 +22,26 @@ QByteArray XConnection::name(xcb_atom_t atom) const {
     return {xcb_get_atom_name_name(reply.get()), xcb_get_atom_name_name_length(reply.get())};
 }
 
-QByteArray XConnection::property(xcb_window_t window, const char* name) const {
-    const auto cookie = xcb_get_property(raw(), 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, 4096);
+QByteArray XConnection::property(xcb_window_t window, const char* name, bool isTaken) const {
+    const auto cookie =
+        xcb_get_property(raw(), isTaken, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, 1 << 24);
     const auto reply = owned(xcb_get_property_reply(raw(), cookie, nullptr));
-    return reply ? QByteArray(static_cast<const char*>(xcb_get_property_value(reply.get())),
-                              xcb_get_property_value_length(reply.get()))
-                 : QByteArray();
+    return reply && reply->type != XCB_ATOM_NONE
+               ? QByteArray(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                            xcb_get_property_value_length(reply.get()))
+               : QByteArray();
+}
+
+xcb_window_t XConnection::createMessageWindow() const {
+    const xcb_window_t window = xcb_generate_id(raw());
+    xcb_create_window(raw(), XCB_COPY_FROM_PARENT, window, root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      XCB_COPY_FROM_PARENT, 0, nullptr);
+    return window;
+}
+
+xcb_window_t XConnection::selectionOwner(const QByteArray& selection) const {
+    const auto cookie = xcb_get_selection_owner(raw(), atom(selection));
+    return owned(xcb_get_selection_owner_reply(raw(), cookie, nullptr))->owner;
 }
 
 void XConnection::sync() const {

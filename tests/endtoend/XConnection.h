@@ -26,8 +26,10 @@ public:
     const xcb_screen_t& screen() const { return *m_screen; }
     xcb_atom_t atom(const QByteArray& name) const;
     QByteArray name(xcb_atom_t atom) const;
-    // The first 16 KiB of a property; empty when there is none, or no window.
-    QByteArray property(xcb_window_t window, const char* name) const;
+    // Null when there is no such property, or no window. Taking it deletes it, as who waits for it does.
+    QByteArray property(xcb_window_t window, const char* name, bool isTaken = false) const;
+    xcb_window_t createMessageWindow() const;                       // which is never shown
+    xcb_window_t selectionOwner(const QByteArray& selection) const; // 0 when it has none
     void sync() const; // waits until the server has taken all requests
 
 private:
