@@ -26,9 +26,12 @@ protected:
         ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly));
         file.write(content);
     }
-    QString name(const char* windowClass, const QStringList& languages = {}) const {
-        DesktopEntries entries({user, system}, languages);
+    static QString nameIn(DesktopEntries& entries, const char* windowClass) {
         return entries.nameForWindowClass(QString::fromUtf8(windowClass)).value_or(QStringLiteral("(none)"));
+    }
+    QString name(const char* windowClass, const char* languages = "") const {
+        DesktopEntries entries({user, system}, QString::fromUtf8(languages).split(u' '));
+        return nameIn(entries, windowClass);
     }
 };
 
@@ -36,12 +39,9 @@ TEST_F(Entries, TheNameIsTheOneOfTheFirstLanguageThatHasOne) {
     write(system, "editor.desktop",
           "# Name=comment\n[Desktop Entry]\nName[zh]=编辑\nName = Editor \nName[zh_CN]=编辑器\n"
           "Name[de]=Bearbeiter\nGenericName=Text\n[Desktop Action new]\nName=New Window\nName[fr]=Neuf\n");
-    const auto in = [this](const char* languages) {
-        return name("editor", QString::fromUtf8(languages).split(u' '));
-    };
-    EXPECT_EQ(in("zh_CN zh"), u"编辑器");
-    EXPECT_EQ(in("zh_TW zh zh_CN"), u"编辑");
-    EXPECT_EQ(in("fr"), u"Editor") << "an action's name is not the application's";
+    EXPECT_EQ(name("editor", "zh_CN zh"), u"编辑器");
+    EXPECT_EQ(name("editor", "zh_TW zh zh_CN"), u"编辑");
+    EXPECT_EQ(name("editor", "fr"), u"Editor") << "an action's name is not the application's";
 }
 
 TEST_F(Entries, EntriesAreFoundByFileNameBeforeDeclaredClassAndTheUsersFirst) {
@@ -62,24 +62,17 @@ TEST_F(Entries, WhatIsInstalledLaterIsFoundWhenItsDirectoryHasChanged) {
     write(system, "kde/other.desktop", "[Desktop Entry]\nName=Other\n");
     const fs::path folder = system.toStdString(), subfolder = folder / "kde";
     const auto before = fs::file_time_type::clock::now() - std::chrono::hours(1);
-    const auto isUnchanged = [&](const fs::path& path) {
-        fs::last_write_time(path, before);
-    };
-    isUnchanged(folder);
-    isUnchanged(subfolder);
+    fs::last_write_time(folder, before);
+    fs::last_write_time(subfolder, before);
     DesktopEntries entries({user, system}, {});
-    const auto found = [&](const char* name) {
-        return entries.nameForWindowClass(QString::fromLatin1(name)).value_or(QStringLiteral("(none)"));
-    };
-    EXPECT_EQ(found("Player"), u"(none)");
-    write(QString::fromStdString(subfolder.string()), "player.desktop",
-          "[Desktop Entry]\nName=Songs\nStartupWMClass=Player\n");
-    isUnchanged(subfolder);
-    EXPECT_EQ(found("Player"), u"(none)") << "no file is looked at while no directory changes";
+    EXPECT_EQ(nameIn(entries, "Player"), u"(none)");
+    write(system, "kde/player.desktop", "[Desktop Entry]\nName=Songs\nStartupWMClass=Player\n");
+    fs::last_write_time(subfolder, before);
+    EXPECT_EQ(nameIn(entries, "Player"), u"(none)") << "no file is looked at while no directory changes";
     fs::last_write_time(subfolder, before + std::chrono::minutes(1));
-    EXPECT_EQ(found("Player"), u"Songs");
+    EXPECT_EQ(nameIn(entries, "Player"), u"Songs");
     write(user, "player.desktop", "[Desktop Entry]\nName=Mine\n"); // with the directory, which was missing
-    EXPECT_EQ(found("Player"), u"Mine");
+    EXPECT_EQ(nameIn(entries, "Player"), u"Mine");
 }
 
 TEST_F(Entries, WhatAWindowSaysOfItselfLeadsNowhereElse) {

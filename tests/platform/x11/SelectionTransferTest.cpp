@@ -16,7 +16,8 @@ class SelectionTransferTest : public X11Test {
 protected:
     SelectionTransferTest() {
         waitForServer();
-        other->watchProperties(requestor);
+        const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(other->raw(), requestor, XCB_CW_EVENT_MASK, &events);
         other->copy({});
     }
 

@@ -34,10 +34,6 @@ public:
     std::function<void(xcb_atom_t)> onDeletion = [](xcb_atom_t /*property*/) {
     }; // of a window it watches
 
-    void watchProperties(xcb_window_t of) const {
-        const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_change_window_attributes(raw(), of, XCB_CW_EVENT_MASK, &events);
-    }
     void own(const char* selection, xcb_window_t owner, xcb_timestamp_t time = XCB_CURRENT_TIME) const {
         xcb_set_selection_owner(raw(), owner, atom(selection), time);
         sync();
