@@ -11,18 +11,22 @@ using Opening = test::StoreTest;
 TEST_F(Opening, SaysWhatIsInTheWayAndLeavesItAlone) {
     const QByteArray diary = QByteArray("Dear diary, ").repeated(1000);
     const QByteArray images = path("Corvatto/images").toUtf8();
+    const QByteArray failing = "# ERROR: Prepare insert failed: ?# ERROR: Prepare file insert failed: ?"
+                               "# ERROR: Prepare image insert failed: ?# ERROR: Query failed: ?"
+                               "# ERROR: deleteAll failed: ";
     struct Case {
-        const char* inTheWay;
+        const char* inTheWay;           // a file, or a directory
         QByteArray opening, operations; // with "#" for the program's name, and "?" for what is wrong
+        QByteArray wrong = "file is not a database\n";
     };
     for (Case each : {
              Case{"Corvatto", "# ERROR: Failed to create database directory: Not a directory\n", ""},
              Case{"Corvatto/corvatto.sqlite3",
                   "# ERROR: Failed to create table: ?# Migration add source_app: ?"
                   "# Migration add content_type: ?# Migration add thumbnail_path: ?",
-                  "# ERROR: Prepare insert failed: ?# ERROR: Prepare file insert failed: ?"
-                  "# ERROR: Prepare image insert failed: ?# ERROR: Query failed: ?# ERROR: deleteAll failed: "
-                  "?"},
+                  failing + '?'},
+             Case{"Corvatto/corvatto.sqlite3/", "# ERROR: Failed to open database: ?", failing + "unknown\n",
+                  "unable to open database file\n"},
              Case{"Corvatto/images",
                   "# ERROR: Cannot create " + images + ": Not a directory (code 20, path " + images + ")\n",
                   ""},
@@ -30,17 +34,17 @@ TEST_F(Opening, SaysWhatIsInTheWayAndLeavesItAlone) {
          }) {
         SCOPED_TRACE(::testing::PrintToString(each.inTheWay));
         for (QByteArray* lines : {&each.opening, &each.operations}) {
-            lines->replace("#", "[ClipboardStore]").replace("?", "file is not a database\n");
+            lines->replace("#", "[ClipboardStore]").replace("?", each.wrong);
         }
         QDir(path("Corvatto")).removeRecursively();
         QFile::remove(path("Corvatto"));
         QFile file(path(each.inTheWay));
         QDir().mkpath(QFileInfo(file).path());
-        const bool isFile = each.inTheWay != nullptr;
+        const bool isFile = !QByteArray(each.inTheWay).isEmpty() && !file.fileName().endsWith(u'/');
         ASSERT_TRUE(!isFile || (file.open(QIODevice::WriteOnly) && file.write(diary) > 0));
         file.close();
         test::CapturedOutput output;
-        isFile ? open() : openAt({});
+        openAt(each.inTheWay != nullptr ? home.path() : QString());
         EXPECT_EQ(output.text(), each.opening);
         store->insertOrUpdate(u"text"_qs, {});
         store->insertOrUpdateFile({u"/file"_qs}, {});

@@ -36,7 +36,8 @@ TEST_F(Recording, CountsARepeatedTextOnItsOneEntry) {
     store->incrementCopyCount(1);
     store->incrementCopyCount(99);
     EXPECT_EQ(contents(), QStringList({text, u"second"_qs}));
-    EXPECT_EQ(sql("SELECT copy_count, source_app FROM clipboard_items"), texts({"3|", "1|Editor"}));
+    EXPECT_EQ(sql("SELECT copy_count, source_app, first_copied_at FROM clipboard_items"),
+              texts({"3||1700000000", "1|Editor|1700000061"}));
 }
 
 TEST_F(Recording, KeepsImagesAndFilesAsTheirKinds) {
