@@ -97,6 +97,11 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
                            QUrl::fromLocalFile(QStringLiteral("/"))};
     copy({urls, picture(), {}, {}, {}}); // files come with icons
     EXPECT_EQ(newest().content.prefix(), u"/a/folder\n/");
+
+    store.deleteAll();
+    ASSERT_TRUE(QFile(store.imagesDir()).open(QIODevice::WriteOnly)); // in the way
+    copy({{}, picture(), {}, {}, QStringLiteral("caption")});
+    EXPECT_EQ(newest().content.prefix(), u"caption") << "stands in for an image that cannot be saved";
 }
 
 TEST_F(Monitor, LooksAtOnceWhenItIsAskedTo) {

@@ -1,6 +1,7 @@
 // The recorder control, with real key events sent to its window.
 #include "hotkey/ShortcutRecorder.h"
 #include "settings/SettingsKeys.h"
+#include "support/Eventually.h"
 #include "support/FakeUserDefaults.h"
 #include "support/Printing.h"
 
@@ -47,6 +48,12 @@ TEST_F(ShortcutRecorderTest, ASecondClickLosingTheFocusAndClosingChangeNothing) 
         QTest::mouseClick(recorder, Qt::LeftButton);
         EXPECT_EQ(recorder->isRecording(), starts);
     }
+    const QImage idle = recorder->grab().toImage();
+    QTest::mouseClick(recorder, Qt::LeftButton);
+    QTest::keyClick(window.windowHandle(), Qt::Key_Meta, Qt::ShiftModifier);
+    EXPECT_TRUE(recorder->isRecording()) << "modifiers alone are nothing";
+    EXPECT_NE(recorder->grab().toImage(), idle);
+    EXPECT_TRUE(eventually([this] { return !recorder->isRecording(); })) << "until time is up";
     recorder->setFocus(); // by the keyboard: recording without a time limit
     EXPECT_TRUE(recorder->isRecording());
     field->setFocus();
