@@ -6,8 +6,11 @@
 #include "settings/SettingsKeys.h"
 #include "update/UpdateChecker.h"
 
+#include <QWindow>
+
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <limits>
 
 namespace corvatto {
@@ -15,6 +18,8 @@ namespace {
 
 // The number of openings after which an automatic check for updates may run.
 constexpr qint64 openingsBetweenChecks = 100;
+
+constexpr std::chrono::seconds longestWaitForPanel{1};
 
 // The digit keys in the order of the entries that they copy.
 constexpr std::array<quint16, 9> digitKeys{key1, key2, key3, key4, key5, key6, key7, key8, key9};
@@ -30,6 +35,8 @@ HistoryWindowController::HistoryWindowController(HistoryViewModel& viewModel, Pa
                                                  const RelativeDateTimeFormatter& relativeTimes)
     : m_viewModel(viewModel), m_pasteboard(pasteboard), m_presenter(presenter), m_defaults(defaults),
       m_relativeTimes(relativeTimes) {
+    m_countTimer.setSingleShot(true);
+    m_countTimer.callOnTimeout(this, &HistoryWindowController::countOpenings);
     m_viewModel.onDismiss = [self = QPointer(this)] {
         if (self && self->m_window) {
             self->hide();
@@ -37,7 +44,9 @@ HistoryWindowController::HistoryWindowController(HistoryViewModel& viewModel, Pa
     };
 }
 
-HistoryWindowController::~HistoryWindowController() = default;
+HistoryWindowController::~HistoryWindowController() {
+    countOpenings();
+}
 
 void HistoryWindowController::createWindow() {
     m_view = new HistoryView(m_viewModel, m_pasteboard, m_relativeTimes);
@@ -63,6 +72,27 @@ void HistoryWindowController::hide() {
 }
 
 void HistoryWindowController::trackWindowOpen() {
+    // Storing may take as long as the disk likes, so the panel is painted first. One that is on the screen
+    // already, or does not get there soon, is counted all the same.
+    ++m_uncountedOpenings;
+    m_window->windowHandle()->installEventFilter(this);
+    m_countTimer.start(longestWaitForPanel);
+}
+
+bool HistoryWindowController::eventFilter(QObject* /*watched*/, QEvent* event) {
+    if (event->type() == QEvent::Expose && m_countTimer.isActive()) {
+        m_countTimer.start(0); // the window paints in this event
+    }
+    return false;
+}
+
+void HistoryWindowController::countOpenings() {
+    for (; m_uncountedOpenings > 0; --m_uncountedOpenings) {
+        countOpening();
+    }
+}
+
+void HistoryWindowController::countOpening() {
     const QString& openCountKey = SettingsKeys::corvattoHistoryWindowOpenCount;
     const qint64 stored = m_defaults.integer(openCountKey);
     const qint64 count = stored < std::numeric_limits<qint64>::max() ? stored + 1 : 1;

@@ -9,6 +9,8 @@
 #include "platform/WindowPresenter.h"
 #include "ui/LocalKeyMonitor.h"
 
+#include <QTimer>
+
 #include <memory>
 
 namespace corvatto {
@@ -34,10 +36,14 @@ public:
     // counts nothing.
     void show();
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void createWindow();
     void hide();
     void trackWindowOpen();
+    void countOpenings();
+    void countOpening();
     bool handleKey(const KeyEvent& event);
     void handleCommandC();
 
@@ -49,6 +55,8 @@ private:
     std::unique_ptr<FloatingPanel> m_window;
     HistoryView* m_view = nullptr; // inside the panel
     std::unique_ptr<LocalKeyMonitor> m_localEventMonitor;
+    QTimer m_countTimer;
+    int m_uncountedOpenings = 0;
 };
 
 } // namespace corvatto
