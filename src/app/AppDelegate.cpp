@@ -52,6 +52,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     m_platform.presenter.becomeAccessory();
     registerLaunchDefaults(m_environment.defaults);
+    m_settingsReport.emplace(m_environment.defaults);
 
     HistoryViewModel& model = viewModel();
     model.monitor = &monitor();

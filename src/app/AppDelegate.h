@@ -13,10 +13,12 @@
 #include "platform/RelativeDateTimeFormatter.h"
 #include "platform/UserDefaults.h"
 #include "settings/Preferences.h"
+#include "settings/SettingsReport.h"
 #include "store/ClipboardStore.h"
 #include "ui/LocalKeyMonitor.h"
 
 #include <memory>
+#include <optional>
 
 namespace corvatto {
 
@@ -65,6 +67,7 @@ private:
 
     bool m_isConfirmingClearAll = false;
     Environment m_environment;
+    std::optional<SettingsReport> m_settingsReport;
     Platform m_platform;
     Preferences m_preferences;
     ClipboardStore m_store;

@@ -2,10 +2,9 @@
 
 #include "base/FilePath.h"
 #include "capture/ImageStorage.h"
-#include "settings/SettingsKeys.h"
+#include "settings/PollingInterval.h"
 #include "store/ContentHash.h"
 
-#include <algorithm>
 
 namespace corvatto {
 namespace {
@@ -61,12 +60,8 @@ void ClipboardMonitor::ignoreCurrentContent() {
 }
 
 std::chrono::milliseconds ClipboardMonitor::effectiveInterval() const {
-    constexpr double shortest = 0.1; // seconds
-    constexpr double longest = 5.0;  // seconds
-    const double stored = m_defaults.number(SettingsKeys::clipboardPollingInterval);
-    const double seconds =
-        stored <= 0 ? SettingsKeys::defaultClipboardPollingInterval : std::clamp(stored, shortest, longest);
-    return std::chrono::round<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+    return std::chrono::round<std::chrono::milliseconds>(
+        std::chrono::duration<double>(pollingInterval(m_defaults)));
 }
 
 void ClipboardMonitor::scheduleTimer() {

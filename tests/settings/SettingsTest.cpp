@@ -1,7 +1,9 @@
 #include "settings/LaunchDefaults.h"
 #include "settings/Preferences.h"
 #include "settings/SettingsKeys.h"
+#include "settings/SettingsReport.h"
 #include "settings/Shortcut.h"
+#include "support/CapturedOutput.h"
 #include "support/FakeUserDefaults.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +32,26 @@ TEST(Settings, DefaultsAreReadAndNotStoredAndWhatDoesNotConvertIsTheDefault) {
         defaults.setObject(number.key, QString::fromLatin1(stored));
         EXPECT_EQ(number.wrappedValue(), expected);
     }
+}
+
+TEST(Settings, AValueThatIsNotUsedIsReportedOnce) {
+    test::FakeUserDefaults defaults;
+    registerLaunchDefaults(defaults);
+    test::CapturedOutput output;
+    const SettingsReport report(defaults);
+    defaults.setNumber(SettingsKeys::clipboardPollingInterval, 0.1);
+    defaults.setInteger(SettingsKeys::maxRetentionDays, -5);
+    defaults.setInteger(SettingsKeys::hotkeyKeyCode, 40);
+    EXPECT_EQ(output.text(), "") << "all of this is used";
+    defaults.setNumber(SettingsKeys::clipboardPollingInterval, 99);
+    QByteArray lines =
+        "[UserDefaults] ERROR: clipboardPollingInterval is 99, not between 0.1 and 5; 5 is used.\n";
+    EXPECT_EQ(output.text(), lines);
+    defaults.setObject(SettingsKeys::maxItemCount, QStringLiteral("many\n"));
+    defaults.setInteger(SettingsKeys::hotkeyModifiers, -1);
+    lines += "[UserDefaults] ERROR: maxItemCount is no number; 0 is used.\n"
+             "[UserDefaults] ERROR: hotkeyModifiers is -1, not a sum of modifiers; 768 is used.\n";
+    EXPECT_EQ(output.text(), lines);
 }
 
 TEST(Settings, TheShortcutIsShownAsItIsStoredAndRegisteredWithDefaults) {
