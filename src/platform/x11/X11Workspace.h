@@ -25,9 +25,7 @@ public:
     bool openURL(const QUrl& url) override;
 
 private:
-    QByteArray property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type) const;
-    template <typename Value>
-    Value value(xcb_window_t window, const char* name, xcb_atom_t type) const;
+    quint32 value(xcb_window_t window, const char* name, xcb_atom_t type) const;
 
     XcbConnection& m_connection;
     DesktopEntries m_entries;

@@ -59,6 +59,25 @@ xcb_atom_t XcbConnection::atom(const QByteArray& name) {
     return atom;
 }
 
+QByteArray XcbConnection::property(xcb_window_t window, const QByteArray& name, xcb_atom_t type) {
+    constexpr quint32 maximumWords = 4096;
+    const auto cookie = xcb_get_property(m_connection, 0, window, atom(name), type, 0, maximumWords);
+    const XcbPointer<xcb_get_property_reply_t> reply(xcb_get_property_reply(m_connection, cookie, nullptr));
+    flush(); // as above
+    if (!reply || reply->type != type) {
+        return {};
+    }
+    return QByteArray(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                      xcb_get_property_value_length(reply.get()));
+}
+
+std::vector<quint32> XcbConnection::values(xcb_window_t window, const QByteArray& name, xcb_atom_t type) {
+    const QByteArray bytes = property(window, name, type);
+    std::vector<quint32> values(static_cast<std::size_t>(bytes.size()) / sizeof(quint32));
+    std::copy_n(bytes.constData(), values.size() * sizeof(quint32), reinterpret_cast<char*>(values.data()));
+    return values;
+}
+
 xcb_window_t XcbConnection::createMessageWindow(quint32 eventMask) {
     const xcb_window_t window = xcb_generate_id(m_connection);
     xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, m_root, -1, -1, 1, 1, 0,

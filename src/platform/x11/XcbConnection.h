@@ -55,6 +55,12 @@ public:
     // Asks the server at the first use of a name.
     xcb_atom_t atom(const QByteArray& name);
 
+    // The property of a window, cut short after 16 KiB; empty when it is missing or of another type. Waits
+    // for the server.
+    QByteArray property(xcb_window_t window, const QByteArray& name, xcb_atom_t type);
+    // The same, as 32-bit values.
+    std::vector<quint32> values(xcb_window_t window, const QByteArray& name, xcb_atom_t type);
+
     // Creates an unmapped window for messages, with the given event mask.
     xcb_window_t createMessageWindow(quint32 eventMask);
 
