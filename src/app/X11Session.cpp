@@ -63,7 +63,7 @@ std::unique_ptr<X11Session> X11Session::open() {
 }
 
 X11Session::X11Session(std::unique_ptr<XcbConnection> connection)
-    : m_connection(std::move(connection)), m_workspace(*m_connection),
+    : m_connection(std::move(connection)), m_screens(*m_connection, m_qtScreens), m_workspace(*m_connection),
       m_pasteboard(*m_connection, [this](xcb_window_t owner) { return m_workspace.nameOfCopySource(owner); }),
       m_hotKeyCenter(*m_connection), m_presenter(*m_connection, m_screens), m_tray(*m_connection) {
     QObject::connect(m_connection.get(), &XcbConnection::disconnected, qApp, [] {

@@ -6,6 +6,7 @@
 #include "platform/qt/QtScreens.h"
 #include "platform/x11/X11HotKeyCenter.h"
 #include "platform/x11/X11Pasteboard.h"
+#include "platform/x11/X11Screens.h"
 #include "platform/x11/X11Tray.h"
 #include "platform/x11/X11WindowPresenter.h"
 #include "platform/x11/X11Workspace.h"
@@ -38,7 +39,8 @@ private:
     explicit X11Session(std::unique_ptr<XcbConnection> connection);
 
     std::unique_ptr<XcbConnection> m_connection;
-    QtScreens m_screens;
+    QtScreens m_qtScreens;
+    X11Screens m_screens;
     X11Workspace m_workspace;
     X11Pasteboard m_pasteboard;
     X11HotKeyCenter m_hotKeyCenter;
