@@ -6,17 +6,10 @@
 #include <QEvent>
 #include <QWindow>
 
-#include <algorithm>
 #include <chrono>
 
 namespace corvatto {
 namespace {
-
-// Requests about Qt's windows go over Qt's connection, so that they reach the server in order with Qt's own.
-xcb_connection_t* qtConnection() {
-    const auto* native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return native != nullptr ? native->connection() : nullptr;
-}
 
 constexpr quint32 everyDesktop = 0xFFFFFFFF;
 
@@ -24,12 +17,17 @@ constexpr quint32 everyDesktop = 0xFFFFFFFF;
 // as input to our windows.
 constexpr quint32 sourceUser = 2;
 
+// A request too many is harmless; a window manager that goes on refusing is left alone.
+constexpr int placingAttempts = 5;
 constexpr int remapAttempts = 5;
 
 } // namespace
 
 X11WindowPresenter::X11WindowPresenter(XcbConnection& connection, Screens& screens)
-    : m_connection(connection), m_screens(screens) {
+    : m_connection(connection), m_screens(screens), m_windowManager(connection) {
+    m_placingTimer.setSingleShot(true);
+    m_placingTimer.setInterval(0);
+    m_placingTimer.callOnTimeout(this, &X11WindowPresenter::keepInPlace);
     m_remapTimer.setSingleShot(true);
     m_remapTimer.setInterval(std::chrono::milliseconds(500));
     m_remapTimer.callOnTimeout(this, &X11WindowPresenter::remapIfLost);
@@ -47,16 +45,38 @@ void X11WindowPresenter::becomeAccessory() {
 }
 
 bool X11WindowPresenter::eventFilter(QObject* watched, QEvent* event) {
-    // A widget receives this event before its window is mapped.
-    if (event->type() != QEvent::Show || event->spontaneous() || !watched->isWidgetType()) {
-        return false;
-    }
-    const auto& widget = static_cast<const QWidget&>(*watched);
-    const bool isMainOrDialog = widget.windowType() == Qt::Window || widget.windowType() == Qt::Dialog;
-    if (widget.isWindow() && isMainOrDialog && watched != m_panel) {
-        writeStates(widget, panelStates().data() + 2, 2);
+    switch (event->type()) {
+    case QEvent::Show: // a widget receives it before its window is mapped
+        if (!event->spontaneous() && watched->isWidgetType()) {
+            prepareWindow(static_cast<QWidget&>(*watched));
+        }
+        break;
+    case QEvent::Move:
+    case QEvent::Resize:
+        if (watched == m_panel) {
+            m_placingTimer.start(); // after the other of the two
+        }
+        break;
+    case QEvent::Expose:
+        if (m_toFocus && watched == m_toFocus->windowHandle()) {
+            focusWhenShown(*m_toFocus);
+        }
+        break;
+    default:
+        break;
     }
     return false;
+}
+
+void X11WindowPresenter::prepareWindow(QWidget& window) {
+    const bool isMainOrDialog = window.windowType() == Qt::Window || window.windowType() == Qt::Dialog;
+    if (!window.isWindow() || !isMainOrDialog || &window == m_panel) {
+        return;
+    }
+    writeStates(window, panelStates().data() + 2, 2);
+    if (!m_windowManager.activatesWindows()) {
+        focusWhenShown(window);
+    }
 }
 
 bool X11WindowPresenter::showPanel(QWidget& panel) {
@@ -67,7 +87,7 @@ bool X11WindowPresenter::showPanel(QWidget& panel) {
     m_panel = &panel;
     place(*screen);
     if (!panel.isVisible()) { // the window manager owns the states of a mapped window
-        prepareStatesOfPanel();
+        preparePanel();
     }
     panel.show();
     panel.raise();
@@ -81,12 +101,42 @@ void X11WindowPresenter::hidePanel(QWidget& panel) {
 }
 
 void X11WindowPresenter::activate(QWidget& window) {
-    sendToWindowManager(window, "_NET_ACTIVE_WINDOW", {sourceUser, XCB_CURRENT_TIME, 0, 0, 0});
+    requestFocus(window);
+}
+
+void X11WindowPresenter::requestFocus(QWidget& window) {
+    if (m_windowManager.activatesWindows()) {
+        m_windowManager.send(window, "_NET_ACTIVE_WINDOW", {sourceUser, XCB_CURRENT_TIME, 0, 0, 0});
+    } else {
+        focusWhenShown(window);
+    }
+}
+
+// Without a window manager that does so. The server refuses the keyboard to a window that is not on the
+// screen.
+void X11WindowPresenter::focusWhenShown(QWidget& window) {
+    m_toFocus = &window;
+    xcb_connection_t* raw = X11WindowManager::qtConnection();
+    if (raw != nullptr && window.windowHandle() != nullptr && window.windowHandle()->isExposed()) {
+        m_toFocus = nullptr;
+        xcb_set_input_focus(raw, XCB_INPUT_FOCUS_PARENT, static_cast<xcb_window_t>(window.winId()),
+                            XCB_CURRENT_TIME);
+        xcb_flush(raw);
+    }
 }
 
 void X11WindowPresenter::place(const Screen& screen) {
     m_screenOrigin = screen.frame.topLeft();
-    m_panel->setGeometry(panelFrame(screen.visibleFrame));
+    m_place = panelFrame(screen.visibleFrame);
+    m_placingAttemptsLeft = placingAttempts;
+    m_panel->setGeometry(m_place);
+}
+
+void X11WindowPresenter::keepInPlace() {
+    if (m_panel && m_panel->isVisible() && m_panel->geometry() != m_place && m_placingAttemptsLeft > 0) {
+        --m_placingAttemptsLeft;
+        m_panel->setGeometry(m_place);
+    }
 }
 
 void X11WindowPresenter::placeAgain() {
@@ -97,14 +147,17 @@ void X11WindowPresenter::placeAgain() {
     }
 }
 
-void X11WindowPresenter::prepareStatesOfPanel() {
-    xcb_connection_t* raw = qtConnection();
+void X11WindowPresenter::preparePanel() {
+    xcb_connection_t* raw = X11WindowManager::qtConnection();
     if (raw == nullptr) {
         return;
     }
     const auto window = static_cast<xcb_window_t>(m_panel->winId());
     const auto states = panelStates();
     writeStates(*m_panel, states.data(), states.size());
+    const xcb_atom_t type = m_windowManager.typeOfPanel();
+    xcb_change_property(raw, XCB_PROP_MODE_REPLACE, window, m_connection.atom("_NET_WM_WINDOW_TYPE"),
+                        XCB_ATOM_ATOM, 32, 1, &type);
     xcb_change_property(raw, XCB_PROP_MODE_REPLACE, window, m_connection.atom("_NET_WM_DESKTOP"),
                         XCB_ATOM_CARDINAL, 32, 1, &everyDesktop);
     // The user's own key opens the panel, so focus-stealing prevention must not hold it back. Without a time
@@ -115,7 +168,7 @@ void X11WindowPresenter::prepareStatesOfPanel() {
 
 void X11WindowPresenter::writeStates(const QWidget& window, const xcb_atom_t* states, quint32 count) const {
     // Window managers drop the states of a hidden window. Qt adds its own to those it finds.
-    if (xcb_connection_t* raw = qtConnection()) {
+    if (xcb_connection_t* raw = X11WindowManager::qtConnection()) {
         xcb_change_property(raw, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()),
                             m_connection.atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, count, states);
     }
@@ -127,10 +180,10 @@ void X11WindowPresenter::requestStatesAndFocus() {
     constexpr quint32 add = 1;
     const auto states = panelStates();
     for (std::size_t i = 0; i < states.size(); i += 2) { // a message takes two
-        sendToWindowManager(*m_panel, "_NET_WM_STATE", {add, states[i], states[i + 1], sourceUser, 0});
+        m_windowManager.send(*m_panel, "_NET_WM_STATE", {add, states[i], states[i + 1], sourceUser, 0});
     }
-    sendToWindowManager(*m_panel, "_NET_WM_DESKTOP", {everyDesktop, sourceUser, 0, 0, 0});
-    activate(*m_panel);
+    m_windowManager.send(*m_panel, "_NET_WM_DESKTOP", {everyDesktop, sourceUser, 0, 0, 0});
+    requestFocus(*m_panel);
     m_remapTimer.start();
 }
 
@@ -143,12 +196,12 @@ void X11WindowPresenter::remapIfLost() {
         return;
     }
     --m_remapAttemptsLeft;
-    xcb_map_window(qtConnection(), static_cast<xcb_window_t>(m_panel->winId()));
+    xcb_map_window(X11WindowManager::qtConnection(), static_cast<xcb_window_t>(m_panel->winId()));
     requestStatesAndFocus();
 }
 
 bool X11WindowPresenter::isUnmapped() const {
-    xcb_connection_t* raw = qtConnection();
+    xcb_connection_t* raw = X11WindowManager::qtConnection();
     if (raw == nullptr) {
         return false;
     }
@@ -161,26 +214,6 @@ bool X11WindowPresenter::isUnmapped() const {
 std::array<xcb_atom_t, 4> X11WindowPresenter::panelStates() const {
     return {m_connection.atom("_NET_WM_STATE_ABOVE"), m_connection.atom("_NET_WM_STATE_STICKY"),
             m_connection.atom("_NET_WM_STATE_SKIP_TASKBAR"), m_connection.atom("_NET_WM_STATE_SKIP_PAGER")};
-}
-
-void X11WindowPresenter::sendToWindowManager(QWidget& window, const QByteArray& message,
-                                             const std::array<quint32, 5>& data) const {
-    xcb_connection_t* raw = qtConnection();
-    if (raw == nullptr) {
-        return;
-    }
-    union {
-        xcb_client_message_event_t message;
-        char wire[32];
-    } event{};
-    event.message.response_type = XCB_CLIENT_MESSAGE;
-    event.message.format = 32;
-    event.message.window = static_cast<xcb_window_t>(window.winId());
-    event.message.type = m_connection.atom(message);
-    std::copy(data.begin(), data.end(), event.message.data.data32);
-    xcb_send_event(raw, 0, m_connection.root(),
-                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, event.wire);
-    xcb_flush(raw);
 }
 
 } // namespace corvatto
