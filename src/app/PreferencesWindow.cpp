@@ -3,6 +3,7 @@
 #include "ui/Appearance.h"
 
 #include <QBoxLayout>
+#include <QEvent>
 #include <QScreen>
 
 #include <algorithm>
@@ -35,7 +36,24 @@ void PreferencesWindow::centre() {
     const QRect available = screen()->availableGeometry();
     QRect frame = frameGeometry();
     frame.moveCenter(available.center());
+    m_marginsAtCentre = frameMargins();
     move(frame.topLeft());
+}
+
+// The window manager puts the frame around the window only after it was shown and centred.
+bool PreferencesWindow::event(QEvent* event) {
+    const bool isHandled = QWidget::event(event);
+    const bool mayHaveFrame = event->type() == QEvent::Move || event->type() == QEvent::WindowActivate;
+    if (mayHaveFrame && isVisible() && m_marginsAtCentre && *m_marginsAtCentre != frameMargins()) {
+        centre();
+    }
+    return isHandled;
+}
+
+QMargins PreferencesWindow::frameMargins() const {
+    const QRect inner = geometry(), outer = frameGeometry();
+    return {inner.left() - outer.left(), inner.top() - outer.top(), outer.right() - inner.right(),
+            outer.bottom() - inner.bottom()};
 }
 
 } // namespace corvatto

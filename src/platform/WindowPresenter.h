@@ -30,7 +30,8 @@ public:
 
     virtual void hidePanel(QWidget& panel) = 0;
 
-    // Gives the keyboard to the visible top-level `window`, even while another application is in front.
+    // Brings the visible top-level `window` to the desktop that the user works on, and gives it the keyboard,
+    // even while another application is in front.
     virtual void activate(QWidget& window) = 0;
 };
 

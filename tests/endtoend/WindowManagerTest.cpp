@@ -1,6 +1,9 @@
 // Where the program's windows stand, and who has the keyboard, whatever the window manager does.
 #include "EndToEndTest.h"
 
+#include <array>
+#include <cstring>
+
 namespace corvatto::test {
 
 namespace {
@@ -65,6 +68,20 @@ protected:
     bool soonAt(const QRect& expected) {
         return soon([&] { return x.geometry(panel()) == expected; });
     }
+    // The window with its frame is in the middle of the screen, and has the keyboard.
+    bool preferencesSoonCentred() {
+        const XConnection client(desktop.display());
+        return soon([this, &client] {
+            const auto window = x.activeWindow();
+            const QByteArray extents = client.property(window, "_NET_FRAME_EXTENTS");
+            std::array<quint32, 4> frame{}; // left, right, top and bottom
+            std::memcpy(frame.data(), extents.constData(), std::min(sizeof frame, size_t(extents.size())));
+            const QPoint shift(int(frame[1]) - int(frame[0]), int(frame[3]) - int(frame[2]));
+            const QPoint centre = x.geometry(window).center() + shift / 2;
+            return isInFront("Corvatto Preferences") && frame[2] > 0 &&
+                   (centre - QPoint(640, 550)).manhattanLength() <= 2;
+        });
+    }
 };
 
 } // namespace
@@ -119,6 +136,17 @@ TEST_F(WindowManagerTest, ABarTakesSpaceOfItsMonitorOnly) {
     x.click({300, 100});
     showPanel();
     EXPECT_TRUE(soonAt({50, 660, 590, 440}));
+}
+
+TEST_F(WindowManagerTest, PreferencesComeToTheDesktopAndTheMiddle) {
+    launch();
+    x.key("ctrl+comma");
+    EXPECT_TRUE(preferencesSoonCentred());
+    x.switchDesktop(1);
+    x.click(x.geometry(panel()).topLeft() + QPoint(600, 60));
+    ASSERT_TRUE(soon([this] { return panelHasKeyboard(); }));
+    x.key("ctrl+comma");
+    EXPECT_TRUE(preferencesSoonCentred());
 }
 
 } // namespace corvatto::test

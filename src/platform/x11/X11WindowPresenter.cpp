@@ -101,7 +101,18 @@ void X11WindowPresenter::hidePanel(QWidget& panel) {
 }
 
 void X11WindowPresenter::activate(QWidget& window) {
+    bringToCurrentDesktop(window);
     requestFocus(window);
+}
+
+// Asked to activate a window of another desktop, some window managers do nothing, and some go there.
+void X11WindowPresenter::bringToCurrentDesktop(const QWidget& window) {
+    const auto current = m_connection.values(m_connection.root(), "_NET_CURRENT_DESKTOP", XCB_ATOM_CARDINAL);
+    const auto its =
+        m_connection.values(static_cast<xcb_window_t>(window.winId()), "_NET_WM_DESKTOP", XCB_ATOM_CARDINAL);
+    if (!current.empty() && !its.empty() && its.front() != everyDesktop && its.front() != current.front()) {
+        m_windowManager.send(window, "_NET_WM_DESKTOP", {current.front(), sourceUser, 0, 0, 0});
+    }
 }
 
 void X11WindowPresenter::requestFocus(QWidget& window) {

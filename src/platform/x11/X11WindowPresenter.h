@@ -42,6 +42,7 @@ private:
     void requestStatesAndFocus();
     void remapIfLost();
     bool isUnmapped() const;
+    void bringToCurrentDesktop(const QWidget& window);
     void requestFocus(QWidget& window);
     void focusWhenShown(QWidget& window);
 
