@@ -11,10 +11,8 @@ namespace corvatto::test {
 class Database {
 public:
     struct Row {
-        QByteArray content, hash, preview, type;
-        std::optional<QByteArray> thumbnail;
-        QByteArray sourceApp;
-        qint64 copyCount = 0, firstCopiedAt = 0, lastCopiedAt = 0;
+        QByteArray content, preview, type, thumbnail, sourceApp;
+        qint64 copyCount = 0;
     };
 
     struct Entry {
@@ -32,7 +30,7 @@ public:
     QList<Row> rows() const;
     std::optional<Row> find(const QByteArray& content) const;
 
-    QByteArray check() const; // what SQLite finds wrong with the file, or "ok"
+    bool isWhole() const; // in SQLite's opinion
 
     // Replaces the history, the first entry being the newest and each a minute older than the one before. For
     // times when the program does not run or has nothing to do.

@@ -13,49 +13,27 @@
 
 namespace corvatto::test {
 
-namespace {
-
-EndToEndTest* runningTest = nullptr;
-
-class PictureOfFailure : public ::testing::EmptyTestEventListener {
-    void OnTestStart(const ::testing::TestInfo& test) override {
-        m_name = QStringLiteral("%1.%2").arg(QString::fromLatin1(test.test_suite_name()),
-                                             QString::fromLatin1(test.name()));
-    }
-
-    void OnTestPartResult(const ::testing::TestPartResult& result) override {
-        if (result.failed() && !m_name.isEmpty() && runningTest != nullptr) {
-            runningTest->keepPicture(std::exchange(m_name, QString())); // of the first failure
-        }
-    }
-
-    QString m_name;
-};
-
-} // namespace
-
 EndToEndTest::EndToEndTest(const TestDesktop::Options& options)
     : desktop(options), x(desktop.display()), database(desktop.dataDirectory() + "/corvatto.sqlite3") {
-    runningTest = this;
     setSetting("clipboardPollingInterval", 0.1); // seconds
 }
 
-EndToEndTest::~EndToEndTest() {
-    runningTest = nullptr;
-}
-
 void EndToEndTest::TearDown() {
-    EXPECT_TRUE(program && program->isRunning());
-    EXPECT_EQ(program ? program->stop() : std::nullopt, 0);
-    if (!librariesMayComplain) {
-        EXPECT_EQ(program ? program->errors() : "", QByteArray());
+    ASSERT_TRUE(program);
+    EXPECT_TRUE(program->isRunning());
+    if (HasFailure()) {
+        keepPicture();
     }
+    EXPECT_EQ(program->stop(), 0);
+    EXPECT_EQ(program->errors(), ""); // it writes to standard output
 }
 
-void EndToEndTest::keepPicture(const QString& name) {
+void EndToEndTest::keepPicture() {
     std::filesystem::create_directories(SCREENSHOT_DIRECTORY);
+    const auto& test = *::testing::UnitTest::GetInstance()->current_test_info();
+    const QByteArray name = QByteArray(test.test_suite_name()) + '.' + test.name();
     const QString path =
-        QStringLiteral(SCREENSHOT_DIRECTORY "/%1.png").arg(QString(name).replace(u'/', u'-'));
+        QStringLiteral(SCREENSHOT_DIRECTORY "/%1.png").arg(QString::fromUtf8(name).replace(u'/', u'-'));
     x.screenshot().save(path);
     const auto end = [](const std::unique_ptr<Process>& process) {
         return process ? process->output().right(500) : QByteArray();
@@ -226,6 +204,5 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     // For pictures and processes only: the tests look at the desktop through connections of their own.
     const QCoreApplication application(argc, argv);
-    ::testing::UnitTest::GetInstance()->listeners().Append(new corvatto::test::PictureOfFailure);
     return RUN_ALL_TESTS();
 }

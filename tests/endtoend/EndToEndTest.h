@@ -18,12 +18,8 @@ struct Offer {
 };
 
 class EndToEndTest : public ::testing::Test {
-public:
-    void keepPicture(const QString& name); // of the screen, in the build directory
-
 protected:
     explicit EndToEndTest(const TestDesktop::Options& options = {});
-    ~EndToEndTest() override;
     void TearDown() override; // the program must have lived through the test, and must end in order
 
     void setSetting(const char* key, const QVariant& value);
@@ -60,11 +56,10 @@ protected:
     XClient x;
     Database database;
     std::unique_ptr<Process> program, owner;
-    // The program itself writes to standard output; libraries tell of bad input on standard error, where
-    // otherwise nothing is expected.
-    bool librariesMayComplain = false;
 
 private:
+    void keepPicture();
+
     int m_copies = 0;
 };
 

@@ -3,17 +3,14 @@
 #include "EndToEndTest.h"
 
 #include <QElapsedTimer>
-#include <QLocalSocket>
 
 namespace corvatto::test {
 
 namespace {
 
-const QList<Offer> megabyte{{"UTF8_STRING", QByteArray(1 << 20, 'x')}};
-
 class HostileOwnerTest : public EndToEndTest {
 protected:
-    HostileOwnerTest() {
+    void SetUp() override {
         database.fill({{"newest"}, {"second"}, {"needle"}});
         launch();
         hidePanel();
@@ -31,24 +28,6 @@ protected:
         hidePanel();
     }
 
-    // How long the program takes at most to answer a word on its socket, which its event loop does, until
-    // `condition` holds.
-    template <typename Condition>
-    qint64 longestStallUntil(Condition condition) {
-        qint64 longest = 0;
-        EXPECT_TRUE(soon([&] {
-            QElapsedTimer time;
-            time.start();
-            QLocalSocket socket;
-            socket.connectToServer(QString::fromUtf8(desktop.home() + "/runtime/corvatto/instance"));
-            socket.write("nothing\n");
-            EXPECT_TRUE(socket.waitForReadyRead()) << qPrintable(socket.errorString());
-            longest = std::max(longest, time.elapsed());
-            return condition();
-        }));
-        return longest;
-    }
-
     void expectOnlyTheNextCopyStored(int expected = 3) {
         const auto rows = rowsAfterNextCopy();
         EXPECT_EQ(rows.size(), expected);
@@ -60,15 +39,12 @@ protected:
 
 } // namespace
 
-TEST_F(HostileOwnerTest, OneThatNeverAnswersOrStopsOrDies) {
-    for (const QByteArray option : {"--mute=1", "--mute=2", "--stop-after=3", "--die-after=1"}) {
+TEST_F(HostileOwnerTest, OneThatNeverAnswersOrStopsOrDiesOrSendsMoreThanItSays) {
+    const QByteArray content(70 << 20, 'x'); // more than is read
+    for (const QByteArray option : {"--mute=1", "--stop-after=3", "--die-after=1", "--announce=10"}) {
         SCOPED_TRACE(option.toStdString());
-        copy(megabyte, {"--chunk=100000", option});
-        ASSERT_TRUE(soon([&] {
-            return option.startsWith("--die")    ? !owner->isRunning()
-                   : option.startsWith("--stop") ? owner->output().count("chunk UTF8_STRING\n") == 3
-                                                 : owner->output().contains("request");
-        }));
+        copy({{"UTF8_STRING", content}}, {"--chunk=100000", option});
+        ASSERT_TRUE(soon([this] { return owner->output().contains("request"); }));
         QElapsedTimer time;
         time.start();
         expectPanelToAnswer();
@@ -78,7 +54,7 @@ TEST_F(HostileOwnerTest, OneThatNeverAnswersOrStopsOrDies) {
 }
 
 TEST_F(HostileOwnerTest, OneThatTrickles) {
-    copy(megabyte, {"--chunk=100000", "--trickle=700", "--stay=1"});
+    copy({{"UTF8_STRING", QByteArray(1 << 20, 'x')}}, {"--chunk=100000", "--trickle=700", "--stay=1"});
     ASSERT_TRUE(soonSaid("chunk UTF8_STRING"));
     expectPanelToAnswer();
     EXPECT_FALSE(owner->hasPrinted("sent UTF8_STRING")); // all of it has happened during the transfer
@@ -91,22 +67,13 @@ TEST_F(HostileOwnerTest, OneThatTrickles) {
 }
 
 TEST_F(HostileOwnerTest, OneThatListsThousandsOfTargets) {
-    constexpr qint64 noticeable = 250; // ms, on a busy machine
     copy({{"UTF8_STRING", "among hundreds"}}, {"--targets=1000"});
-    EXPECT_LT(longestStallUntil([this] { return database.find("among hundreds").has_value(); }), noticeable);
+    EXPECT_TRUE(soonStored("among hundreds"));
     copy({{"UTF8_STRING", "hunter2"}, {"x-kde-passwordManagerHint", "secret"}}, {"--targets=5000"});
-    EXPECT_LT(longestStallUntil([this] { return owner->hasPrinted("request x-kde-passwordManagerHint"); }),
-              noticeable);
-    const auto keepsSecret = std::move(owner);
-    expectOnlyTheNextCopyStored(4);
-    EXPECT_FALSE(keepsSecret->hasPrinted("request UTF8_STRING"));
-}
-
-TEST_F(HostileOwnerTest, OneThatSendsHundredMegabytesAndAnnouncesTen) {
-    copy({{"UTF8_STRING", QByteArray(100 << 20, 'x')}}, {"--announce=10", "--chunk=1000000"});
-    ASSERT_TRUE(soonSaid("chunk UTF8_STRING"));
+    ASSERT_TRUE(soonSaid("request x-kde-passwordManagerHint"));
     expectPanelToAnswer();
-    expectOnlyTheNextCopyStored();
+    EXPECT_FALSE(owner->hasPrinted("request UTF8_STRING"));
+    expectOnlyTheNextCopyStored(4);
 }
 
 TEST_F(HostileOwnerTest, OneThatAnnouncesItselfAgainAndAgain) {
@@ -118,7 +85,6 @@ TEST_F(HostileOwnerTest, OneThatAnnouncesItselfAgainAndAgain) {
 
     copy({{"UTF8_STRING", "anew"}}, {"--again=3", "--renew=1"});
     EXPECT_TRUE(soon([&] { return database.find("anew").has_value(); }));
-    expectPanelToAnswer();
     showPanel();
     x.key("ctrl+a BackSpace Right Right Return"); // a write against the flood
     EXPECT_TRUE(soonHidden());

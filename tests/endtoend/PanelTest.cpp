@@ -7,22 +7,10 @@ namespace {
 
 class PanelTest : public EndToEndTest {
 protected:
+    PanelTest() : EndToEndTest({QSize(1280, 1060), 60}) {} // with a task bar
+
     // What is on the clipboard once the panel has hidden after a copy; nothing when it stays.
     std::optional<QByteArray> copiedBack() { return soonHidden() ? paste() : std::nullopt; }
-
-    // Which of the unscrolled cards has the border of the selection, at its left edge and above its picture.
-    int selectedCard() {
-        const QImage screen = x.screenshot();
-        const auto border = [&](int index) {
-            return screen.pixelColor(card(index) - QPoint(160 - 1, 130));
-        };
-        for (int i = 0; i < 3; ++i) {
-            if (border(i).lightness() < 200) { // the others have a light grey line, one pixel wide
-                return i;
-            }
-        }
-        return -1;
-    }
 
     qsizetype windowCount() { return x.visibleWindows(program->pid()).size(); } // with menus and alerts
     bool soonFloating() {
@@ -40,23 +28,11 @@ protected:
     }
 };
 
-class PanelAboveTaskBarTest : public EndToEndTest {
-protected:
-    PanelAboveTaskBarTest() : EndToEndTest({QSize(1280, 1060), 60}) {}
-};
-
 } // namespace
 
-TEST_F(PanelAboveTaskBarTest, LiesAlongTheBottomOfWhatIsFree) {
+TEST_F(PanelTest, LiesAlongTheBottomOfWhatIsFreeAboveOtherWindowsOnEveryDesktop) {
     launch();
-    EXPECT_TRUE(soon([this] { return x.geometry(panel()) == QRect(0, 580, 1280, 420); }));
-    hidePanel();
-    showPanel();
-    EXPECT_EQ(x.geometry(panel()), QRect(0, 580, 1280, 420));
-}
-
-TEST_F(PanelTest, FloatsAboveOtherWindowsOnEveryDesktop) {
-    launch();
+    EXPECT_TRUE(soon([this] { return panelRect() == QRect(0, 580, 1280, 420); }));
     EXPECT_EQ(x.windowClass(panel()), "Corvatto");
     EXPECT_TRUE(soonFloating());
     const auto other = x.createWindow({0, 0, 1280, 1100}, "Other");
@@ -74,6 +50,7 @@ TEST_F(PanelTest, FloatsAboveOtherWindowsOnEveryDesktop) {
     ASSERT_TRUE(soon([this] { return panelHasKeyboard(); }));
     hidePanel();
     showPanel();
+    EXPECT_EQ(panelRect(), QRect(0, 580, 1280, 420));
     EXPECT_TRUE(soonFloating());
 
     // A busy window manager hears of the hiding, and takes the window's states away, when it is shown again.
@@ -110,17 +87,12 @@ TEST_F(PanelTest, EveryKeyDoesItsPart) {
         QByteArray copied;
     } cases[] = {
         {"Return", "entry 1"},
-        {"Right Return", "entry 2"},
         {"Left Left Left Return", "entry 0"},
         {"Down Down Up Return", "entry 2"},
-        {"T R Y space 1 Return", "entry 1"}, // a search finds the newest first, in either case
-        {"y space 1 Right Return", "entry 10"},
-        {"e percent 1 underscore Return", "entry 10"}, // wildcards
-        {"7 BackSpace Return", "entry 1"},             // an emptied field is no search
-        {"1 Left 2 Return", "entry 12"},               // arrows never move the text cursor
-        {"ctrl+1", "entry 0"},
+        {"y space 1 Right Return", "entry 10"}, // a search finds the newest first
+        {"7 BackSpace Return", "entry 1"},      // an emptied field is no search
+        {"1 Left 2 Return", "entry 12"},        // arrows never move the text cursor
         {"super+3", "entry 2"},
-        {"super+5", "entry 4"},
         {"ctrl+6", "entry 5"},
         {"super+9", "entry 8"},
         {"ctrl+c", "entry 1"}, // nothing is selected in the field
@@ -140,15 +112,6 @@ TEST_F(PanelTest, EveryKeyDoesItsPart) {
     }
 }
 
-TEST_F(PanelTest, TheSearchFieldCopiesLikeAnyOther) {
-    launch();
-    x.type("words of mine");
-    x.key("ctrl+a ctrl+c");
-    EXPECT_TRUE(soonStored("words of mine")); // an entry like any other copy's
-    EXPECT_TRUE(panelHasKeyboard());
-    EXPECT_EQ(paste(), "words of mine");
-}
-
 TEST_F(PanelTest, ACaptureAppearsInTheOpenPanel) {
     launch();
     const auto isWhite = [this](int index) {
@@ -161,9 +124,9 @@ TEST_F(PanelTest, ACaptureAppearsInTheOpenPanel) {
     ASSERT_TRUE(soonStored("first"));
     database.execute("UPDATE clipboard_items SET last_copied_at = last_copied_at - 60");
     copyText("second");
-    EXPECT_TRUE(soon([&] { return isWhite(1) && selectedCard() == 1; }));
-    x.key("Left");
-    EXPECT_TRUE(soon([this] { return selectedCard() == 0; }));
+    EXPECT_TRUE(soon([&] { return isWhite(1); }));
+    x.key("Return");
+    EXPECT_EQ(copiedBack(), "first");
 }
 
 TEST_F(PanelTest, TheMouseSelectsCopiesAndOpensTheMenu) {

@@ -1,7 +1,5 @@
 #include "TestDesktop.h"
 
-#include "XClient.h"
-
 #include <QFile>
 
 #include <filesystem>
@@ -60,10 +58,17 @@ TestDesktop::TestDesktop(const Options& options) {
     m_environment.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(m_display));
 
     // Without an address, the bus library would start a bus for the display.
-    m_sessionBus = "unix:path=" + home() + "/runtime/test-bus";
+    const QByteArray socket = home() + "/runtime/test-bus";
+    m_sessionBus = "unix:path=" + socket;
     m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(m_sessionBus));
     if (options.hasSessionBus) {
-        startSessionBus();
+        const auto settings = writeFile("bus.conf", QByteArray(busSettings).replace("SOCKET", socket));
+        m_bus = std::make_unique<Process>(
+            "dbus-daemon", QByteArrayList{"--nofork", "--nopidfile", "--config-file", settings},
+            m_environment, true);
+        if (!soon([&] { return QFile::exists(QString::fromUtf8(socket)); })) {
+            throw std::runtime_error("no session bus");
+        }
     }
     m_windowManagerSettings = writeFile(
         "openbox.xml",
@@ -74,22 +79,11 @@ TestDesktop::TestDesktop(const Options& options) {
 void TestDesktop::startWindowManager() {
     m_windowManager.reset();
     m_windowManager = std::make_unique<Process>(
-        "openbox", QByteArrayList{"--sm-disable", "--config-file", m_windowManagerSettings}, m_environment,
-        true);
-    XClient client(m_display);
-    if (!soon([&] { return client.hasWindowManager(); })) {
+        "openbox",
+        QByteArrayList{"--sm-disable", "--config-file", m_windowManagerSettings, "--startup", "echo ready"},
+        m_environment, true);
+    if (!soon([this] { return m_windowManager->output() == "ready\n"; })) {
         throw std::runtime_error("no window manager");
-    }
-}
-
-void TestDesktop::startSessionBus() {
-    const QByteArray socket = home() + "/runtime/test-bus";
-    const auto settings = writeFile("bus.conf", QByteArray(busSettings).replace("SOCKET", socket));
-    m_bus = std::make_unique<Process>("dbus-daemon",
-                                      QByteArrayList{"--nofork", "--nopidfile", "--config-file", settings},
-                                      m_environment, true);
-    if (!soon([&] { return QFile::exists(QString::fromUtf8(socket)); })) {
-        throw std::runtime_error("no session bus");
     }
 }
 

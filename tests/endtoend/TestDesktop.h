@@ -47,8 +47,6 @@ private:
     QProcessEnvironment m_environment;
     QByteArray m_display, m_sessionBus, m_windowManagerSettings;
     std::unique_ptr<Process> m_server, m_windowManager, m_bus;
-
-    void startSessionBus();
 };
 
 } // namespace corvatto::test

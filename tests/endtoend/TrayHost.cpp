@@ -16,6 +16,7 @@ namespace {
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
+const QString menuPath = QStringLiteral("/MenuBar"); // Qt's
 const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
 
 } // namespace
@@ -52,17 +53,13 @@ QVariantList TrayHost::call(const QString& path, const QString& interface, const
     return reply.arguments();
 }
 
-QVariant TrayHost::itemProperty(const char* name) {
-    return call(itemPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
-                {itemInterface, QString::fromLatin1(name)})
-        .value(0)
-        .value<QDBusVariant>()
-        .variant();
-}
-
 QList<QSize> TrayHost::iconSizes() {
     QList<QSize> sizes;
-    const auto pixmaps = itemProperty("IconPixmap").value<QDBusArgument>();
+    const auto variant = call(itemPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+                              QStringLiteral("Get"), {itemInterface, QStringLiteral("IconPixmap")})
+                             .value(0)
+                             .value<QDBusVariant>();
+    const auto pixmaps = variant.variant().value<QDBusArgument>();
     for (pixmaps.beginArray(); !pixmaps.atEnd();) {
         QSize size;
         QByteArray argb;
@@ -74,9 +71,8 @@ QList<QSize> TrayHost::iconSizes() {
     return sizes;
 }
 
-QList<TrayHost::Entry> TrayHost::entries() {
-    const QString path = itemProperty("Menu").value<QDBusObjectPath>().path();
-    const auto layout = call(path, menuInterface, QStringLiteral("GetLayout"), {0, -1, QStringList()})
+QStringList TrayHost::menu() {
+    const auto layout = call(menuPath, menuInterface, QStringLiteral("GetLayout"), {0, -1, QStringList()})
                             .value(1)
                             .value<QDBusArgument>();
     const auto read = [](const QDBusArgument& node, QVariantMap& properties, QVariantList& children) {
@@ -89,39 +85,23 @@ QList<TrayHost::Entry> TrayHost::entries() {
     QVariantMap properties;
     QVariantList children, none;
     read(layout, properties, children);
-    QList<Entry> found;
-    for (const QVariant& child : children) {
-        const int id = read(child.value<QDBusArgument>(), properties, none);
-        QString title = properties.value(QStringLiteral("label")).toString();
-        if (properties.value(QStringLiteral("type")) == QStringLiteral("separator")) {
-            title = QStringLiteral("-");
-        }
-        QList<QStringList> shortcut;
-        if (properties.contains(QStringLiteral("shortcut"))) {
-            properties.value(QStringLiteral("shortcut")).value<QDBusArgument>() >> shortcut;
-            title += QStringLiteral(" (%1)").arg(shortcut.value(0).join(u'+'));
-        }
-        found.append({id, title});
-    }
-    return found;
-}
-
-QStringList TrayHost::menu() {
     QStringList titles;
-    for (const Entry& entry : entries()) {
-        titles.append(entry.title);
+    m_entries.clear();
+    for (const QVariant& child : children) {
+        m_entries.append(read(child.value<QDBusArgument>(), properties, none));
+        titles.append(properties.value(QStringLiteral("label")).toString());
+        const auto shortcuts = qdbus_cast<QList<QStringList>>(properties.value(QStringLiteral("shortcut")));
+        for (const QStringList& keys : shortcuts) {
+            titles.last() += QStringLiteral(" (%1)").arg(keys.join(u'+'));
+        }
     }
     return titles;
 }
 
 void TrayHost::choose(const QString& title) {
-    for (const Entry& entry : entries()) {
-        if (entry.title.startsWith(title)) {
-            const QString path = itemProperty("Menu").value<QDBusObjectPath>().path();
-            call(path, menuInterface, QStringLiteral("Event"),
-                 {entry.id, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0U});
-        }
-    }
+    const qsizetype index = menu().indexOf(title);
+    call(menuPath, menuInterface, QStringLiteral("Event"),
+         {m_entries[index], QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0U});
 }
 
 void TrayHost::click() {

@@ -25,9 +25,9 @@ public:
     int protocolVersion() const { return 0; }
 
     bool hasItem() const { return !m_item.isEmpty(); }
-    QVariant itemProperty(const char* name);
     QList<QSize> iconSizes();
-    QStringList menu(); // the titles from the top, each with its shortcut in brackets; "-" for a separator
+    // The titles from the top, each with its shortcut in brackets; that of a separator is empty.
+    QStringList menu();
     void choose(const QString& title);
     void click(); // on the icon
 
@@ -40,14 +40,10 @@ Q_SIGNALS:
 private:
     QVariantList call(const QString& path, const QString& interface, const QString& method,
                       const QVariantList& arguments);
-    struct Entry {
-        int id;
-        QString title;
-    };
-    QList<Entry> entries();
 
     QDBusConnection m_bus;
-    QString m_item; // the service of the item announced last
+    QString m_item;       // the service of the item announced last
+    QList<int> m_entries; // of the menu, as last seen
     bool m_isThere = false;
 };
 

@@ -80,23 +80,6 @@ XClient::Window XClient::topWindow() {
     return stacking.isEmpty() ? XCB_NONE : stacking.last();
 }
 
-bool XClient::hasWindowManager() {
-    if (m_unmapped == XCB_NONE) {
-        m_unmapped = xcb_generate_id(raw());
-        xcb_create_window(raw(), XCB_COPY_FROM_PARENT, m_unmapped, root(), 0, 0, 1, 1, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-    }
-    xcb_generic_event_t request{};
-    auto& message = reinterpret_cast<xcb_client_message_event_t&>(request);
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = m_unmapped;
-    message.type = atom("_NET_REQUEST_FRAME_EXTENTS");
-    xcb_send_event(raw(), 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                   reinterpret_cast<const char*>(&request));
-    return !property(m_unmapped, "_NET_FRAME_EXTENTS").isEmpty();
-}
-
 XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowClass,
                                       const QByteArray& desktopEntry) {
     const Window window = xcb_generate_id(raw());
@@ -139,11 +122,6 @@ XClient::Window XClient::windowToShow() {
 
 void XClient::own(const QByteArray& selection) {
     xcb_set_selection_owner(raw(), createMessageWindow(), atom(selection), XCB_CURRENT_TIME);
-    sync();
-}
-
-void XClient::clearClipboard() {
-    xcb_set_selection_owner(raw(), XCB_NONE, atom("CLIPBOARD"), XCB_CURRENT_TIME);
     sync();
 }
 

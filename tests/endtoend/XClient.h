@@ -33,9 +33,6 @@ public:
     quint32 cardinal(Window window, const char* property); // the first value, 0 without one
     QList<QByteArray> states(Window window);               // the names in _NET_WM_STATE
     Window topWindow();
-    // Whether one answers. Its properties tell less: they outlive it, and one that is starting sets them
-    // before it takes charge of the windows that are there.
-    bool hasWindowManager();
 
     // A window of another application, which the window manager shows and gives the keyboard. Filled with
     // magenta.
@@ -49,8 +46,7 @@ public:
     Window windowToShow(); // that it is asked to show since the last look; 0 when there is none
 
     Window clipboardOwner() { return selectionOwner("CLIPBOARD"); } // 0 when the clipboard is empty
-    void clearClipboard();
-    void own(const QByteArray& selection); // and answer nobody who asks for it
+    void own(const QByteArray& selection);                          // and answer nobody who asks for it
 
     QImage screenshot() { return picture({0, 0, screen().width_in_pixels, screen().height_in_pixels}); }
     QColor pixel(QPoint position) { return picture({position, QSize(1, 1)}).pixelColor(0, 0); }
@@ -60,7 +56,6 @@ private:
     void xdotool(const QByteArrayList& arguments);
 
     QByteArray m_display;
-    Window m_unmapped = XCB_NONE;
 };
 
 } // namespace corvatto::test

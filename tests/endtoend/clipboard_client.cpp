@@ -4,14 +4,13 @@
 //   TARGET
 //       --chunk       size in bytes of a chunk; what is larger goes in chunks. 256 KiB unless given
 //       --announce    the size that a transfer in chunks is announced with, whatever it is
-//       --mute        1: answers nothing; 2: answers no request but the one for the list of targets
+//       --mute        1: answers nothing
 //       --trickle     waits that many milliseconds before each chunk
 //       --stop-after  sends no more chunks of a transfer than that
 //       --die-after   exits when it has sent that many chunks
 //       --again       announces itself again every so many milliseconds
 //       --renew       1: with a new timestamp each time
 //       --targets     lists that many other targets before its own
-//       --lie         1: says that it has sent what it has not
 //       --stay        1: goes on when somebody else has taken over, with what it has begun to send
 //
 // Prints "owner" when it has taken CLIPBOARD, "request TARGET", "chunk TARGET" and "sent TARGET" as it serves
@@ -35,7 +34,7 @@ namespace {
 class Owner {
 public:
     Owner(QMap<QByteArray, qint64> options, const QMap<QByteArray, QByteArray>& content)
-        : x(QByteArray()), m_options(std::move(options)), m_window(xcb_generate_id(x.raw())),
+        : x(QByteArray()), m_options(std::move(options)), m_window(x.createMessageWindow()),
           m_clipboard(x.atom("CLIPBOARD")),
           m_notifier(xcb_get_file_descriptor(x.raw()), QSocketNotifier::Read) {
         for (auto each = content.begin(); each != content.end(); ++each) {
@@ -45,9 +44,7 @@ public:
             const QByteArray name = "application/x-other-" + QByteArray::number(i);
             m_otherTargets.append(x.atom(name));
         }
-        const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_create_window(x.raw(), XCB_COPY_FROM_PARENT, m_window, x.root(), 0, 0, 1, 1, 0,
-                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+        watch(m_window);
         QObject::connect(&m_notifier, &QSocketNotifier::activated, [this] { drain(); });
         askForTimestamp();
         drain();
@@ -110,8 +107,7 @@ private:
         case XCB_SELECTION_REQUEST: {
             const auto request = reinterpret_cast<const xcb_selection_request_event_t&>(event);
             say("request " + x.name(request.target));
-            const qint64 mute = m_options.value("mute");
-            if (mute == 0 || (mute == 2 && !m_content.contains(request.target))) {
+            if (!m_options.contains("mute")) {
                 later(0, [this, request] { serve(request); });
             }
             break;
@@ -131,6 +127,11 @@ private:
         }
     }
 
+    void watch(xcb_window_t window) {
+        const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(x.raw(), window, XCB_CW_EVENT_MASK, &events);
+    }
+
     template <typename Value>
     void set(const xcb_selection_request_event_t& request, xcb_atom_t type, const Value* values,
              qsizetype count) {
@@ -148,17 +149,12 @@ private:
         answer.property = request.property;
         const auto found = m_content.constFind(request.target);
         if (request.target == x.atom("TARGETS")) {
-            const auto targets = m_otherTargets + m_content.keys() << request.target << x.atom("TIMESTAMP");
+            const auto targets = m_otherTargets + m_content.keys() << request.target;
             set(request, XCB_ATOM_ATOM, targets.constData(), targets.size());
-        } else if (request.target == x.atom("TIMESTAMP")) {
-            set(request, XCB_ATOM_INTEGER, &m_timestamp, 1);
         } else if (found == m_content.constEnd()) {
             answer.property = XCB_NONE;
-        } else if (m_options.contains("lie")) {
-            say("sent " + x.name(request.target));
         } else if (found->size() > chunkSize()) {
-            const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-            xcb_change_window_attributes(x.raw(), request.requestor, XCB_CW_EVENT_MASK, &events);
+            watch(request.requestor);
             const auto size = static_cast<quint32>(m_options.value("announce", found->size()));
             set(request, x.atom("INCR"), &size, 1);
             m_transfers.push_back({request.requestor, request.property, request.target});

@@ -83,6 +83,15 @@ TEST_F(X11PasteboardTest, APropertyOfMegabytesIsReadWhole) {
     EXPECT_TRUE(soonCopied(large));
 }
 
+TEST_F(X11PasteboardTest, AClearedClipboardStaysEmpty) {
+    other->copy({{"UTF8_STRING", "cleared"}});
+    ASSERT_TRUE(soonCopied(QStringLiteral("cleared")));
+    other->own("CLIPBOARD", XCB_NONE);
+    letGo();
+    EXPECT_TRUE(paste("UTF8_STRING").isNull());
+    EXPECT_FALSE(pasteboard.string());
+}
+
 TEST_F(X11PasteboardTest, OldTextsCarryTheirEncodingInTheirType) {
     other->copy({{"COMPOUND_TEXT", "\x1B$(A\x56\x50\x4E\x44"}});
     EXPECT_TRUE(soonCopied(QStringLiteral("中文")));
