@@ -5,7 +5,6 @@
 #include "settings/PollingInterval.h"
 #include "store/ContentHash.h"
 
-
 namespace corvatto {
 namespace {
 
