@@ -98,7 +98,7 @@ bool Retention::isDue(const ClipboardItem& item) const {
 void Retention::removeSlice() {
     QElapsedTimer timer;
     timer.start();
-    const bool isMoreDue = removeExpired() || removeExcess();
+    const bool isMoreDue = cleanupByDays() || cleanupByCount();
     if (!isMoreDue) {
         m_oldestKept.reset();
     } else if (!m_oldestKept) {
@@ -125,7 +125,7 @@ bool Retention::freePages() {
 }
 
 // Removes a slice of what is too old. Whether there is more of it.
-bool Retention::removeExpired() {
+bool Retention::cleanupByDays() {
     if (!m_cutOff) {
         return false;
     }
@@ -146,7 +146,7 @@ bool Retention::removeExpired() {
 }
 
 // Removes a slice of what is too much. Whether there is more of it.
-bool Retention::removeExcess() {
+bool Retention::cleanupByCount() {
     const std::optional<qint64> count = m_itemLimit ? countRows() : std::nullopt;
     if (!count || *count <= *m_itemLimit) {
         return false;

@@ -47,8 +47,8 @@ private:
     };
 
     void removeSlice();
-    bool removeExpired();
-    bool removeExcess();
+    bool cleanupByDays();
+    bool cleanupByCount();
     bool freePages();
     void removeRows(const char* selectImagesSql, const char* deleteSql, qint64 parameter,
                     QStringView operation);
