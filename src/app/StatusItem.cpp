@@ -1,5 +1,6 @@
 #include "app/StatusItem.h"
 
+#include "ui/Appearance.h"
 #include "ui/Symbols.h"
 
 #include <QIcon>
@@ -44,6 +45,7 @@ QIcon paperclipIcon() {
 } // namespace
 
 StatusItem::StatusItem(Tray& tray, Actions actions) : m_tray(tray), m_actions(std::move(actions)) {
+    m_menu.setFont(appearance::systemFont(13)); // with Chinese forms of the characters in every locale
     m_menu.addAction(QStringLiteral("显示历史"), m_actions.showHistory);
     m_menu.addSeparator();
     m_menu.addAction(QStringLiteral("清空所有历史"), m_actions.clearAll);
