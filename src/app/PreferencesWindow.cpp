@@ -3,10 +3,11 @@
 #include "ui/Appearance.h"
 
 #include <QBoxLayout>
-#include <QEvent>
 #include <QScreen>
+#include <QWindow>
 
 #include <algorithm>
+#include <chrono>
 
 namespace corvatto {
 namespace {
@@ -14,6 +15,11 @@ namespace {
 // Points. The window is higher than this when the font needs more room.
 constexpr int contentWidth = 680;
 constexpr int contentHeight = 460;
+
+// The window manager puts the frame around the window after it was shown, and no event tells when its margins
+// are known.
+constexpr std::chrono::milliseconds frameInterval{50};
+constexpr int frameLooks = 20;
 
 } // namespace
 
@@ -30,30 +36,35 @@ PreferencesWindow::PreferencesWindow(QWidget* content)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_content);
+    m_frameTimer.setInterval(frameInterval);
+    m_frameTimer.callOnTimeout(this, [this] { lookForFrame(); });
 }
 
 void PreferencesWindow::centre() {
-    const QRect available = screen()->availableGeometry();
-    QRect frame = frameGeometry();
-    frame.moveCenter(available.center());
+    moveToMiddle();
+    m_looksLeft = frameLooks;
+    m_frameTimer.start();
+}
+
+void PreferencesWindow::moveToMiddle() {
     m_marginsAtCentre = frameMargins();
+    QRect frame = geometry().marginsAdded(m_marginsAtCentre);
+    frame.moveCenter(screen()->availableGeometry().center());
     move(frame.topLeft());
 }
 
-// The window manager puts the frame around the window only after it was shown and centred.
-bool PreferencesWindow::event(QEvent* event) {
-    const bool isHandled = QWidget::event(event);
-    const bool mayHaveFrame = event->type() == QEvent::Move || event->type() == QEvent::WindowActivate;
-    if (mayHaveFrame && isVisible() && m_marginsAtCentre && *m_marginsAtCentre != frameMargins()) {
-        centre();
+void PreferencesWindow::lookForFrame() {
+    if (m_marginsAtCentre != frameMargins()) {
+        moveToMiddle();
     }
-    return isHandled;
+    if (--m_looksLeft <= 0 || !isVisible()) {
+        m_frameTimer.stop();
+    }
 }
 
+// The widget itself keeps the margins of its first show.
 QMargins PreferencesWindow::frameMargins() const {
-    const QRect inner = geometry(), outer = frameGeometry();
-    return {inner.left() - outer.left(), inner.top() - outer.top(), outer.right() - inner.right(),
-            outer.bottom() - inner.bottom()};
+    return windowHandle() ? windowHandle()->frameMargins() : QMargins();
 }
 
 } // namespace corvatto

@@ -1,9 +1,8 @@
 // The window around the preferences view: fixed size, title and close button.
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
-
-#include <optional>
 
 namespace corvatto {
 
@@ -18,14 +17,15 @@ public:
     // Moves the window, with its frame, to the middle of its screen.
     void centre();
 
-protected:
-    bool event(QEvent* event) override;
-
 private:
+    void moveToMiddle();
+    void lookForFrame();
     QMargins frameMargins() const;
 
     QWidget* m_content;
-    std::optional<QMargins> m_marginsAtCentre; // of the frame; none until it was centred
+    QTimer m_frameTimer;
+    int m_looksLeft = 0;
+    QMargins m_marginsAtCentre; // of the frame
 };
 
 } // namespace corvatto

@@ -79,7 +79,7 @@ protected:
             const QPoint shift(int(frame[1]) - int(frame[0]), int(frame[3]) - int(frame[2]));
             const QPoint centre = x.geometry(window).center() + shift / 2;
             return isInFront("Corvatto Preferences") && frame[2] > 0 &&
-                   (centre - QPoint(640, 550)).manhattanLength() <= 2;
+                   (centre - QPoint(640, 550)).manhattanLength() <= 3; // halves of pixels
         });
     }
 };
