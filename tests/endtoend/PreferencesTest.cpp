@@ -10,7 +10,11 @@ protected:
     void openPreferences() {
         x.key("ctrl+comma");
         ASSERT_TRUE(soon([this] { return isInFront("Corvatto Preferences"); }));
-        window = x.geometry(x.activeWindow());
+        // It moves once more when its frame is known.
+        EXPECT_TRUE(soon([this] {
+            window = x.geometry(x.activeWindow());
+            return window.center().y() > 550 + 2; // by half the title bar
+        }));
     }
 
     bool soonSet(const char* key, const QVariant& value) {
