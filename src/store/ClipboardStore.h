@@ -76,6 +76,9 @@ public:
     // it takes.
     SearchResult search(const QString& query, int limit, Found found);
 
+    // How long search() may take at most before the rest is left to the worker.
+    void setLongestSearch(std::chrono::milliseconds time) { m_longestSearch = time; }
+
     // Ends the search that is under way, if any: its `found` is not called any more.
     void cancelSearch();
 
@@ -113,6 +116,7 @@ private:
     std::shared_ptr<const ContentReader> m_contentReader; // with the connection
     std::unique_ptr<FetchCache> m_fetchCache;             // likewise
     std::unique_ptr<Retention> m_retention;               // likewise
+    std::chrono::milliseconds m_longestSearch{8};         // half a frame
     std::unique_ptr<BackgroundSearch> m_backgroundSearch; // null when only one at a time may read and write
 };
 

@@ -49,27 +49,27 @@ QByteArray patternFor(const QString& query) {
     return end < 0 ? pattern : pattern.first(end);
 }
 
-constexpr std::chrono::milliseconds longestSearch(8); // on the main thread: half a frame
-constexpr int instructionsBetweenLooks = 100;         // at the clock; six rows or so
+constexpr int instructionsBetweenLooks = 100; // at the clock; six rows or so
 
 // Interrupts the connection's statements when its time is over, while it lives.
 class TimeLimit {
 public:
-    explicit TimeLimit(sqlite3* db) : m_db(db) {
+    TimeLimit(sqlite3* db, std::chrono::milliseconds limit) : m_db(db), m_limit(limit) {
         m_timer.start();
-        sqlite3_progress_handler(
-            m_db, instructionsBetweenLooks,
-            [](void* timer) {
-                return static_cast<const QElapsedTimer*>(timer)->hasExpired(longestSearch.count()) ? 1 : 0;
-            },
-            &m_timer);
+        sqlite3_progress_handler(m_db, instructionsBetweenLooks, isOver, this);
     }
     ~TimeLimit() { sqlite3_progress_handler(m_db, 0, nullptr, nullptr); }
     TimeLimit(const TimeLimit&) = delete;
     TimeLimit& operator=(const TimeLimit&) = delete;
 
 private:
+    static int isOver(void* limit) {
+        const auto* self = static_cast<const TimeLimit*>(limit);
+        return std::chrono::milliseconds(self->m_timer.elapsed()) >= self->m_limit ? 1 : 0;
+    }
+
     sqlite3* m_db;
+    std::chrono::milliseconds m_limit;
     QElapsedTimer m_timer;
 };
 
@@ -121,7 +121,7 @@ ClipboardStore::SearchResult ClipboardStore::fetch(const std::optional<QString>&
 
     std::optional<TimeLimit> timeLimit;
     if (fetch.pattern && found) {
-        timeLimit.emplace(m_db);
+        timeLimit.emplace(m_db, m_longestSearch);
     }
     QList<ClipboardItem> items;
     int status = query.step();

@@ -98,6 +98,7 @@ TEST_F(Queries, ALongSearchGoesOnBesideTheEventLoop) {
     record(u"needle 2"_qs);
     wait(std::chrono::seconds(20));
     record(u"needle 1"_qs);
+    store->setLongestSearch({}); // some rows
     QStringList found;
     int answers = 0;
     const auto search = [&](const QString& query) {
@@ -112,6 +113,7 @@ TEST_F(Queries, ALongSearchGoesOnBesideTheEventLoop) {
     search(nothing);
     EXPECT_TRUE(search({}).isComplete);
     ClipboardStore other(home.path(), preferences); // takes as long
+    other.setLongestSearch({});
     bool isOver = false;
     other.search(nothing, 3, [&](const auto&) { isOver = true; });
     EXPECT_TRUE(test::eventually([&] { return isOver; }));
