@@ -42,7 +42,6 @@ TEST_F(LifecycleTest, FilesAreTheUsersOwn) {
     // The opening is stored after the panel is on the screen.
     ASSERT_TRUE(soon([this] { return setting("corvattoHistoryWindowOpenCount") == 2; }));
     EXPECT_EQ(std::filesystem::status(instance).permissions(), perms::owner_all);
-    EXPECT_EQ(rowsAfterNextCopy().at(0).copyCount, 1); // what is there at the start is no new copy
 
     int files = 0;
     for (const auto& root : {data, settings}) {
@@ -82,6 +81,7 @@ TEST_F(LifecycleTest, TheShortcutIsGivenBackAtTheEnd) {
 
 TEST_F(LifecycleTest, ASecondStartAndTheCommandLineReachTheRunningProgram) {
     EXPECT_EQ(corvatto({"--toggle"}), 1); // none is running
+    copyText("before the start");
     launch();
     hidePanel();
     EXPECT_EQ(corvatto({}), 0);
@@ -92,6 +92,7 @@ TEST_F(LifecycleTest, ASecondStartAndTheCommandLineReachTheRunningProgram) {
     EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
     EXPECT_EQ(corvatto({"--nonsense"}), 2);
     EXPECT_EQ(corvatto({"--version"}), 0);
+    EXPECT_TRUE(database.rows().isEmpty()); // what is there at the start is no new copy
     EXPECT_EQ(corvatto({"--quit"}), 0);
     EXPECT_EQ(program->exitStatus(), 0);
     EXPECT_EQ(corvatto({"--quit"}), 1);

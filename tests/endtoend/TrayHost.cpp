@@ -101,7 +101,7 @@ QStringList TrayHost::menu() {
 void TrayHost::choose(const QString& title) {
     const qsizetype index = menu().indexOf(title);
     call(menuPath, menuInterface, QStringLiteral("Event"),
-         {m_entries[index], QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0U});
+         {m_entries.value(index), QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0U});
 }
 
 void TrayHost::click() {
