@@ -61,7 +61,9 @@ void SelectionSource::list(Listed done) {
 
 void SelectionSource::nameTargets(const QByteArray& bytes, const Listed& done) {
     std::vector<xcb_atom_t> atoms(static_cast<std::size_t>(bytes.size()) / sizeof(xcb_atom_t));
-    std::memcpy(atoms.data(), bytes.constData(), atoms.size() * sizeof(xcb_atom_t));
+    if (!atoms.empty()) { // an empty vector has no address that memcpy() may take
+        std::memcpy(atoms.data(), bytes.constData(), atoms.size() * sizeof(xcb_atom_t));
+    }
     std::erase(atoms, xcb_atom_t{XCB_ATOM_NONE});
     // The mark of secrecy counts wherever it stands in the list.
     const auto hint =
