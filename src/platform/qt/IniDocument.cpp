@@ -1,6 +1,7 @@
 #include "platform/qt/IniDocument.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace corvatto {
 namespace {

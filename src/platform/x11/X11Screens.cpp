@@ -149,13 +149,16 @@ std::vector<Strut> X11Screens::struts() const {
 
 // Of the desktop that is shown, pixels; null when no manager tells.
 QRect X11Screens::workArea() const {
-    const auto value = [this](const char* name, std::size_t index) {
-        const auto values = m_connection.values(m_connection.root(), name, XCB_ATOM_CARDINAL);
-        return index < values.size() ? static_cast<int>(values[index]) : 0;
+    const auto current = m_connection.values(m_connection.root(), "_NET_CURRENT_DESKTOP", XCB_ATOM_CARDINAL);
+    const auto areas = m_connection.values(m_connection.root(), "_NET_WORKAREA", XCB_ATOM_CARDINAL);
+    const std::size_t first = current.empty() ? 0 : std::size_t{current.front()} * 4;
+    if (first + 4 > areas.size()) {
+        return {};
+    }
+    const auto value = [&](std::size_t index) {
+        return static_cast<int>(areas[first + index]);
     };
-    const auto first = static_cast<std::size_t>(value("_NET_CURRENT_DESKTOP", 0)) * 4;
-    return {value("_NET_WORKAREA", first), value("_NET_WORKAREA", first + 1),
-            value("_NET_WORKAREA", first + 2), value("_NET_WORKAREA", first + 3)};
+    return {value(0), value(1), value(2), value(3)};
 }
 
 } // namespace corvatto
