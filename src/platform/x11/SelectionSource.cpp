@@ -1,7 +1,6 @@
 #include "platform/x11/SelectionSource.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace corvatto {
 namespace {
@@ -61,9 +60,8 @@ void SelectionSource::list(Listed done) {
 
 void SelectionSource::nameTargets(const QByteArray& bytes, const Listed& done) {
     std::vector<xcb_atom_t> atoms(static_cast<std::size_t>(bytes.size()) / sizeof(xcb_atom_t));
-    if (!atoms.empty()) { // an empty vector has no address that memcpy() may take
-        std::memcpy(atoms.data(), bytes.constData(), atoms.size() * sizeof(xcb_atom_t));
-    }
+    // Not memcpy(): an owner may list nothing, and an empty vector has no address.
+    std::copy_n(bytes.constData(), atoms.size() * sizeof(xcb_atom_t), reinterpret_cast<char*>(atoms.data()));
     std::erase(atoms, xcb_atom_t{XCB_ATOM_NONE});
     // The mark of secrecy counts wherever it stands in the list.
     const auto hint =
