@@ -6,9 +6,13 @@ namespace corvatto {
 
 CommandLine CommandLine::parse(const QStringList& arguments) {
     static const QHash<QString, Action> actions{
-        {QStringLiteral("--show"), Action::show},     {QStringLiteral("--toggle"), Action::toggle},
-        {QStringLiteral("--quit"), Action::quit},     {QStringLiteral("--version"), Action::printVersion},
-        {QStringLiteral("-v"), Action::printVersion}, {QStringLiteral("--help"), Action::printHelp},
+        {QStringLiteral("--show"), Action::show},
+        {QStringLiteral("--toggle"), Action::toggle},
+        {QStringLiteral("--quit"), Action::quit},
+        {QStringLiteral("--version"), Action::printVersion},
+        {QStringLiteral("--status"), Action::printStatus},
+        {QStringLiteral("-v"), Action::printVersion},
+        {QStringLiteral("--help"), Action::printHelp},
         {QStringLiteral("-h"), Action::printHelp},
     };
     CommandLine commandLine;
@@ -38,6 +42,7 @@ QString CommandLine::helpText() {
         "  --toggle       show or hide it; to be bound to a key where a desktop grants no\n"
         "                 global shortcut\n"
         "  --quit         end the running Corvatto\n"
+        "  --status       print which version runs, and on which display system\n"
         "  -v, --version  print the version\n"
         "  -h, --help     print this help\n"
         "\n"
@@ -54,6 +59,7 @@ QString requestFor(CommandLine::Action action) {
         return QStringLiteral("toggle");
     case CommandLine::Action::quit:
         return QStringLiteral("quit");
+    case CommandLine::Action::printStatus:
     case CommandLine::Action::printVersion:
     case CommandLine::Action::printHelp:
         break;

@@ -14,6 +14,7 @@ struct CommandLine {
         show, // this and the next two are requests to the running instance
         toggle,
         quit,
+        printStatus, // asks the running instance, too
         printVersion,
         printHelp,
     };

@@ -26,6 +26,8 @@ constexpr qint64 longestRequest = 64;
 // Of the path of the directory. The socket's own name is longer for a moment, while QLocalServer creates it.
 constexpr std::size_t longestDirectory = sizeof sockaddr_un::sun_path - sizeof "/instance-XXXXXX/s";
 const char done[] = "done\n";
+constexpr std::size_t longestAnswer = 1024;
+const QString statusRequest = QStringLiteral("status");
 
 struct Descriptor {
     const int value;
@@ -129,6 +131,9 @@ void SingleInstance::answer(QLocalSocket* socket) {
         return;
     }
     const QString request = QString::fromUtf8(socket->readLine(longestRequest)).trimmed();
+    if (request == statusRequest) {
+        socket->write(m_status.toUtf8() + '\n');
+    }
     socket->write(done);
     socket->flush();
     socket->disconnectFromServer();
@@ -136,6 +141,18 @@ void SingleInstance::answer(QLocalSocket* socket) {
 }
 
 SingleInstance::Answer SingleInstance::send(const QString& request) const {
+    QByteArray text;
+    return exchange(request, text);
+}
+
+SingleInstance::Answer SingleInstance::status(QString& status) const {
+    QByteArray text;
+    const Answer answer = exchange(statusRequest, text);
+    status = QString::fromUtf8(text).trimmed();
+    return answer;
+}
+
+SingleInstance::Answer SingleInstance::exchange(const QString& request, QByteArray& text) const {
     // Not with Qt's sockets, which need an application object and its event loop.
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -154,12 +171,17 @@ SingleInstance::Answer SingleInstance::send(const QString& request) const {
         return errno == EAGAIN ? Answer::None : Answer::Nobody;
     }
     const QByteArray line = request.toUtf8() + '\n';
-    std::array<char, sizeof done - 1> answer{};
-    const bool isDone =
-        write(descriptor.value, line.constData(), static_cast<std::size_t>(line.size())) == line.size() &&
-        recv(descriptor.value, answer.data(), answer.size(), MSG_WAITALL) == ssize_t{answer.size()} &&
-        std::equal(answer.begin(), answer.end(), done);
-    return isDone ? Answer::Done : Answer::None;
+    if (write(descriptor.value, line.constData(), static_cast<std::size_t>(line.size())) != line.size()) {
+        return Answer::None;
+    }
+    std::array<char, longestAnswer> answer{};
+    const ssize_t length = recv(descriptor.value, answer.data(), answer.size(), MSG_WAITALL); // to its end
+    text = QByteArray(answer.data(), std::max(length, ssize_t{0}));
+    if (!text.endsWith(done)) {
+        return Answer::None;
+    }
+    text.chop(sizeof done - 1);
+    return Answer::Done;
 }
 
 } // namespace corvatto

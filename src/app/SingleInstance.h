@@ -23,6 +23,9 @@ public:
     // Calls `handle` from the event loop with each request. Requests of other users are not read.
     void listen(std::function<void(const QString& request)> handle);
 
+    // What to tell who asks for the status: one line.
+    void setStatus(const QString& status) { m_status = status; }
+
     enum class Answer {
         Done,  // the running instance does what it was asked to
         None,  // it does not answer, and will not do it later
@@ -33,18 +36,23 @@ public:
     // for a process that does nothing else.
     Answer send(const QString& request) const;
 
+    // Asks the running instance for its status in the same way.
+    Answer status(QString& status) const;
+
     // $XDG_RUNTIME_DIR/corvatto, else a directory of the user's own below the system's temporary one, also
     // when the path is too long for the name of a socket.
     static QString defaultDirectory();
 
 private:
     void answer(QLocalSocket* socket);
+    Answer exchange(const QString& request, QByteArray& text) const;
     bool isDirectoryOurs() const; // prints a line when it is not
 
     QString m_directory;
     QString m_socketPath;
     QLockFile m_lock;
     QLocalServer m_server;
+    QString m_status;
     std::function<void(const QString& request)> m_handle;
 };
 

@@ -2,7 +2,7 @@
 // top of it.
 #pragma once
 
-#include "app/Platform.h"
+#include "app/Session.h"
 #include "platform/qt/QtScreens.h"
 #include "platform/x11/X11HotKeyCenter.h"
 #include "platform/x11/X11Pasteboard.h"
@@ -11,29 +11,18 @@
 #include "platform/x11/X11WindowPresenter.h"
 #include "platform/x11/X11Workspace.h"
 
-#include <QApplication>
-
 #include <memory>
 
 namespace corvatto {
 
 // Main thread.
-class X11Session {
+class X11Session : public Session {
 public:
-    // Creates the application object on the display of $DISPLAY. Null when that cannot be reached, after a
-    // printed line. Keeps references to both arguments.
-    static std::unique_ptr<QApplication> newApplication(int& argc, char** argv);
-
-    // Opens a session on the same display, while there is an application object. Null when the server takes
-    // no more connections, after a printed line.
+    // Opens a session on the display of $DISPLAY. Null when the server takes no more connections, after a
+    // printed line.
     static std::unique_ptr<X11Session> open();
 
-    // What this session implements. Lives as long as the session.
-    Platform platform();
-
-    // Runs the event loop, and returns the exit status of the program. When the server is lost, prints a
-    // line; the status is then EXIT_FAILURE, unless Qt ends the process with it right there.
-    int runEventLoop();
+    Platform platform() override;
 
 private:
     explicit X11Session(std::unique_ptr<XcbConnection> connection);

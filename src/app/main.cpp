@@ -1,9 +1,9 @@
 // The entry of the program: arguments, single instance, session, delegate, event loop.
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/SessionStart.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
-#include "app/X11Session.h"
 #include "base/Diagnostics.h"
 #include "platform/qt/ApplicationSupport.h"
 #include "platform/qt/IcuRelativeDateTimeFormatter.h"
@@ -47,9 +47,27 @@ std::optional<int> printInformation(const CommandLine& commandLine) {
     return std::nullopt;
 }
 
+using Answer = SingleInstance::Answer;
+
+int reportNoAnswer(Answer answer) {
+    std::fputs(answer == Answer::Nobody ? "corvatto: no Corvatto is running.\n"
+                                        : "corvatto: a Corvatto is running, but it does not answer.\n",
+               stderr);
+    return EXIT_FAILURE;
+}
+
+int printStatus(const SingleInstance& instance) {
+    QString status;
+    const Answer answer = instance.status(status);
+    if (answer != Answer::Done) {
+        return reportNoAnswer(answer);
+    }
+    std::puts(qUtf8Printable(status));
+    return EXIT_SUCCESS;
+}
+
 // Passes the request on to the running instance. Absent when there is none and this process becomes it.
 std::optional<int> forwardToRunningInstance(SingleInstance& instance, CommandLine::Action action) {
-    using Answer = SingleInstance::Answer;
     const bool starts = action == CommandLine::Action::run;
     // The other instance may still be starting and not listen yet, or be about to end.
     const QDeadlineTimer deadline(std::chrono::seconds(5));
@@ -65,11 +83,7 @@ std::optional<int> forwardToRunningInstance(SingleInstance& instance, CommandLin
             QThread::msleep(50);
             continue;
         }
-        std::fputs(answer == Answer::Nobody && !starts
-                       ? "corvatto: no Corvatto is running.\n"
-                       : "corvatto: a Corvatto is running, but it does not answer.\n",
-                   stderr);
-        return EXIT_FAILURE;
+        return reportNoAnswer(starts ? Answer::None : answer);
     }
 }
 
@@ -102,41 +116,41 @@ int main(int argc, char** argv) {
         return *status;
     }
     SingleInstance instance(SingleInstance::defaultDirectory());
+    if (commandLine.action == CommandLine::Action::printStatus) {
+        return printStatus(instance);
+    }
     if (const auto status = forwardToRunningInstance(instance, commandLine.action)) {
         return *status;
     }
 
     // Qt's messages about images that it cannot read may quote them.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false"));
-    const auto application = X11Session::newApplication(argc, argv);
-    if (!application) {
-        return EXIT_FAILURE;
-    }
     // As trays and the class of the windows show it; the desktop entry goes by the same class.
     QApplication::setApplicationName(QStringLiteral("Corvatto"));
     QApplication::setApplicationVersion(QStringLiteral(CORVATTO_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("corvatto"));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/corvatto.svg")));
-    const auto session = X11Session::open();
-    if (!session) {
+    const StartedSession started = startSession(argc, argv);
+    if (!started.session) {
         return EXIT_FAILURE;
     }
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/corvatto.svg")));
 
     IniUserDefaults defaults(settingsFilePath());
     QtAlerts alerts;
     const IcuRelativeDateTimeFormatter relativeTimes(QLocale::system().bcp47Name());
-    const Platform platform = session->platform();
+    const Platform platform = started.session->platform();
     UpdateChecker updateChecker({defaults, alerts, platform.workspace}, ProductAddresses::updateDocument,
                                 QStringLiteral(CORVATTO_VERSION));
     UpdateChecker::install(updateChecker);
     AppDelegate delegate(
         {QStringLiteral(CORVATTO_VERSION), applicationSupportDirectory(), defaults, alerts, relativeTimes},
         platform);
-    QObject::connect(application.get(), &QApplication::aboutToQuit, &delegate,
-                     &AppDelegate::applicationWillTerminate);
+    QObject::connect(qApp, &QApplication::aboutToQuit, &delegate, &AppDelegate::applicationWillTerminate);
     const TerminationSignals signals([&delegate] { delegate.terminate(); });
+    instance.setStatus(QStringLiteral("Corvatto " CORVATTO_VERSION ". ") +
+                       description(started.displaySystem));
     // First, so that a request that comes while the panel opens waits for its answer in the event loop.
     instance.listen([&delegate](const QString& request) { handleRequest(delegate, request); });
     delegate.applicationDidFinishLaunching();
-    return session->runEventLoop();
+    return Session::runEventLoop();
 }

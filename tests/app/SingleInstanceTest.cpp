@@ -56,6 +56,11 @@ TEST_F(SingleInstanceTest, NeitherWhatACrashLeftNorANonsenseRequestIsInTheWay) {
     EXPECT_TRUE(gives(Answer::None, QString(100'000, QLatin1Char('x'))));
     EXPECT_TRUE(gives(Answer::Done, QStringLiteral("show")));
     EXPECT_EQ(requests, 1);
+    first.setStatus(QStringLiteral("well"));
+    EXPECT_TRUE(inChild([this] {
+        QString status;
+        return SingleInstance(home.path()).status(status) == Answer::Done && status == u"well";
+    }));
 }
 
 // Even one to whom the way to the socket stands open.

@@ -1,0 +1,119 @@
+#include "app/SessionStart.h"
+
+#include "app/X11Session.h"
+#include "base/Diagnostics.h"
+#include "platform/wayland/CompositorProbe.h"
+
+#include <QDir>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace corvatto {
+namespace {
+
+bool hasWaylandPlugin() {
+    const QStringList libraries = QCoreApplication::libraryPaths();
+    return std::any_of(libraries.cbegin(), libraries.cend(), [](const QString& path) {
+        return !QDir(path + QStringLiteral("/platforms"))
+                    .entryList({QStringLiteral("libqwayland*.so")}, QDir::Files)
+                    .isEmpty();
+    });
+}
+
+DisplayFacts lookAround() {
+    const CompositorAbilities compositor = probeCompositor();
+    return {compositor.isReachable, compositor.controlsClipboard, compositor.hasLayers, hasWaylandPlugin(),
+            &XcbConnection::serverIsReachable};
+}
+
+DisplaySystem bestWanted() {
+    const QString name = qEnvironmentVariable("CORVATTO_PLATFORM");
+    const auto wanted = displaySystemNamed(name);
+    if (!wanted && !name.isEmpty()) {
+        printLine(QStringLiteral("[CorvattoApp] ERROR: CORVATTO_PLATFORM is \"%1\", which is none of "
+                                 "\"wayland\", \"wayland-clipboard\" and \"x11\"; not used.")
+                      .arg(name));
+    }
+    // The native ways are being built.
+    return std::max(wanted.value_or(DisplaySystem::wayland), DisplaySystem::xwayland);
+}
+
+// Sets variables of the environment as long as it lives. Qt reads them in that time; programs that are opened
+// later do not inherit them.
+class ScopedEnvironment {
+public:
+    ScopedEnvironment(std::initializer_list<std::pair<const char*, const char*>> variables) {
+        for (const auto& [name, value] : variables) {
+            m_before.emplace_back(name, qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name))
+                                                                        : std::nullopt);
+            qputenv(name, value);
+        }
+    }
+    ~ScopedEnvironment() {
+        for (const auto& [name, value] : m_before) {
+            value ? qputenv(name, *value) : qunsetenv(name);
+        }
+    }
+    ScopedEnvironment(const ScopedEnvironment&) = delete;
+    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+private:
+    std::vector<std::pair<const char*, std::optional<QByteArray>>> m_before;
+};
+
+std::unique_ptr<QApplication> newApplication(DisplaySystem system, int& argc, char** argv) {
+    if (system != DisplaySystem::wayland) {
+        const ScopedEnvironment environment{{"QT_QPA_PLATFORM", "xcb"}};
+        return std::make_unique<QApplication>(argc, argv);
+    }
+    const ScopedEnvironment environment{
+        {"QT_QPA_PLATFORM", "wayland;xcb"},
+        // Our windows are painted into shared memory. Qt would load OpenGL and its compiler, 50 MB of it.
+        {"QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none"},
+        // A window with Qt::BypassWindowManagerHint is given no role by Qt: the panel takes its own.
+        {"QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1"},
+    };
+    return std::make_unique<QApplication>(argc, argv);
+}
+
+std::unique_ptr<Session> openSession(DisplaySystem /*system*/) {
+    return X11Session::open();
+}
+
+// The ways after `system` that work with the application object that there is.
+std::optional<DisplaySystem> nextAfter(DisplaySystem system, const DisplayFacts& facts) {
+    if (system == DisplaySystem::x11 || QApplication::platformName() != QLatin1String("xcb")) {
+        return std::nullopt;
+    }
+    return chooseDisplaySystem(facts, static_cast<DisplaySystem>(static_cast<int>(system) + 1));
+}
+
+} // namespace
+
+StartedSession startSession(int& argc, char** argv) {
+    StartedSession started;
+    const DisplayFacts facts = lookAround();
+    auto system = chooseDisplaySystem(facts, bestWanted());
+    if (!system) {
+        // Qt would abort here, with a message for developers.
+        printLine(u"[CorvattoApp] ERROR: Cannot connect to an X server, is DISPLAY set?");
+        return started;
+    }
+    started.application = newApplication(*system, argc, argv);
+    if (*system == DisplaySystem::wayland && QApplication::platformName() == QLatin1String("xcb")) {
+        system = nextAfter(*system, facts); // Qt could not talk to the compositor
+    }
+    for (; system && !started.session; system = nextAfter(*system, facts)) {
+        started.session = openSession(*system);
+        started.displaySystem = *system;
+    }
+    if (started.session) {
+        printLine(QStringLiteral("[CorvattoApp] %1").arg(description(started.displaySystem)));
+    }
+    return started;
+}
+
+} // namespace corvatto
