@@ -70,7 +70,8 @@ void makePrivate(const QString& path) {
                                  std::filesystem::perm_options::remove, error);
 }
 
-std::optional<FileError> writeFileAtomically(const QString& path, const QByteArray& bytes) {
+std::optional<FileError> writeFileAtomically(const QString& path, const QByteArray& bytes,
+                                             const std::function<bool()>& mayReplace) {
     errno = 0;
     QSaveFile file(path);
     // Otherwise QSaveFile writes in place when the directory refuses new files, and a crash leaves half a
@@ -78,7 +79,13 @@ std::optional<FileError> writeFileAtomically(const QString& path, const QByteArr
     file.setDirectWriteFallback(false);
     // commit() syncs too, but ignores failures, by which some file systems report a full disk.
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
-        !sync(file.handle()) || !file.commit() || !syncDirectory(nativePath(path).parent_path())) {
+        !sync(file.handle())) {
+        return errorFrom(file, errno, path);
+    }
+    if (mayReplace && !mayReplace()) {
+        return FileError{ECANCELED, path, QString::fromLocal8Bit(std::strerror(ECANCELED))};
+    }
+    if (!file.commit() || !syncDirectory(nativePath(path).parent_path())) {
         return errorFrom(file, errno, path);
     }
     return std::nullopt;

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace corvatto {
@@ -29,8 +30,10 @@ void makePrivate(const QString& path);
 
 // Writes to a temporary file beside `path`, syncs it, moves it into place and syncs the directory, so that
 // `path` holds either its old content or all of `bytes`, also after a loss of power. After success it is
-// `bytes`.
-std::optional<FileError> writeFileAtomically(const QString& path, const QByteArray& bytes);
+// `bytes`. `mayReplace` is asked once the slow part is done; when it says no, the old content stays and the
+// error is ECANCELED.
+std::optional<FileError> writeFileAtomically(const QString& path, const QByteArray& bytes,
+                                             const std::function<bool()>& mayReplace = {});
 
 std::optional<FileError> removeFile(const QString& path);
 

@@ -6,11 +6,17 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
 #include <chrono>
 
 #include <sys/stat.h>
 
 namespace corvatto {
+namespace {
+
+constexpr int writeAttempts = 5;
+
+} // namespace
 
 IniUserDefaults::IniUserDefaults(const QString& settingsFile) : m_path(settingsFile) {
     if (m_path.isEmpty()) {
@@ -90,15 +96,24 @@ void IniUserDefaults::load() {
 }
 
 void IniUserDefaults::write() {
-    if (stampOfFile() != m_stamp) {
-        load(); // an edit that has not been noticed yet
+    // An edit that somebody makes while the disk is busy with ours is not overwritten.
+    bool failed = false;
+    int attemptsLeft = writeAttempts;
+    for (bool isOvertaken = true; isOvertaken && attemptsLeft > 0; --attemptsLeft) {
+        if (stampOfFile() != m_stamp) {
+            load(); // an edit that has not been noticed yet
+        }
+        IniDocument changed = m_document;
+        for (auto unsaved = m_unsaved.cbegin(); unsaved != m_unsaved.cend(); ++unsaved) {
+            changed.setValue(unsaved.key(), unsaved.value());
+        }
+        // What cannot be read is not replaced.
+        const auto error = m_isReadable ? writeFileAtomically(m_path, changed.text(),
+                                                              [this] { return stampOfFile() == m_stamp; })
+                                        : std::optional(FileError{EACCES, m_path, {}});
+        failed = error.has_value();
+        isOvertaken = failed && error->code == ECANCELED;
     }
-    IniDocument changed = m_document;
-    for (auto unsaved = m_unsaved.cbegin(); unsaved != m_unsaved.cend(); ++unsaved) {
-        changed.setValue(unsaved.key(), unsaved.value());
-    }
-    // What cannot be read is not replaced.
-    const bool failed = !m_isReadable || writeFileAtomically(m_path, changed.text()).has_value();
     if (failed && !m_hasWriteFailed) {
         printLine(QStringLiteral("[UserDefaults] ERROR: Cannot write %1").arg(m_path));
     }

@@ -12,7 +12,26 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
+#include <utility>
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+std::function<void()> duringSync; // called once
+
+} // namespace
+
+// The disk's, and what happens meanwhile.
+int fsync(int descriptor) {
+    if (const auto meanwhile = std::exchange(duringSync, nullptr)) {
+        meanwhile();
+    }
+    return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
 
 namespace corvatto {
 namespace {
@@ -65,6 +84,18 @@ TEST_F(IniDefaults, OwnWritesAreAnnouncedOnceAndEditsOfTheSameMomentAreNotMissed
         EXPECT_TRUE(test::eventually([&] { return changes == 2 * i - 1; })) << i;
         EXPECT_EQ(defaults->integer(count), i + 1);
     }
+}
+
+TEST_F(IniDefaults, AnEditMadeWhileTheDiskIsBusyWithOursIsKept) {
+    open();
+    defaults->setInteger(count, 1);
+    duringSync = [this] {
+        edit("[General]\nmaxRetentionDays=7\n", path);
+    };
+    defaults->setInteger(count, 2);
+    EXPECT_EQ(defaults->integer(days), 7);
+    EXPECT_TRUE(onDisk().contains("maxRetentionDays=7") && onDisk().contains("maxItemCount=2"))
+        << onDisk().data();
 }
 
 TEST_F(IniDefaults, WhatCannotBeWrittenHoldsForTheRunAndCostsOneLine) {
