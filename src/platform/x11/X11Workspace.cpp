@@ -1,16 +1,10 @@
 #include "platform/x11/X11Workspace.h"
 
-#include <QDesktopServices>
-#include <QStandardPaths>
-
 #include <unistd.h>
 
 namespace corvatto {
 
-X11Workspace::X11Workspace(XcbConnection& connection)
-    : m_connection(connection),
-      m_entries(QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation),
-                desktopEntryLanguages()) {}
+X11Workspace::X11Workspace(XcbConnection& connection) : m_connection(connection) {}
 
 // The first value of a property; zero without one.
 quint32 X11Workspace::value(xcb_window_t window, const char* name, xcb_atom_t type) const {
@@ -30,14 +24,9 @@ QString X11Workspace::nameOfCopySource(xcb_window_t clipboardOwner) {
         // Programs whose class is not the name of their desktop entry say which it is.
         const QString entry = QString::fromUtf8(
             m_connection.property(active, "_GTK_APPLICATION_ID", m_connection.atom("UTF8_STRING")));
-        const auto known = m_entries.nameForWindowClass(entry);
-        name = known ? *known : m_entries.nameForWindowClass(windowClass).value_or(windowClass);
+        name = applicationName({entry, windowClass});
     }
     return name;
-}
-
-bool X11Workspace::openURL(const QUrl& url) {
-    return QDesktopServices::openUrl(url);
 }
 
 } // namespace corvatto

@@ -1,15 +1,13 @@
-// The application in front on an X11 desktop, as the window manager tells it, and the desktop's opener of
-// addresses.
+// The application in front on an X11 desktop, as the window manager tells it.
 #pragma once
 
-#include "platform/Workspace.h"
-#include "platform/freedesktop/DesktopEntries.h"
+#include "platform/freedesktop/FreedesktopWorkspace.h"
 #include "platform/x11/XcbConnection.h"
 
 namespace corvatto {
 
 // Main thread.
-class X11Workspace : public Workspace {
+class X11Workspace : public FreedesktopWorkspace {
 public:
     // The connection outlives the workspace.
     explicit X11Workspace(XcbConnection& connection);
@@ -21,14 +19,10 @@ public:
     // the X server.
     QString nameOfCopySource(xcb_window_t clipboardOwner);
 
-    // Through the desktop's own opener (xdg-open, where there is one).
-    bool openURL(const QUrl& url) override;
-
 private:
     quint32 value(xcb_window_t window, const char* name, xcb_atom_t type) const;
 
     XcbConnection& m_connection;
-    DesktopEntries m_entries;
 };
 
 } // namespace corvatto
