@@ -1,0 +1,142 @@
+// Where a copy comes from, as both protocols tell it.
+#include "platform/wayland/WaylandWorkspace.h"
+
+#include "FakeToplevels.h"
+#include "support/Eventually.h"
+#include "support/Printing.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QStandardPaths>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace corvatto::test {
+namespace {
+
+class Workspace : public ::testing::Test {
+protected:
+    Workspace() {
+        QGuiApplication::setApplicationName(QStringLiteral("Corvatto"));
+        QGuiApplication::setDesktopFileName(QStringLiteral("corvatto"));
+    }
+
+    bool soonNamed(WaylandWorkspace& workspace, const char* name) {
+        return eventually([&] { return workspace.nameOfCopySource(false) == QLatin1String(name); },
+                          std::chrono::seconds(2));
+    }
+
+    WaylandServer server;
+};
+
+struct Protocol {
+    const char* name;
+    std::function<std::unique_ptr<FakeToplevels>(WaylandServer&)> offer;
+};
+
+class WorkspaceWithToplevels : public Workspace, public ::testing::WithParamInterface<Protocol> {
+protected:
+    std::unique_ptr<FakeToplevels> toplevels = GetParam().offer(server);
+    std::unique_ptr<WaylandConnection> connection = server.connect();
+    WaylandWorkspace workspace{*connection};
+
+    void SetUp() override {
+        bool isBound = false;
+        connection->sync([&isBound] { isBound = true; });
+        ASSERT_TRUE(eventually([&isBound] { return isBound; }));
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(, WorkspaceWithToplevels,
+                         ::testing::Values(Protocol{"Wlr1",
+                                                    [](WaylandServer& server) {
+                                                        return std::make_unique<FakeWlrToplevels>(server, 1);
+                                                    }},
+                                           Protocol{"Wlr3",
+                                                    [](WaylandServer& server) {
+                                                        return std::make_unique<FakeWlrToplevels>(server, 3);
+                                                    }},
+                                           Protocol{"Plasma",
+                                                    [](WaylandServer& server) {
+                                                        return std::make_unique<FakePlasmaToplevels>(server,
+                                                                                                     16);
+                                                    }}),
+                         [](const auto& each) { return each.param.name; });
+
+TEST_P(WorkspaceWithToplevels, TheSourceIsTheActiveWindowOrTheLastOneUnderAWindowOfOurs) {
+    const QDir entries(QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation));
+    QFile entry(entries.filePath(QStringLiteral("org.example.Writer.desktop")));
+    ASSERT_TRUE(entries.mkpath(QStringLiteral(".")) && entry.open(QIODevice::WriteOnly));
+    entry.write("[Desktop Entry]\nName=Writer\n");
+    entry.close();
+
+    toplevels->open(1, "org.example.Writer");
+    toplevels->open(2, "unknown");
+    toplevels->activate(1);
+    EXPECT_TRUE(soonNamed(workspace, "Writer"));
+    toplevels->activate(2);
+    EXPECT_TRUE(soonNamed(workspace, "unknown"));
+    toplevels->activate(0);
+    EXPECT_TRUE(soonNamed(workspace, "")) << "nothing is in front of an empty desktop";
+
+    QWindow panel;
+    panel.show();
+    panel.requestActivate();
+    EXPECT_TRUE(soonNamed(workspace, "unknown"));
+    toplevels->close(1);
+    toplevels->close(2);
+    EXPECT_TRUE(soonNamed(workspace, ""));
+    toplevels->open(3, "third");
+    toplevels->close(3);
+    toplevels->open(4, "fourth");
+    toplevels->activate(4);
+    EXPECT_TRUE(soonNamed(workspace, "fourth"));
+}
+
+TEST_P(WorkspaceWithToplevels, OurOwnWindowsAreTheSourceOnlyOfWhatIsCopiedInThem) {
+    toplevels->open(1, "other");
+    toplevels->open(2, "Corvatto");
+    toplevels->activate(1);
+    EXPECT_TRUE(soonNamed(workspace, "other"));
+    toplevels->activate(2);
+    EXPECT_TRUE(soonNamed(workspace, ""));
+    EXPECT_EQ(workspace.nameOfCopySource(true), u"Corvatto");
+}
+
+TEST_F(Workspace, AWindowIsActiveWithTheEndOfWhatIsSaidOfIt) {
+    FakeWlrToplevels toplevels(server, 3);
+    const auto connection = server.connect();
+    WaylandWorkspace workspace(*connection);
+    const auto hear = [&connection] {
+        bool isHeard = false;
+        connection->sync([&isHeard] { isHeard = true; });
+        return eventually([&isHeard] { return isHeard; });
+    };
+    ASSERT_TRUE(hear());
+    toplevels.open(1, "first");
+    toplevels.open(2, "second");
+    toplevels.activate(1);
+    toplevels.announceStateWithoutDone(2, true);
+    ASSERT_TRUE(hear());
+    EXPECT_EQ(workspace.nameOfCopySource(false), u"first");
+    // Two seats, with a window each. The first one's announces a change that is none of this.
+    toplevels.announceState(2, true);
+    toplevels.announceState(1, true);
+    ASSERT_TRUE(hear());
+    EXPECT_EQ(workspace.nameOfCopySource(false), u"second");
+}
+
+TEST_F(Workspace, NamesAreEmptyWhereTheCompositorDoesNotTell) {
+    const FakePlasmaToplevels tooOld(server, 12);
+    const auto connection = server.connect();
+    WaylandWorkspace workspace(*connection);
+    EXPECT_EQ(workspace.nameOfCopySource(false), QString());
+    EXPECT_EQ(workspace.nameOfCopySource(true), u"Corvatto");
+}
+
+} // namespace
+} // namespace corvatto::test
