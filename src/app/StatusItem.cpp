@@ -63,11 +63,12 @@ void StatusItem::show() {
     m_icon.emplace(paperclipIcon());
     m_icon->setContextMenu(&m_menu);
     m_icon->setToolTip(QStringLiteral("Corvatto"));
-    // The menu opens at any click, not only at one with the secondary button.
+    // Any click opens the menu, not only one with the secondary button. Where a program cannot open it, the
+    // click does what is most likely wanted of the menu.
     QObject::connect(&*m_icon, &QSystemTrayIcon::activated, &m_menu,
                      [this](QSystemTrayIcon::ActivationReason reason) {
-                         if (reason == QSystemTrayIcon::Trigger) {
-                             m_tray.openMenu(m_menu);
+                         if (reason == QSystemTrayIcon::Trigger && !m_tray.openMenu(m_menu)) {
+                             m_actions.showHistory();
                          }
                      });
     m_icon->show();

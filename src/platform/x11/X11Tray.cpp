@@ -22,8 +22,9 @@ void X11Tray::startWatching() {
     m_statusNotifierHost.startWatching();
 }
 
-void X11Tray::openMenu(QMenu& menu) {
+bool X11Tray::openMenu(QMenu& menu) {
     menu.popup(QCursor::pos()); // a tray on the bus does not tell where the icon is
+    return true;
 }
 
 void X11Tray::watchEmbeddingTrays() {

@@ -20,7 +20,7 @@ public:
     ~X11Tray() override;
 
     void startWatching() override;
-    void openMenu(QMenu& menu) override;
+    bool openMenu(QMenu& menu) override;
 
     void handleEvent(const xcb_generic_event_t& event) override;
 
