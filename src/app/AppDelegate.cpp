@@ -129,6 +129,9 @@ void AppDelegate::openPreferences() {
         connect(view, &PreferencesView::sameShortcutRecorded, this,
                 [this] { hotKeyManager().registerIfMissing(); });
         m_preferencesWindow = std::make_unique<PreferencesWindow>(view);
+        connect(view, &PreferencesView::recordingShortcutChanged, this, [this](bool isRecording) {
+            m_platform.presenter.setTakesAllKeys(*m_preferencesWindow, isRecording);
+        });
     }
     hotKeyManager().registerIfMissing(); // whoever has no shortcut comes here
     m_preferencesWindow->show();

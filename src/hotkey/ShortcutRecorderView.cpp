@@ -70,17 +70,23 @@ void ShortcutRecorderView::describe() {
     setAccessibleName(shortcutString(m_keyCode, m_modifiers));
 }
 
+void ShortcutRecorderView::setRecording(bool isRecording) {
+    if (m_isRecording != isRecording) {
+        m_isRecording = isRecording;
+        update();
+        Q_EMIT recordingChanged(isRecording);
+    }
+}
+
 void ShortcutRecorderView::startRecording() {
-    m_isRecording = true;
-    update();
+    setRecording(true);
     setFocus();
     m_cancelTimer.start();
 }
 
 void ShortcutRecorderView::leaveRecording() {
-    m_isRecording = false;
+    setRecording(false);
     m_cancelTimer.stop();
-    update();
     clearFocus();
 }
 
@@ -113,8 +119,7 @@ void ShortcutRecorderView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void ShortcutRecorderView::focusInEvent(QFocusEvent* event) {
     if (!keepsFocusWidget(*event)) {
-        m_isRecording = true;
-        update();
+        setRecording(true);
     }
 }
 

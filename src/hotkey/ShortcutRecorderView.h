@@ -30,6 +30,9 @@ public:
 
     QSize sizeHint() const override;
 
+Q_SIGNALS:
+    void recordingChanged(bool isRecording);
+
 protected:
     bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -41,6 +44,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void setRecording(bool isRecording);
     void startRecording();
     void cancelRecording();
     void finishRecording(qint64 keyCode, qint64 modifiers);

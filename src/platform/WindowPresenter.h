@@ -33,6 +33,10 @@ public:
     // Brings the visible top-level `window` to the desktop that the user works on, and gives it the keyboard,
     // even while another application is in front.
     virtual void activate(QWidget& window) = 0;
+
+    // While it `takes` all keys, those that the desktop would act on itself come to the visible top-level
+    // `window`, too, where the display system lets a program ask for that. One window only.
+    virtual void setTakesAllKeys(QWidget& window, bool takes) = 0;
 };
 
 } // namespace corvatto

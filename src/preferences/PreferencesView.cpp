@@ -158,6 +158,7 @@ void PreferencesView::buildHotkeySection() {
     QVBoxLayout* section = addSection(QStringLiteral("快捷键"), 10);
     auto* recorder = new ShortcutRecorder(m_defaults);
     connect(recorder, &ShortcutRecorder::recordedSame, this, &PreferencesView::sameShortcutRecorded);
+    connect(recorder, &ShortcutRecorder::recordingChanged, this, &PreferencesView::recordingShortcutChanged);
     addRow(*section, QStringLiteral("打开历史记录"), QStringLiteral("双击修改打开历史记录窗口的快捷键。"),
            centred(recorder));
 }

@@ -34,6 +34,8 @@ Q_SIGNALS:
     // The user has recorded the shortcut that is stored already.
     void sameShortcutRecorded();
 
+    void recordingShortcutChanged(bool isRecording);
+
 protected:
     void showEvent(QShowEvent* event) override;
 

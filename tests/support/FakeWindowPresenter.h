@@ -21,6 +21,7 @@ public:
     }
     void hidePanel(QWidget& panel) override { panel.hide(); }
     void activate(QWidget& window) override { window.activateWindow(); }
+    void setTakesAllKeys(QWidget& /*window*/, bool /*takes*/) override {}
 };
 
 } // namespace corvatto::test

@@ -30,6 +30,7 @@ public:
     bool showPanel(QWidget& panel) override;
     void hidePanel(QWidget& panel) override;
     void activate(QWidget& window) override;
+    void setTakesAllKeys(QWidget& /*window*/, bool /*takes*/) override {} // managers let no program ask
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
