@@ -1,5 +1,7 @@
 #include "EndToEndTest.h"
 
+#include "OrdinaryUser.h"
+
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QFile>
@@ -7,7 +9,6 @@
 #include <QUrl>
 
 #include <cstdio>
-#include <filesystem>
 #include <numeric>
 #include <stdexcept>
 
@@ -29,7 +30,6 @@ void EndToEndTest::TearDown() {
 }
 
 void EndToEndTest::keepPicture() {
-    std::filesystem::create_directories(SCREENSHOT_DIRECTORY);
     const auto& test = *::testing::UnitTest::GetInstance()->current_test_info();
     const QByteArray name = QByteArray(test.test_suite_name()) + '.' + test.name();
     const QString path =
@@ -202,6 +202,7 @@ QByteArray fileUrl(const QByteArray& path) {
 
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
+    corvatto::test::becomeOrdinaryUser();
     // For pictures and processes only: the tests look at the desktop through connections of their own.
     const QCoreApplication application(argc, argv);
     return RUN_ALL_TESTS();

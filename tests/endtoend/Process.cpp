@@ -2,8 +2,6 @@
 
 #include <QFile>
 
-#include <linux/capability.h>
-
 #include <csignal>
 #include <iostream>
 #include <stdexcept>
@@ -22,9 +20,6 @@ Process::Process(const QByteArray& program, const QByteArrayList& arguments,
     m_process.setChildProcessModifier([] {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         umask(022); // what many desktops start programs with: private files are the program's own doing
-        // Permissions of files bind root as well, or nothing would be unwritable in a container.
-        prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
-        prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
     });
     QStringList texts;
     for (const QByteArray& argument : arguments) {
