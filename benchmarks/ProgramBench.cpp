@@ -3,7 +3,7 @@
 #include "DataSets.h"
 #include "Suites.h"
 
-#include "endtoend/TestDesktop.h"
+#include "endtoend/X11Desktop.h"
 #include "endtoend/XClient.h"
 
 #include <QColor>
@@ -23,7 +23,7 @@ namespace {
 
 using test::Process;
 using test::soon;
-using test::TestDesktop;
+using test::X11Desktop;
 using test::XClient;
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
@@ -103,7 +103,7 @@ private:
             fake(XCB_KEY_RELEASE, keys);
             xcb_flush(raw());
         }
-        QRgb pixelAt(QPoint position) { return pixel(position).rgb(); }
+        QRgb pixelAt(QPoint position) { return picture({position, QSize(1, 1)}).pixel(0, 0); }
         quint32 cardinalOfActive(const char* property) { return cardinal(activeWindow(), property); }
         using XClient::raw;
 
@@ -136,7 +136,7 @@ private:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
-    TestDesktop m_desktop;
+    X11Desktop m_desktop;
     QProcessEnvironment m_environment;
     std::optional<Process> m_program;
 

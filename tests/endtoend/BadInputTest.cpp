@@ -8,7 +8,7 @@ namespace corvatto::test {
 
 namespace {
 
-using BadInputTest = EndToEndTest;
+using BadInputTest = X11Test;
 using std::filesystem::perms;
 
 } // namespace
@@ -20,7 +20,7 @@ TEST_F(BadInputTest, ADatabaseThatCannotBeWritten) {
     launch();
     copyText("nowhere to go");
     EXPECT_TRUE(soonPrinted("[ClipboardStore] ERROR: Insert failed: attempt to write a readonly database"));
-    x.key("Return"); // what is stored is of use nevertheless
+    desktop.key("Return"); // what is stored is of use nevertheless
     EXPECT_TRUE(soonHidden());
     EXPECT_EQ(paste(), "second");
     EXPECT_TRUE(soonPrinted(

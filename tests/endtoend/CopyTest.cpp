@@ -3,9 +3,12 @@
 
 namespace corvatto::test {
 
-using CopyTest = EndToEndTest;
+using CopyTest = DesktopTest;
+ON_EVERY_DESKTOP(CopyTest);
 
-TEST_F(CopyTest, TextIsStoredAsItIs) {
+using XCopyTest = X11Test;
+
+TEST_P(CopyTest, TextIsStoredAsItIs) {
     launch();
     const QByteArrayList texts{"  padded \t\r\n", "表情 👩‍👩‍👧‍👦 和中文，é",
                                QByteArray("before\0after\0", 13), "before"};
@@ -16,10 +19,10 @@ TEST_F(CopyTest, TextIsStoredAsItIs) {
     EXPECT_EQ(database.rows().size(), texts.size());
 }
 
-TEST_F(CopyTest, AnImageBecomesTwoFiles) {
+TEST_P(CopyTest, AnImageBecomesTwoFiles) {
     const QImage image = testImage({1000, 500});
     launch();
-    copy({{"image/tiff", encoded(image, "tiff")}, {"UTF8_STRING", "caption"}});
+    copy({{"image/tiff", encoded(image, "tiff")}, {textTarget, "caption"}});
     ASSERT_TRUE(soon([this] { return database.rows().size() == 1; }));
     const auto row = database.rows().first();
     EXPECT_EQ(row.type, "image");
@@ -27,19 +30,19 @@ TEST_F(CopyTest, AnImageBecomesTwoFiles) {
     EXPECT_EQ(decoded(bytesOf(row.thumbnail)).size(), QSize(720, 360));
 }
 
-TEST_F(CopyTest, FilesAreStoredByTheirPaths) {
+TEST_P(CopyTest, FilesAreStoredByTheirPaths) {
     const auto plain = desktop.writeFile("report.pdf", "x"),
                spaced = desktop.writeFile("my notes 50%.txt", "x"),
                chinese = desktop.writeFile("文件 100%25.txt", "x");
     const QByteArray all = spaced + '\n' + chinese + '\n' + plain;
     launch();
     copy({{"text/uri-list", fileUrl(spaced) + "\r\n" + fileUrl(chinese) + "\r\n" + fileUrl(plain)},
-          {"UTF8_STRING", all}});
+          {textTarget, all}});
     ASSERT_TRUE(soonStored(all));
     EXPECT_EQ(database.find(all)->type, "file");
 }
 
-TEST_F(CopyTest, TheSourceIsTheApplicationInFront) {
+TEST_F(XCopyTest, TheSourceIsTheApplicationInFront) {
     for (const QByteArray entry : {"falcon", "org.example.Heron"}) {
         desktop.writeFile("data/applications/" + entry + ".desktop",
                           "[Desktop Entry]\nType=Application\nExec=x\nName=" + entry + " Writer\n");
@@ -50,8 +53,8 @@ TEST_F(CopyTest, TheSourceIsTheApplicationInFront) {
     ASSERT_TRUE(soonStored("of nobody"));
     EXPECT_EQ(database.find("of nobody")->sourceApp, "");
     showPanel();
-    x.type("own words");
-    x.key("ctrl+a ctrl+c");
+    desktop.type("own words");
+    desktop.key("ctrl+a ctrl+c");
     ASSERT_TRUE(soonStored("own words")); // an entry like any other copy's
     EXPECT_EQ(database.find("own words")->sourceApp, "Corvatto");
     EXPECT_EQ(paste(), "own words");
@@ -69,20 +72,20 @@ TEST_F(CopyTest, TheSourceIsTheApplicationInFront) {
     }
 }
 
-TEST_F(CopyTest, WhatIsCopiedLastIsRecordedBeforeTheNextLook) {
+TEST_P(CopyTest, WhatIsCopiedLastIsRecordedBeforeTheNextLook) {
     setSetting("clipboardPollingInterval", 5); // seconds
     database.fill({{"newest"}, {"second"}});
     launch();
     hidePanel();
     const auto copyUnseen = [this](const QByteArray& text) {
         copyText(text);
-        return soon([this] { return owner->hasPrinted("sent UTF8_STRING"); });
+        return soon([this] { return owner->hasPrinted("sent " + textTarget); });
     };
     ASSERT_TRUE(copyUnseen("before the shortcut"));
     showPanel();
     EXPECT_TRUE(database.find("before the shortcut"));
     ASSERT_TRUE(copyUnseen("before the choice"));
-    x.key("Return");
+    desktop.key("Return");
     ASSERT_TRUE(soonHidden());
     EXPECT_EQ(paste(), "newest"); // the second of the list that was on show
     EXPECT_TRUE(database.find("before the choice"));

@@ -1,6 +1,7 @@
 #include "EndToEndTest.h"
 
 #include "OrdinaryUser.h"
+#include "SwayDesktop.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -14,8 +15,9 @@
 
 namespace corvatto::test {
 
-EndToEndTest::EndToEndTest(const TestDesktop::Options& options)
-    : desktop(options), x(desktop.display()), database(desktop.dataDirectory() + "/corvatto.sqlite3") {
+EndToEndTest::EndToEndTest(std::unique_ptr<TestDesktop> newDesktop)
+    : m_desktop(std::move(newDesktop)), desktop(*m_desktop), textTarget(desktop.textTarget()),
+      database(desktop.dataDirectory() + "/corvatto.sqlite3") {
     setSetting("clipboardPollingInterval", 0.1); // seconds
 }
 
@@ -34,7 +36,7 @@ void EndToEndTest::keepPicture() {
     const QByteArray name = QByteArray(test.test_suite_name()) + '.' + test.name();
     const QString path =
         QStringLiteral(SCREENSHOT_DIRECTORY "/%1.png").arg(QString::fromUtf8(name).replace(u'/', u'-'));
-    x.screenshot().save(path);
+    desktop.screenshot().save(path);
     const auto end = [](const std::unique_ptr<Process>& process) {
         return process ? process->output().right(500) : QByteArray();
     };
@@ -64,52 +66,36 @@ void EndToEndTest::launch() {
 }
 
 void EndToEndTest::showPanel() {
-    x.key("super+shift+v");
+    desktop.key("super+shift+v");
     if (!soon([this] { return panelHasKeyboard(); })) {
         throw std::runtime_error("the shortcut does not show the panel");
     }
 }
 
 void EndToEndTest::hidePanel() {
-    x.key("Escape");
+    desktop.key("Escape");
     if (!soonHidden()) {
         throw std::runtime_error("Escape does not hide the panel");
     }
 }
 
-XClient::Window EndToEndTest::panel() {
-    for (const auto window : x.visibleWindows(program->pid())) {
-        if (x.title(window) == "Corvatto" && x.geometry(window).height() > 300) { // alerts are lower
-            return window;
-        }
-    }
-    return XCB_NONE;
-}
-
-bool EndToEndTest::panelHasKeyboard() {
-    const auto window = panel();
-    return window != XCB_NONE && x.activeWindow() == window;
+std::optional<int> EndToEndTest::corvatto(const QByteArrayList& arguments) {
+    return Process(CORVATTO_PROGRAM, arguments, desktop.environment(), true).exitStatus();
 }
 
 bool EndToEndTest::soonHidden() {
-    return soon([this] { return panel() == XCB_NONE; });
+    return soon([this] { return panelRect().isEmpty(); });
 }
 
 bool EndToEndTest::soonToggled(const QByteArray& keys) {
-    return soon([&, wasVisible = panel() != XCB_NONE] {
-        x.key(keys);
-        return soon([&] { return (panel() != XCB_NONE) != wasVisible; }, std::chrono::seconds(2));
+    return soon([&, wasHidden = panelRect().isEmpty()] {
+        desktop.key(keys);
+        return soon([&] { return panelRect().isEmpty() != wasHidden; }, std::chrono::seconds(2));
     });
 }
 
-bool EndToEndTest::isInFront(const QByteArray& title) {
-    const auto window = x.activeWindow();
-    return window != panel() && x.title(window) == title &&
-           x.cardinal(window, "_NET_WM_PID") == program->pid();
-}
-
 QPoint EndToEndTest::card(int index) {
-    const QRect rect = x.geometry(panel());
+    const QRect rect = panelRect();
     return {rect.x() + 28 + index * (320 + 18) + 160, rect.y() + rect.height() - 28 - 1 - 18 - 160};
 }
 
@@ -126,12 +112,6 @@ Process& EndToEndTest::copy(const QList<Offer>& offers, const QByteArrayList& op
         throw std::runtime_error("nobody takes the clipboard");
     }
     return *owner;
-}
-
-std::optional<QByteArray> EndToEndTest::paste(const QByteArray& target) {
-    Process client("xclip", {"-out", "-selection", "clipboard", "-target", target}, desktop.environment(),
-                   true);
-    return client.exitStatus() == 0 ? std::optional(client.output()) : std::nullopt;
 }
 
 bool EndToEndTest::soonStored(const QByteArray& content, qint64 copyCount) {
@@ -159,6 +139,20 @@ QList<Database::Row> EndToEndTest::rowsAfterNextCopy() {
     rows.removeIf([&](const Database::Row& row) { return row.content == next; });
     return rows;
 }
+
+namespace {
+
+std::unique_ptr<TestDesktop> newDesktop(DesktopKind kind, const TestDesktop::Options& options) {
+    if (kind == DesktopKind::X11) {
+        return std::make_unique<X11Desktop>(options);
+    }
+    return std::make_unique<SwayDesktop>(options);
+}
+
+} // namespace
+
+DesktopTest::DesktopTest(const TestDesktop::Options& options)
+    : EndToEndTest(newDesktop(GetParam(), options)) {}
 
 QList<Database::Entry> numberedEntries() {
     QList<Database::Entry> entries;

@@ -1,10 +1,11 @@
 // The scene of every end-to-end test: a desktop, the program on it, and other programs that copy and paste. A
 // failing test leaves a picture of its screen in the build directory.
+//
+// What holds on every desktop is tested on each, in suites of DesktopTest; X11Test is for what only X11 has.
 #pragma once
 
 #include "Database.h"
-#include "TestDesktop.h"
-#include "XClient.h"
+#include "X11Desktop.h"
 
 #include <QVariant>
 
@@ -19,7 +20,7 @@ struct Offer {
 
 class EndToEndTest : public ::testing::Test {
 protected:
-    explicit EndToEndTest(const TestDesktop::Options& options = {});
+    explicit EndToEndTest(std::unique_ptr<TestDesktop> newDesktop);
     void TearDown() override; // the program must have lived through the test, and must end in order
 
     void setSetting(const char* key, const QVariant& value);
@@ -30,21 +31,24 @@ protected:
     void showPanel(); // by the global shortcut, likewise
     void hidePanel(); // by Escape
 
-    XClient::Window panel(); // 0 while it is hidden
-    bool panelHasKeyboard();
+    // Another process of the program's with these arguments; returns its exit status.
+    std::optional<int> corvatto(const QByteArrayList& arguments);
+
+    QRect panelRect() { return desktop.panel(program->pid()); } // empty while it is hidden
+    bool panelHasKeyboard() { return desktop.panelHasKeyboard(program->pid()); }
     bool soonHidden();
     // Whether the keys show or hide the panel. Pressed again after a while, because the program may take
     // notice of a change of settings or of the keyboard later than the key arrives.
     bool soonToggled(const QByteArray& keys);
-    bool isInFront(const QByteArray& title); // a window of the program's that is not the panel
-    QPoint card(int index);                  // the centre of a card of the shelf while it is not scrolled
+    // A window of the program's that is not the panel has the keyboard.
+    bool isInFront(const QByteArray& title) { return desktop.titleInFront(program->pid()) == title; }
+    QPoint card(int index); // the centre of a card of the shelf while it is not scrolled
 
     // Another program takes the clipboard and keeps it until the next copy() or `owner.reset()`. The options
     // are those of clipboard_client.
     Process& copy(const QList<Offer>& offers, const QByteArrayList& options = {});
-    Process& copyText(const QByteArray& text) { return copy({{"UTF8_STRING", text}}); }
-    // The content of the clipboard as another program gets it; nothing when it is refused or does not come.
-    std::optional<QByteArray> paste(const QByteArray& target = "UTF8_STRING");
+    Process& copyText(const QByteArray& text) { return copy({{textTarget, text}}); }
+    std::optional<QByteArray> paste() { return desktop.paste(textTarget); }
 
     bool soonStored(const QByteArray& content, qint64 copyCount = 1);
     bool soonPrinted(const QByteArray& line);
@@ -52,8 +56,12 @@ protected:
     // that is stored: the copies before have then been dealt with. Returns what else is stored.
     QList<Database::Row> rowsAfterNextCopy();
 
-    TestDesktop desktop;
-    XClient x;
+private:
+    std::unique_ptr<TestDesktop> m_desktop;
+
+protected:
+    TestDesktop& desktop;
+    const QByteArray textTarget;
     Database database;
     std::unique_ptr<Process> program, owner;
 
@@ -61,6 +69,30 @@ private:
     void keepPicture();
 
     int m_copies = 0;
+};
+
+enum class DesktopKind { X11, Sway };
+
+class DesktopTest : public EndToEndTest, public ::testing::WithParamInterface<DesktopKind> {
+protected:
+    explicit DesktopTest(const TestDesktop::Options& options = {});
+    bool isX11() const { return GetParam() == DesktopKind::X11; }
+};
+
+#define ON_EVERY_DESKTOP(Suite)                                                                              \
+    INSTANTIATE_TEST_SUITE_P(                                                                                \
+        , Suite, ::testing::Values(DesktopKind::X11, DesktopKind::Sway),                                     \
+        [](const auto& desktop) { return desktop.param == DesktopKind::X11 ? "X11" : "Sway"; })
+
+class X11Test : public EndToEndTest {
+protected:
+    explicit X11Test(const TestDesktop::Options& options = {})
+        : EndToEndTest(std::make_unique<X11Desktop>(options)),
+          desktop(static_cast<X11Desktop&>(EndToEndTest::desktop)), x(desktop.client()) {}
+    XClient::Window panel() { return desktop.panelWindow(program->pid()); } // 0 while it is hidden
+
+    X11Desktop& desktop;
+    XClient& x;
 };
 
 QList<Database::Entry> numberedEntries(); // "entry 0", the newest, to "entry 16"

@@ -11,7 +11,7 @@ namespace corvatto::test {
 
 namespace {
 
-class KillTest : public EndToEndTest {
+class KillTest : public X11Test {
 protected:
     // By another process, so that the moment has nothing to do with what this one does.
     Process killAfter(double seconds) {

@@ -7,19 +7,17 @@ namespace corvatto::test {
 
 namespace {
 
-class LifecycleTest : public EndToEndTest {
-protected:
-    std::optional<int> corvatto(const QByteArrayList& arguments) {
-        return Process(CORVATTO_PROGRAM, arguments, desktop.environment(), true).exitStatus();
-    }
-};
+using LifecycleTest = DesktopTest;
+ON_EVERY_DESKTOP(LifecycleTest);
+
+using XLifecycleTest = X11Test;
 
 constexpr xcb_keycode_t keyV = 55, keyB = 56;
 constexpr quint16 shift = XCB_MOD_MASK_SHIFT, super = XCB_MOD_MASK_4, alt = XCB_MOD_MASK_1;
 
 } // namespace
 
-TEST_F(LifecycleTest, FilesAreTheUsersOwn) {
+TEST_P(LifecycleTest, FilesAreTheUsersOwn) {
     using std::filesystem::perms;
     const std::filesystem::path data = desktop.dataDirectory().constData();
     const auto settings = std::filesystem::path(desktop.settingsFile().constData()).parent_path();
@@ -56,7 +54,7 @@ TEST_F(LifecycleTest, FilesAreTheUsersOwn) {
     EXPECT_GE(files, 4); // database, image, thumbnail, settings
 }
 
-TEST_F(LifecycleTest, TheShortcutIsGivenBackAtTheEnd) {
+TEST_F(XLifecycleTest, TheShortcutIsGivenBackAtTheEnd) {
     launch();
     EXPECT_FALSE(x.grabKey(keyV, shift | super));
     EXPECT_EQ(program->stop(), 0);
@@ -68,7 +66,7 @@ TEST_F(LifecycleTest, TheShortcutIsGivenBackAtTheEnd) {
     launch();
     EXPECT_TRUE(soonPrinted("[HotKeyManager] ERROR: RegisterEventHotKey failed with status -9878"));
     other.reset();
-    x.key("ctrl+comma");
+    desktop.key("ctrl+comma");
     EXPECT_TRUE(soonToggled("super+shift+v"));
     setSetting("hotkeyKeyCode", 11);     // B
     setSetting("hotkeyModifiers", 2304); // command and option
@@ -82,7 +80,7 @@ TEST_F(LifecycleTest, TheShortcutIsGivenBackAtTheEnd) {
     EXPECT_TRUE(x.grabKey(keyB, super | alt));
 }
 
-TEST_F(LifecycleTest, ASecondStartAndTheCommandLineReachTheRunningProgram) {
+TEST_P(LifecycleTest, ASecondStartAndTheCommandLineReachTheRunningProgram) {
     EXPECT_EQ(corvatto({"--toggle"}), 1); // none is running
     copyText("before the start");
     launch();
@@ -102,7 +100,7 @@ TEST_F(LifecycleTest, ASecondStartAndTheCommandLineReachTheRunningProgram) {
     launch(); // and it starts again
 }
 
-TEST_F(LifecycleTest, AHungProgramIsReportedAndDoesNotCatchUpOnWhatWasGivenUp) {
+TEST_P(LifecycleTest, AHungProgramIsReportedAndDoesNotCatchUpOnWhatWasGivenUp) {
     launch();
     kill(static_cast<pid_t>(program->pid()), SIGSTOP);
     {
@@ -115,7 +113,7 @@ TEST_F(LifecycleTest, AHungProgramIsReportedAndDoesNotCatchUpOnWhatWasGivenUp) {
     EXPECT_TRUE(soonHidden());
 }
 
-TEST_F(LifecycleTest, ItRunsWithoutStandardDescriptorsAndEndsInOrderWithItsTerminal) {
+TEST_F(XLifecycleTest, ItRunsWithoutStandardDescriptorsAndEndsInOrderWithItsTerminal) {
     ASSERT_TRUE(x.grabKey(keyV, shift | super)); // it has something to say
     program = std::make_unique<Process>("sh", QByteArrayList{"-c", "exec " CORVATTO_PROGRAM " <&- >&- 2>&-"},
                                         desktop.environment());

@@ -7,14 +7,17 @@ namespace corvatto::test {
 
 namespace {
 
-using OwnerExitTest = EndToEndTest;
+using OwnerExitTest = DesktopTest;
+ON_EVERY_DESKTOP(OwnerExitTest);
+
+using XOwnerExitTest = X11Test;
 
 } // namespace
 
-TEST_F(OwnerExitTest, TextImagesAndFilesRemain) {
+TEST_P(OwnerExitTest, TextImagesAndFilesRemain) {
     const QByteArray file = fileUrl(desktop.writeFile("kept file.txt", "x")) + "\r\n";
     launch();
-    const QList<Offer> copied{{"UTF8_STRING", "kept\r\n文"},
+    const QList<Offer> copied{{textTarget, "kept\r\n文"},
                               {"image/png", encoded(testImage({300, 200}), "png")},
                               {"text/uri-list", file}};
     for (const Offer& offer : copied) {
@@ -23,8 +26,8 @@ TEST_F(OwnerExitTest, TextImagesAndFilesRemain) {
         copy({offer});
         ASSERT_TRUE(soon([&] { return database.rows().size() > before; }));
         owner.reset();
-        ASSERT_TRUE(soon([this] { return x.clipboardOwner() != XCB_NONE; }));
-        EXPECT_EQ(paste(offer.target), offer.bytes);
+        ASSERT_TRUE(soon([this] { return !desktop.clipboardIsEmpty(); }));
+        EXPECT_EQ(desktop.paste(offer.target), offer.bytes);
     }
     for (const auto& row : rowsAfterNextCopy()) {
         EXPECT_EQ(row.copyCount, 1) << row.content.constData(); // offering again is no copy
@@ -32,11 +35,11 @@ TEST_F(OwnerExitTest, TextImagesAndFilesRemain) {
 }
 
 // However often the program is told to end.
-TEST_F(OwnerExitTest, AClipboardManagerThatHangsIsWaitedForButNotLong) {
+TEST_F(XOwnerExitTest, AClipboardManagerThatHangsIsWaitedForButNotLong) {
     database.fill({{"newest"}, {"chosen"}});
     launch();
     x.own("CLIPBOARD_MANAGER");
-    x.key("Return");
+    desktop.key("Return");
     ASSERT_TRUE(soonHidden());
     QElapsedTimer time;
     time.start();
@@ -48,18 +51,18 @@ TEST_F(OwnerExitTest, AClipboardManagerThatHangsIsWaitedForButNotLong) {
     launch(); // and it starts again
 }
 
-TEST_F(OwnerExitTest, SecretsAreNeitherAskedForNorStoredNorKept) {
+TEST_P(OwnerExitTest, SecretsAreNeitherAskedForNorStoredNorKept) {
     launch();
-    copy({{"UTF8_STRING", "hunter2"}, {"text/plain", "hunter2"}, {"x-kde-passwordManagerHint", "secret"}});
+    copy({{textTarget, "hunter2"}, {"text/plain", "hunter2"}, {"x-kde-passwordManagerHint", "secret"}});
     ASSERT_TRUE(soon([this] { return owner->hasPrinted("sent x-kde-passwordManagerHint"); }));
     hidePanel();
     showPanel();
-    EXPECT_FALSE(owner->output().contains("request UTF8_STRING"));
+    EXPECT_FALSE(owner->output().contains("request " + textTarget));
     EXPECT_FALSE(owner->output().contains("request text/plain"));
     owner.reset();
     hidePanel();
     showPanel(); // the program has heard of the owner's end long ago
-    EXPECT_EQ(x.clipboardOwner(), XCB_NONE);
+    EXPECT_TRUE(desktop.clipboardIsEmpty());
     EXPECT_TRUE(rowsAfterNextCopy().isEmpty());
     EXPECT_FALSE(program->output().contains("hunter2"));
 }

@@ -10,29 +10,29 @@ namespace {
 
 using ::testing::Contains;
 
-class PasteBackTest : public EndToEndTest {
+class PasteBackTest : public DesktopTest {
 protected:
-    QList<QByteArray> targets() { return paste("TARGETS").value_or("").split('\n'); }
-
     // Copies the first entry of the shelf.
     bool copyBack() {
-        x.key("ctrl+1");
+        desktop.key("ctrl+1");
         return soonHidden();
     }
 };
 
+ON_EVERY_DESKTOP(PasteBackTest);
+
 } // namespace
 
-TEST_F(PasteBackTest, TextInEveryFlavourAndNoNewEntry) {
+TEST_P(PasteBackTest, TextInEveryFlavourAndNoNewEntry) {
     const QByteArray text = QByteArray("  Zwölf\nBoxkämpfer 和 👩‍👩‍👧‍👦 ") + '\0' + "end";
     database.fill({{text}, {"other"}});
     launch();
     ASSERT_TRUE(copyBack());
     EXPECT_TRUE(soonStored(text, 2));
     for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain"}) {
-        EXPECT_EQ(paste(target), text) << target;
+        EXPECT_EQ(desktop.paste(target), text) << target;
     }
-    EXPECT_THAT(targets(), Contains("STRING"));
+    EXPECT_THAT(desktop.targets(), Contains("STRING"));
 
     EXPECT_EQ(rowsAfterNextCopy().size(), 2);
     EXPECT_EQ(database.find(text)->copyCount, 2);
@@ -41,19 +41,19 @@ TEST_F(PasteBackTest, TextInEveryFlavourAndNoNewEntry) {
     EXPECT_TRUE(soonStored(text, 3));
 }
 
-TEST_F(PasteBackTest, AnImagePixelForPixel) {
+TEST_P(PasteBackTest, AnImagePixelForPixel) {
     const QImage image = testImage({640, 480});
     const auto file = desktop.writeFile("full.png", encoded(image, "png"));
     database.fill({{file, "image", "Image 640×480"}});
     launch();
     ASSERT_TRUE(copyBack());
     EXPECT_TRUE(soonStored(file, 2));
-    EXPECT_EQ(decoded(paste("image/png").value_or("")), image);
-    EXPECT_FALSE(targets().contains("text/uri-list"));
+    EXPECT_EQ(decoded(desktop.paste("image/png").value_or("")), image);
+    EXPECT_FALSE(desktop.targets().contains("text/uri-list"));
     EXPECT_EQ(rowsAfterNextCopy().size(), 1);
 }
 
-TEST_F(PasteBackTest, FilesInOrderWithoutThoseThatHaveGone) {
+TEST_P(PasteBackTest, FilesInOrderWithoutThoseThatHaveGone) {
     const auto first = desktop.writeFile("first 50%.txt", "x");
     const auto gone = desktop.home() + "/gone.txt";
     const auto last = desktop.writeFile("最后.txt", "x");
@@ -63,11 +63,11 @@ TEST_F(PasteBackTest, FilesInOrderWithoutThoseThatHaveGone) {
     ASSERT_TRUE(copyBack());
     EXPECT_TRUE(soonStored(content, 2));
     const QByteArray urls = fileUrl(first) + '\n' + fileUrl(last);
-    EXPECT_EQ(paste("text/uri-list").value_or("").replace("\r\n", "\n").trimmed(), urls);
+    EXPECT_EQ(desktop.paste("text/uri-list").value_or("").replace("\r\n", "\n").trimmed(), urls);
     EXPECT_EQ(rowsAfterNextCopy().size(), 1);
 }
 
-TEST_F(PasteBackTest, FilesWhoseNamesAreNotUtf8) {
+TEST_P(PasteBackTest, FilesWhoseNamesAreNotUtf8) {
     const std::filesystem::path directory = desktop.home().constData();
     for (const char* name : {"caf\xe9.txt", "caf\xe8.txt", "two\nlines.txt"}) {
         std::ofstream(directory / name) << "x";
@@ -79,12 +79,12 @@ TEST_F(PasteBackTest, FilesWhoseNamesAreNotUtf8) {
         ASSERT_TRUE(soonStored(base + name));
         copyText("not " + name);
         ASSERT_TRUE(soonStored("not " + name));
-        x.type(base + name);
+        desktop.type(base + name);
         ASSERT_TRUE(copyBack());
-        EXPECT_EQ(paste("text/uri-list").value_or("").trimmed(), base + name);
+        EXPECT_EQ(desktop.paste("text/uri-list").value_or("").trimmed(), base + name);
         EXPECT_TRUE(soonStored(base + name, 2));
         showPanel();
-        x.key("ctrl+a BackSpace");
+        desktop.key("ctrl+a BackSpace");
     }
     EXPECT_EQ(database.find(base + "caf%E9.txt")->preview, "caf\xef\xbf\xbd.txt");
 }

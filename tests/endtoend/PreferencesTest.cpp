@@ -5,10 +5,10 @@ namespace corvatto::test {
 
 namespace {
 
-class PreferencesTest : public EndToEndTest {
+class PreferencesTest : public X11Test {
 protected:
     void openPreferences() {
-        x.key("ctrl+comma");
+        desktop.key("ctrl+comma");
         ASSERT_TRUE(soon([this] { return isInFront("Corvatto Preferences"); }));
         // It moves once more when its frame is known.
         EXPECT_TRUE(soon([this] {
@@ -24,7 +24,7 @@ protected:
     // Its left part, beside the text. The recorder is the only white thing in the middle of its column that
     // does not end where the column does.
     QPoint recorder() {
-        const QImage screen = x.screenshot();
+        const QImage screen = desktop.screenshot();
         const auto isWhite = [&](int left, int y) {
             return screen.pixelColor(window.left() + left, y) == QColor(Qt::white);
         };
@@ -35,13 +35,13 @@ protected:
         return {window.left() + 345, y + 8};
     }
 
-    bool isRecording() { return x.pixel(m_recorder) != QColor(Qt::white); }
+    bool isRecording() { return desktop.pixel(m_recorder) != QColor(Qt::white); }
 
     // Records, and leaves the recorder idle.
     void record(const QByteArray& keys) {
         x.click(m_recorder);
         ASSERT_TRUE(soon([this] { return isRecording(); }));
-        x.key(keys);
+        desktop.key(keys);
         ASSERT_TRUE(soon([this] { return !isRecording(); }));
     }
 
@@ -60,16 +60,16 @@ TEST_F(PreferencesTest, LimitsAndIntervalAreStoredAndALimitTakesEffectInTheRunni
     EXPECT_TRUE(x.states(x.activeWindow()).contains("_NET_WM_STATE_SKIP_TASKBAR"));
 
     // The first field has the keyboard. Each stored value is the proof that the key before arrived.
-    x.type("2");
+    desktop.type("2");
     EXPECT_TRUE(soonSet("maxItemCount", 2));
     for (const char* text : {"one", "two", "three"}) {
         copyText(text);
         ASSERT_TRUE(soonStored(text));
     }
     EXPECT_TRUE(soon([this] { return database.rows().size() == 2; })); // trimmed right after storing
-    x.key("Tab 7");
+    desktop.key("Tab 7");
     EXPECT_TRUE(soonSet("maxRetentionDays", 7));
-    x.key("Tab End");
+    desktop.key("Tab End");
     EXPECT_TRUE(soonSet("clipboardPollingInterval", 5));
 }
 

@@ -1,13 +1,14 @@
-// A desktop of a test's own: a private X server, a window manager with two desktops, and a home directory.
-// All of it ends with the object, and nothing of the user's own desktop is read or touched.
+// A desktop of a test's own: a private display with something that manages windows, and a home directory. All
+// of it ends with the object, and nothing of the user's own desktop is read or touched.
 #pragma once
 
 #include "Process.h"
 
-#include <QSize>
+#include <QColor>
+#include <QImage>
+#include <QRect>
 #include <QTemporaryDir>
 
-#include <csignal>
 #include <memory>
 
 namespace corvatto::test {
@@ -18,12 +19,11 @@ public:
         QSize screen = {1280, 1100}; // pixels
         int bottomMargin = 0;        // pixels kept free at the bottom, as for a task bar
         bool hasSessionBus = false;
+        bool hasXServer = false; // on Wayland: one for X programs
     };
 
-    // Returns when the window manager is in charge. Throws std::runtime_error when that does not come about.
-    explicit TestDesktop(const Options& options);
+    virtual ~TestDesktop() = default;
 
-    const QByteArray& display() const { return m_display; }
     const QByteArray& sessionBus() const { return m_sessionBus; }            // its address
     const QProcessEnvironment& environment() const { return m_environment; } // for programs on this desktop
 
@@ -34,19 +34,45 @@ public:
     // Writes a file below the home, directories included, and returns its path.
     QByteArray writeFile(const QByteArray& name, const QByteArray& bytes) const;
 
-    // A window manager that is suspended takes notice of nothing until it is resumed.
-    void suspendWindowManager() const { kill(static_cast<pid_t>(m_windowManager->pid()), SIGSTOP); }
-    void resumeWindowManager() const { kill(static_cast<pid_t>(m_windowManager->pid()), SIGCONT); }
-    // Starts one, ending the one that runs. Returns when it is in charge.
-    void startWindowManager();
-    void stopWindowManager() { m_windowManager.reset(); }
-    void stopServer() { m_server.reset(); } // and with it everything on the screen
+    // Keys one after the other, such as "ctrl+a BackSpace". Throws std::runtime_error when there is no such
+    // key.
+    virtual void key(const QByteArray& keys) = 0;
+    virtual void type(const QByteArray& text) = 0;
+    virtual void click(QPoint position, int times = 1, int button = 1) = 0; // 1 is left, 3 right
+
+    QImage screenshot() { return picture(QRect(QPoint(0, 0), m_screen)); }
+    QColor pixel(QPoint position) { return picture({position, QSize(1, 1)}).pixelColor(0, 0); }
+    virtual QImage picture(QRect area) = 0;
+
+    // The panel of the program with that process number. Empty while it is hidden.
+    virtual QRect panel(qint64 pid) = 0;
+    virtual bool panelHasKeyboard(qint64 pid) = 0;
+    // The title of the window with the keyboard, when it is one of that program and not the panel.
+    virtual QByteArray titleInFront(qint64 pid) = 0;
+
+    // What a plain text goes by here.
+    virtual QByteArray textTarget() const = 0;
+    // The clipboard as another program gets it; nothing when it is refused or does not come.
+    virtual std::optional<QByteArray> paste(const QByteArray& target) = 0;
+    virtual QList<QByteArray> targets() = 0;
+    bool clipboardIsEmpty() { return targets().join().isEmpty(); }
+
+    virtual void stopServer() = 0; // and with it everything on the screen
+
+protected:
+    explicit TestDesktop(const Options& options);
+
+    void setVariable(const char* name, const QByteArray& value);
+    // What a program prints, when it succeeds.
+    std::optional<QByteArray> outputOf(const QByteArray& program, const QByteArrayList& arguments) const;
+
+    const QSize m_screen;
 
 private:
     QTemporaryDir m_home;
     QProcessEnvironment m_environment;
-    QByteArray m_display, m_sessionBus, m_windowManagerSettings;
-    std::unique_ptr<Process> m_server, m_windowManager, m_bus;
+    QByteArray m_sessionBus;
+    std::unique_ptr<Process> m_bus;
 };
 
 } // namespace corvatto::test

@@ -55,7 +55,7 @@ public:
     }
 };
 
-class WindowManagerTest : public EndToEndTest {
+class WindowManagerTest : public X11Test {
 protected:
     void run(const QByteArray& command) {
         auto words = command.split(' ');
@@ -92,10 +92,10 @@ TEST_F(WindowManagerTest, WithoutOneThePanelHasTheKeyboard) {
     EXPECT_TRUE(soonAt({0, 660, 1280, 440}));
     for (int i = 0; i < 2; ++i) {
         EXPECT_TRUE(soon([this] {
-            x.key("Escape");
+            desktop.key("Escape");
             return panel() == XCB_NONE;
         }));
-        x.key("super+shift+v");
+        desktop.key("super+shift+v");
         EXPECT_TRUE(soon([this] { return panel() != XCB_NONE; }));
     }
 }
@@ -112,7 +112,7 @@ TEST_F(WindowManagerTest, AWilfulOneIsAskedAgain) {
     EXPECT_EQ(manager.name(type), "_NET_WM_WINDOW_TYPE_UTILITY") << "it lists dialogs in the task bar";
     EXPECT_TRUE(soon([&] {
         manager.handleRequests();
-        x.key("Escape");
+        desktop.key("Escape");
         return panel() == XCB_NONE;
     }));
 }
@@ -140,12 +140,12 @@ TEST_F(WindowManagerTest, ABarTakesSpaceOfItsMonitorOnly) {
 
 TEST_F(WindowManagerTest, PreferencesComeToTheDesktopAndTheMiddle) {
     launch();
-    x.key("ctrl+comma");
+    desktop.key("ctrl+comma");
     EXPECT_TRUE(preferencesSoonCentred());
     x.switchDesktop(1);
     x.click(x.geometry(panel()).topLeft() + QPoint(600, 60));
     ASSERT_TRUE(soon([this] { return panelHasKeyboard(); }));
-    x.key("ctrl+comma");
+    desktop.key("ctrl+comma");
     EXPECT_TRUE(preferencesSoonCentred());
 }
 

@@ -45,14 +45,11 @@ public:
     bool takeRequestsToShow();
     Window windowToShow(); // that it is asked to show since the last look; 0 when there is none
 
-    Window clipboardOwner() { return selectionOwner("CLIPBOARD"); } // 0 when the clipboard is empty
-    void own(const QByteArray& selection);                          // and answer nobody who asks for it
+    void own(const QByteArray& selection); // and answer nobody who asks for it
 
-    QImage screenshot() { return picture({0, 0, screen().width_in_pixels, screen().height_in_pixels}); }
-    QColor pixel(QPoint position) { return picture({position, QSize(1, 1)}).pixelColor(0, 0); }
+    QImage picture(QRect area);
 
 private:
-    QImage picture(QRect area);
     void xdotool(const QByteArrayList& arguments);
 
     QByteArray m_display;

@@ -1,0 +1,140 @@
+#include "SwayDesktop.h"
+
+#include <QJsonArray>
+
+#include <stdexcept>
+
+namespace corvatto::test {
+
+namespace {
+
+// Windows have no frames and no shadows. The bar is there for the space that it takes.
+constexpr auto settings = R"(output HEADLESS-1 resolution WIDTHxHEIGHT position 0 0
+default_border none
+default_floating_border none
+focus_follows_mouse no
+xwayland XWAYLAND
+bindsym Mod4+Shift+v exec PROGRAM --toggle
+exec echo "display $DISPLAY"
+)";
+constexpr auto barSettings = "bar {\n position bottom\n height HEIGHT\n}\n";
+
+QByteArray number(int value) {
+    return QByteArray::number(value);
+}
+
+QByteArray title(const QJsonObject& window) {
+    return window[QLatin1String("name")].toString().toUtf8();
+}
+
+bool isPanel(const QJsonObject& window) {
+    return title(window) == "Corvatto" &&
+           window[QLatin1String("rect")][QLatin1String("height")].toInt() > 300; // alerts are lower
+}
+
+} // namespace
+
+SwayDesktop::SwayDesktop(const Options& options) : TestDesktop(options) {
+    for (const auto& [name, value] : {std::pair("WLR_BACKENDS", "headless"),
+                                      {"WLR_LIBINPUT_NO_DEVICES", "1"},
+                                      {"WLR_RENDERER", "pixman"}}) {
+        setVariable(name, value);
+    }
+    setVariable("SWAYSOCK", home() + "/runtime/sway.sock");
+    auto file = QByteArray(settings)
+                    .replace("WIDTH", number(options.screen.width()))
+                    .replace("HEIGHT", number(options.screen.height()))
+                    .replace("XWAYLAND", options.hasXServer ? "enable" : "disable")
+                    .replace("PROGRAM", CORVATTO_PROGRAM);
+    if (options.bottomMargin > 0) {
+        file += QByteArray(barSettings).replace("HEIGHT", number(options.bottomMargin));
+    }
+    m_compositor = std::make_unique<Process>("sway", QByteArrayList{"--config", writeFile("sway.conf", file)},
+                                             environment(), true);
+    if (!soon([this] { return m_compositor->output().endsWith('\n') || !m_compositor->isRunning(); }) ||
+        !m_compositor->isRunning()) {
+        throw std::runtime_error("sway does not start");
+    }
+    if (options.hasXServer) {
+        setVariable("DISPLAY", m_compositor->output().trimmed().split(' ').value(1));
+    }
+    // The first name that is free, in a directory of the test's own.
+    setVariable("WAYLAND_DISPLAY", "wayland-1");
+    m_input = std::make_unique<WaylandInput>(home() + "/runtime/wayland-1", options.screen);
+}
+
+QImage SwayDesktop::picture(QRect area) {
+    const QByteArray place =
+        number(area.x()) + ',' + number(area.y()) + ' ' + number(area.width()) + 'x' + number(area.height());
+    return QImage::fromData(outputOf("grim", {"-t", "ppm", "-g", place, "-"}).value_or(""))
+        .convertToFormat(QImage::Format_RGB32);
+}
+
+// sway tells of windows only. The panel is none, and is known by its colour, which lines one pixel high
+// divide.
+QRect SwayDesktop::panel(qint64) {
+    constexpr QRgb colour = qRgb(229, 229, 229);
+    constexpr int margin = 1; // of the panel, which nothing is drawn in
+    const QImage column = picture({margin, 0, 1, m_screen.height()});
+    const auto isPanelAt = [&](int y) {
+        return y >= 0 && column.pixel(0, y) == colour;
+    };
+    int bottom = column.height() - 1;
+    while (bottom >= 0 && !isPanelAt(bottom)) {
+        --bottom;
+    }
+    int top = bottom;
+    while (isPanelAt(top - 1) || isPanelAt(top - 2)) {
+        --top;
+    }
+    if (bottom - top < 300) { // something else
+        return {};
+    }
+    const QImage row = picture({0, bottom - margin, m_screen.width(), 1});
+    int right = margin;
+    while (right + 1 < row.width() && row.pixel(right + 1, 0) == colour) {
+        ++right;
+    }
+    return {QPoint(0, top), QPoint(right, bottom)};
+}
+
+QJsonDocument SwayDesktop::ask(const QByteArray& question) const {
+    return QJsonDocument::fromJson(outputOf("swaymsg", {"--raw", "--type", question}).value_or(""));
+}
+
+QJsonObject SwayDesktop::focusedWindow(qint64 pid) const {
+    QJsonArray nodes{ask("get_tree").object()};
+    while (!nodes.isEmpty()) {
+        const QJsonObject node = nodes.takeAt(0).toObject();
+        if (node[QLatin1String("focused")].toBool() && node[QLatin1String("pid")].toInteger() == pid) {
+            return node;
+        }
+        for (const char* children : {"nodes", "floating_nodes"}) {
+            for (const auto& child : node[QLatin1String(children)].toArray()) {
+                nodes.append(child);
+            }
+        }
+    }
+    return {};
+}
+
+bool SwayDesktop::panelHasKeyboard(qint64 pid) {
+    // When a layer has it, nothing that sway tells of is focused. Through XWayland, the panel is a window.
+    return (ask("get_seats")[0][QLatin1String("focus")].toInt(-1) == 0 || isPanel(focusedWindow(pid))) &&
+           !panel(pid).isEmpty();
+}
+
+QByteArray SwayDesktop::titleInFront(qint64 pid) {
+    const QJsonObject window = focusedWindow(pid);
+    return isPanel(window) ? QByteArray() : title(window);
+}
+
+std::optional<QByteArray> SwayDesktop::paste(const QByteArray& target) {
+    return outputOf("wl-paste", {"--no-newline", "--type", target});
+}
+
+QList<QByteArray> SwayDesktop::targets() {
+    return outputOf("wl-paste", {"--list-types"}).value_or("").split('\n');
+}
+
+} // namespace corvatto::test

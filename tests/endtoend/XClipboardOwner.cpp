@@ -1,0 +1,163 @@
+#include "ClipboardOwner.h"
+#include "XConnection.h"
+
+#include <QSocketNotifier>
+
+#include <algorithm>
+#include <list>
+
+namespace corvatto::test {
+
+namespace {
+
+class XClipboardOwner : public ClipboardOwner {
+public:
+    explicit XClipboardOwner(const Wishes& wishes)
+        : ClipboardOwner(wishes), x(QByteArray()), m_window(x.createMessageWindow()),
+          m_clipboard(x.atom("CLIPBOARD")),
+          m_notifier(xcb_get_file_descriptor(x.raw()), QSocketNotifier::Read) {
+        for (const QByteArray& target : targets()) {
+            m_targets.append(x.atom(target));
+        }
+        watch(m_window);
+        QObject::connect(&m_notifier, &QSocketNotifier::activated, [this] { drain(); });
+        askForTimestamp();
+        drain();
+    }
+
+private:
+    struct PropertyTransfer : Transfer {
+        xcb_window_t requestor;
+        xcb_atom_t property;
+    };
+
+    void afterwards(qint64 milliseconds, const std::function<void()>& action) {
+        later(milliseconds, [this, action] {
+            action();
+            drain(); // an answer may have brought events with it
+        });
+    }
+
+    void drain() {
+        xcb_flush(x.raw());
+        while (const auto event = owned(xcb_poll_for_event(x.raw()))) {
+            handle(*event);
+        }
+        if (xcb_connection_has_error(x.raw()) != 0) {
+            std::exit(3); // the display has gone
+        }
+    }
+
+    // The server's time comes with the notification of a change, and the announcement follows it.
+    void askForTimestamp() {
+        xcb_change_property(x.raw(), XCB_PROP_MODE_APPEND, m_window, m_clipboard, XCB_ATOM_STRING, 8, 0,
+                            nullptr);
+    }
+
+    void announce() {
+        xcb_set_selection_owner(x.raw(), m_window, m_clipboard, m_timestamp);
+        x.sync();
+        say("owner");
+        if (option("again") > 0) {
+            afterwards(option("again"), [this] { option("renew") > 0 ? askForTimestamp() : announce(); });
+        }
+    }
+
+    void handle(const xcb_generic_event_t& event) {
+        switch (event.response_type & 0x7f) {
+        case XCB_SELECTION_CLEAR:
+            lose();
+            break;
+        case XCB_SELECTION_REQUEST: {
+            const auto request = reinterpret_cast<const xcb_selection_request_event_t&>(event);
+            say("request " + x.name(request.target));
+            if (option("mute") == 0) {
+                afterwards(0, [this, request] { serve(request); });
+            }
+            break;
+        }
+        case XCB_PROPERTY_NOTIFY: {
+            const auto notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+            if (notify.window == m_window) {
+                m_timestamp = notify.time;
+                announce();
+            } else if (notify.state == XCB_PROPERTY_DELETE) {
+                afterwards(option("trickle"), [this, notify] { goOn(notify.window, notify.atom); });
+            }
+            break;
+        }
+        default:
+            break;
+        }
+    }
+
+    void watch(xcb_window_t window) {
+        const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(x.raw(), window, XCB_CW_EVENT_MASK, &events);
+    }
+
+    template <typename Value>
+    void set(const xcb_selection_request_event_t& request, xcb_atom_t type, const Value* values,
+             qsizetype count) {
+        xcb_change_property(x.raw(), XCB_PROP_MODE_REPLACE, request.requestor, request.property, type,
+                            8 * sizeof(Value), static_cast<quint32>(count), values);
+    }
+
+    void serve(const xcb_selection_request_event_t& request) {
+        xcb_selection_notify_event_t answer{};
+        answer.response_type = XCB_SELECTION_NOTIFY;
+        answer.time = request.time;
+        answer.requestor = request.requestor;
+        answer.selection = request.selection;
+        answer.target = request.target;
+        answer.property = request.property;
+        const QByteArray target = x.name(request.target);
+        const auto found = content().constFind(target);
+        if (target == "TARGETS") {
+            const auto all = m_targets + QList{request.target};
+            set(request, XCB_ATOM_ATOM, all.constData(), all.size());
+        } else if (found == content().constEnd()) {
+            answer.property = XCB_NONE;
+        } else if (found->size() > chunkSize()) {
+            watch(request.requestor);
+            const auto size = static_cast<quint32>(option("announce", found->size()));
+            set(request, x.atom("INCR"), &size, 1);
+            m_transfers.push_back({{target}, request.requestor, request.property});
+        } else {
+            set(request, request.target, found->constData(), found->size());
+            say("sent " + target);
+        }
+        xcb_send_event(x.raw(), 0, request.requestor, 0, reinterpret_cast<const char*>(&answer));
+    }
+
+    // The requestor has taken the last chunk, or the announcement.
+    void goOn(xcb_window_t requestor, xcb_atom_t property) {
+        const auto transfer =
+            std::find_if(m_transfers.begin(), m_transfers.end(), [&](const PropertyTransfer& each) {
+                return each.requestor == requestor && each.property == property;
+            });
+        const auto send = [&](const QByteArray& chunk) {
+            xcb_change_property(x.raw(), XCB_PROP_MODE_REPLACE, requestor, property, x.atom(transfer->target),
+                                8, static_cast<quint32>(chunk.size()), chunk.constData());
+        };
+        if (transfer != m_transfers.end() && !isStopped(*transfer) && !sendNextOf(*transfer, send)) {
+            m_transfers.erase(transfer);
+        }
+    }
+
+    XConnection x;
+    xcb_window_t m_window;
+    xcb_atom_t m_clipboard;
+    QSocketNotifier m_notifier;
+    xcb_timestamp_t m_timestamp = XCB_CURRENT_TIME;
+    QList<xcb_atom_t> m_targets;
+    std::list<PropertyTransfer> m_transfers;
+};
+
+} // namespace
+
+std::unique_ptr<ClipboardOwner> newXClipboardOwner(const ClipboardOwner::Wishes& wishes) {
+    return std::make_unique<XClipboardOwner>(wishes);
+}
+
+} // namespace corvatto::test
