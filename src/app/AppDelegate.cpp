@@ -128,6 +128,8 @@ void AppDelegate::openPreferences() {
         auto* view = new PreferencesView(m_environment.defaults, m_platform.pasteboard);
         connect(view, &PreferencesView::sameShortcutRecorded, this,
                 [this] { hotKeyManager().registerIfMissing(); });
+        view->showTrigger(hotKeyManager().trigger());
+        connect(&hotKeyManager(), &HotKeyManager::triggerChanged, view, &PreferencesView::showTrigger);
         m_preferencesWindow = std::make_unique<PreferencesWindow>(view);
         connect(view, &PreferencesView::recordingShortcutChanged, this, [this](bool isRecording) {
             m_platform.presenter.setTakesAllKeys(*m_preferencesWindow, isRecording);

@@ -39,6 +39,7 @@ void HotKeyManager::registerIfMissing() {
 void HotKeyManager::unregister() {
     if (m_hotKeyRef != 0) {
         m_center.unregisterEventHotKey(std::exchange(m_hotKeyRef, 0));
+        setTrigger({});
     }
     if (m_handlerRef != 0) {
         m_center.removeEventHandler(std::exchange(m_handlerRef, 0));
@@ -67,13 +68,24 @@ void HotKeyManager::registerHotKey(qint64 keyCode, qint64 modifiers) {
     m_handlerRef = handler;
     m_hotKeyRef = m_center.registerEventHotKey(
         static_cast<quint32>(keyCode), static_cast<quint32>(modifiers), hotKeyIdentity,
-        [this](HotKeyStatus status) {
+        [this](HotKeyStatus status, const QString& trigger) {
             if (status != noErr) {
-                printLine(QStringLiteral("[HotKeyManager] ERROR: RegisterEventHotKey failed with status %1")
-                              .arg(status));
                 m_hotKeyRef = 0;
             }
+            setTrigger(trigger);
+            // Where there are no shortcuts at all, the center has said what to do instead.
+            if (status != noErr && status != hotKeysUnavailableErr) {
+                printLine(QStringLiteral("[HotKeyManager] ERROR: RegisterEventHotKey failed with status %1")
+                              .arg(status));
+            }
         });
+}
+
+void HotKeyManager::setTrigger(const QString& trigger) {
+    if (m_trigger != trigger) {
+        m_trigger = trigger;
+        Q_EMIT triggerChanged(trigger);
+    }
 }
 
 } // namespace corvatto

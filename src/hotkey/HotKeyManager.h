@@ -36,13 +36,22 @@ public:
     // Returns to the state before registration.
     void unregister();
 
+    // What triggers the shortcut, in the desktop's words, where the desktop has decided that. Else empty: it
+    // is what the settings hold.
+    const QString& trigger() const { return m_trigger; }
+
+Q_SIGNALS:
+    void triggerChanged(const QString& trigger);
+
 private:
     void registerHotKey(qint64 keyCode, qint64 modifiers);
+    void setTrigger(const QString& trigger);
 
     HotKeyCenter& m_center;
     const UserDefaults& m_defaults;
     EventHotKeyRef m_hotKeyRef = 0; // registered, or about to be
     EventHandlerRef m_handlerRef = 0;
+    QString m_trigger;
 };
 
 } // namespace corvatto

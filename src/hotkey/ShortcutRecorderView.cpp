@@ -19,6 +19,7 @@ namespace {
 using namespace appearance;
 
 constexpr QSize intrinsicSize(140, 22); // points
+constexpr int textMargin = 4;           // points
 constexpr std::chrono::seconds recordingTimeout{5};
 
 // Keys that are modifiers on their own: command, shift, caps lock, option, control, function and the
@@ -66,8 +67,18 @@ void ShortcutRecorderView::setShortcut(qint64 keyCode, qint64 modifiers) {
     update();
 }
 
+void ShortcutRecorderView::setTrigger(const QString& trigger) {
+    m_trigger = trigger;
+    describe();
+    update();
+}
+
+QString ShortcutRecorderView::shortcutText() const {
+    return m_trigger.isEmpty() ? shortcutString(m_keyCode, m_modifiers) : m_trigger;
+}
+
 void ShortcutRecorderView::describe() {
-    setAccessibleName(shortcutString(m_keyCode, m_modifiers));
+    setAccessibleName(shortcutText());
 }
 
 void ShortcutRecorderView::setRecording(bool isRecording) {
@@ -174,9 +185,10 @@ void ShortcutRecorderView::paintEvent(QPaintEvent* /*event*/) {
     const QFont font = systemFont(12);
     painter.setFont(font);
     painter.setPen(m_isRecording ? red : labelColor());
-    textline::draw(painter, rect(),
-                   m_isRecording ? QStringLiteral("Recording...") : shortcutString(m_keyCode, m_modifiers),
-                   Qt::AlignHCenter);
+    const QString text = m_isRecording ? QStringLiteral("Recording...") : shortcutText();
+    // Desktops may use many words.
+    const QString fitting = QFontMetrics(font).elidedText(text, Qt::ElideRight, width() - 2 * textMargin);
+    textline::draw(painter, rect(), fitting, Qt::AlignHCenter);
 }
 
 } // namespace corvatto

@@ -28,6 +28,9 @@ public:
     // Shows another shortcut without telling anybody.
     void setShortcut(qint64 keyCode, qint64 modifiers);
 
+    // Shows the desktop's words for what triggers the shortcut; empty shows the shortcut itself.
+    void setTrigger(const QString& trigger);
+
     QSize sizeHint() const override;
 
 Q_SIGNALS:
@@ -50,9 +53,11 @@ private:
     void finishRecording(qint64 keyCode, qint64 modifiers);
     void leaveRecording();
     void describe();
+    QString shortcutText() const;
 
     qint64 m_keyCode;
     qint64 m_modifiers;
+    QString m_trigger;
     bool m_isRecording = false;
     QTimer m_cancelTimer;
 };

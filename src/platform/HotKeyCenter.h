@@ -1,7 +1,7 @@
 // System-wide shortcuts: a key and modifiers that reach this program whatever application is in front.
 #pragma once
 
-#include <QtGlobal>
+#include <QString>
 
 #include <functional>
 
@@ -10,8 +10,9 @@ namespace corvatto {
 // The result of an operation: noErr, or a negative code.
 using HotKeyStatus = qint32;
 constexpr HotKeyStatus noErr = 0;
-constexpr HotKeyStatus eventHotKeyExistsErr = -9878;  // another program has taken the combination
+constexpr HotKeyStatus eventHotKeyExistsErr = -9878; // another program has it, or the user or desktop refuses
 constexpr HotKeyStatus eventHotKeyInvalidErr = -9879; // no key of this keyboard, or not a combination
+constexpr HotKeyStatus hotKeysUnavailableErr = -9868; // nobody grants any shortcuts here
 
 // The modifier mask of a hot key.
 enum HotKeyModifier : quint32 { commandKey = 256, shiftKey = 512, optionKey = 2048, controlKey = 4096 };
@@ -27,7 +28,9 @@ struct EventHotKeyID {
 
 class HotKeyCenter {
 public:
-    using StatusHandler = std::function<void(HotKeyStatus)>;
+    // What has become of a registration. `trigger` is empty when it is triggered as was asked; else it says,
+    // in the desktop's words, what triggers it.
+    using StatusHandler = std::function<void(HotKeyStatus status, const QString& trigger)>;
 
     HotKeyCenter() = default;
     virtual ~HotKeyCenter() = default;
@@ -42,9 +45,10 @@ public:
     // Starts a registration. `keyCode` is a virtual key code (KeyEvent.h): a position on the keyboard,
     // whatever letter the layout puts there. `modifiers` is a mask of HotKeyModifier.
     //
-    // `done` is called once with the result: before this returns where the system answers at once, else from
-    // the event loop, because somebody may have to be asked first. A registration that fails is over with
-    // that call; the reference is 0 if it has failed before this returns.
+    // `done` is called with the result: before this returns where the system answers at once, else from the
+    // event loop, because somebody may have to be asked first. It is called again when the desktop changes
+    // the trigger or takes it away. A registration that fails is over with that call; the reference is 0 if
+    // it has failed before this returns.
     virtual EventHotKeyRef registerEventHotKey(quint32 keyCode, quint32 modifiers, EventHotKeyID id,
                                                StatusHandler done) = 0;
 

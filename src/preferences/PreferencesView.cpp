@@ -156,11 +156,12 @@ QWidget* PreferencesView::buildIntervalControl() {
 
 void PreferencesView::buildHotkeySection() {
     QVBoxLayout* section = addSection(QStringLiteral("快捷键"), 10);
-    auto* recorder = new ShortcutRecorder(m_defaults);
-    connect(recorder, &ShortcutRecorder::recordedSame, this, &PreferencesView::sameShortcutRecorded);
-    connect(recorder, &ShortcutRecorder::recordingChanged, this, &PreferencesView::recordingShortcutChanged);
+    m_recorder = new ShortcutRecorder(m_defaults);
+    connect(m_recorder, &ShortcutRecorder::recordedSame, this, &PreferencesView::sameShortcutRecorded);
+    connect(m_recorder, &ShortcutRecorder::recordingChanged, this,
+            &PreferencesView::recordingShortcutChanged);
     addRow(*section, QStringLiteral("打开历史记录"), QStringLiteral("双击修改打开历史记录窗口的快捷键。"),
-           centred(recorder));
+           centred(m_recorder));
 }
 
 void PreferencesView::buildUpdateSection() {
@@ -172,6 +173,10 @@ void PreferencesView::buildUpdateSection() {
     connect(button, &QPushButton::clicked, this, [] { UpdateChecker::shared().checkForUpdates(true); });
     addRow(*section, QStringLiteral("软件更新"),
            QStringLiteral("检查是否有新版本。自动检查会在历史窗口打开一定次数后触发。"), button);
+}
+
+void PreferencesView::showTrigger(const QString& trigger) {
+    m_recorder->setTrigger(trigger);
 }
 
 void PreferencesView::showEvent(QShowEvent* event) {

@@ -17,6 +17,7 @@ class QVBoxLayout;
 namespace corvatto {
 
 class LimitField;
+class ShortcutRecorder;
 
 class PreferencesView : public QWidget {
     Q_OBJECT
@@ -29,6 +30,9 @@ public:
 
     // Called after the stored shortcut has changed. May be unset.
     std::function<void()> onHotkeyChanged;
+
+    // Shows the desktop's words for what triggers the shortcut; empty shows what is stored.
+    void showTrigger(const QString& trigger);
 
 Q_SIGNALS:
     // The user has recorded the shortcut that is stored already.
@@ -57,6 +61,7 @@ private:
     LimitField* m_retentionDays = nullptr;
     QSlider* m_interval = nullptr;
     QLabel* m_intervalText = nullptr;
+    ShortcutRecorder* m_recorder = nullptr;
     Shortcut m_lastShortcut;
 };
 

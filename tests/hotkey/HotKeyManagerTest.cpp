@@ -68,5 +68,24 @@ TEST_F(HotKeys, OnlyTheLatestRegistrationReportsItsFailureWheneverThatIsKnown) {
     }
 }
 
+TEST_F(HotKeys, TellWhatTheDesktopHasDecidedUntilItIsOver) {
+    test::CapturedOutput output;
+    QStringList told;
+    QObject::connect(&*manager, &HotKeyManager::triggerChanged,
+                     [&told](const QString& trigger) { told << trigger; });
+    manager->registerStoredHotKey();
+    center.grant(QStringLiteral("F9"));
+    center.grant(QStringLiteral("F9"));
+    EXPECT_EQ(manager->trigger(), u"F9");
+    manager->reregister(40, 2304);
+    center.grant(QStringLiteral("F8"));
+    center.refuse(hotKeysUnavailableErr);
+    const QStringList expected{QStringLiteral("F9"), {}, QStringLiteral("F8"), {}};
+    EXPECT_EQ(told, expected);
+    EXPECT_EQ(output.text(), "") << "whoever looked for a way says what to do";
+    manager->registerIfMissing();
+    EXPECT_EQ(center.hotKeys.size(), 1U);
+}
+
 } // namespace
 } // namespace corvatto

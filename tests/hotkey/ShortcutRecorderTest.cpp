@@ -43,6 +43,20 @@ TEST_F(ShortcutRecorderTest, ShowsWhatIsStored) {
     }
 }
 
+TEST_F(ShortcutRecorderTest, ShowsWhatTheDesktopGrantedInstead) {
+    const QImage stored = recorder->grab().toImage();
+    const QString words = QStringLiteral("Press <Super>V and something that fits no control");
+    recorder->setTrigger(words);
+    EXPECT_EQ(recorder->accessibleName(), words);
+    const QImage shown = recorder->grab().toImage();
+    EXPECT_NE(shown, stored);
+    recorder->setTrigger(words + words);
+    EXPECT_EQ(recorder->grab().toImage(), shown) << "the beginning, as much of it as fits";
+    recorder->setTrigger({});
+    EXPECT_EQ(recorder->accessibleName(), u"⇧⌘V");
+    EXPECT_EQ(recorder->grab().toImage(), stored);
+}
+
 TEST_F(ShortcutRecorderTest, ASecondClickLosingTheFocusAndClosingChangeNothing) {
     for (const bool starts : {true, false}) {
         QTest::mouseClick(recorder, Qt::LeftButton);

@@ -24,10 +24,16 @@ public:
             }
         }
     }
+    // Says what triggers the registrations.
+    void grant(const QString& trigger) {
+        for (const auto& [ref, done] : hotKeys) {
+            done(noErr, trigger);
+        }
+    }
     // Ends the registrations with that status.
     void refuse(HotKeyStatus status) {
         for (const auto& [ref, done] : std::exchange(hotKeys, {})) {
-            done(status);
+            done(status, {});
         }
     }
 

@@ -69,7 +69,7 @@ EventHotKeyRef X11HotKeyCenter::registerEventHotKey(quint32 keyCode, quint32 mod
             m_hotKeys.emplace(ref, hotKey);
         }
     }
-    done(status);
+    done(status, {});
     return ref;
 }
 
