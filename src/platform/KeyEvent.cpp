@@ -184,4 +184,9 @@ std::optional<quint16> keyCodeForEvdevCode(quint32 evdevCode) {
     return key != nullptr ? std::optional<quint16>(key->keyCode) : std::nullopt;
 }
 
+std::optional<int> qtKeyForKeyCode(quint32 keyCode) {
+    const Key* key = findKey(&Key::keyCode, keyCode);
+    return key != nullptr && key->qtKey != 0 ? std::optional<int>(key->qtKey) : std::nullopt;
+}
+
 } // namespace corvatto

@@ -59,4 +59,8 @@ KeyEvent hotKeyEventFrom(const QKeyEvent& event);
 std::optional<quint32> evdevCodeForKeyCode(quint32 keyCode);
 std::optional<quint16> keyCodeForEvdevCode(quint32 evdevCode);
 
+// The Qt key that a US layout has at the position of `keyCode`, without modifiers. Absent for keys that share
+// their Qt key with another one.
+std::optional<int> qtKeyForKeyCode(quint32 keyCode);
+
 } // namespace corvatto
