@@ -1,0 +1,101 @@
+#include "platform/dbus/DesktopHotKeyCenter.h"
+#include "FakePlasma.h"
+#include "FakePortal.h"
+#include "support/CapturedOutput.h"
+#include "support/FakeHotKeyCenter.h"
+
+#include <csignal>
+
+namespace corvatto::test {
+namespace {
+
+class DesktopHotKeyTest : public BusTest {
+protected:
+    ~DesktopHotKeyTest() override { qunsetenv("SWAYSOCK"); }
+};
+
+TEST_F(DesktopHotKeyTest, PlasmaComesBeforeThePortal) {
+    DesktopHotKeyCenter center(program->bus());
+    FakePortal portal(address);
+    {
+        FakePlasma plasma(address);
+        registerHotKey(center);
+        ASSERT_TRUE(soonReported(noErr));
+        plasma.press();
+        EXPECT_TRUE(eventually([this] { return presses == 1; }));
+        center.unregisterEventHotKey(hotKey);
+        EXPECT_TRUE(eventually([&] { return plasma.set.isEmpty(); }));
+        plasma.taken = {superShiftV};
+        registerHotKey(center);
+        ASSERT_TRUE(soonReported(eventHotKeyExistsErr));
+        EXPECT_EQ(portal.calls, QStringList()) << "who says no is not passed over";
+    }
+    registerHotKey(center);
+    ASSERT_TRUE(soonReported(noErr, portal.trigger));
+    presses = 0;
+    portal.press();
+    EXPECT_TRUE(eventually([this] { return presses > 0; }));
+    center.unregisterEventHotKey(hotKey);
+    EXPECT_TRUE(eventually([&] { return portal.session.path().isEmpty(); }));
+}
+
+TEST_F(DesktopHotKeyTest, OneLineSaysWhatToBindWhereNobodyGrantsShortcuts) {
+    CapturedOutput output;
+    DesktopHotKeyCenter center(program->bus());
+    for (int i = 0; i < 2; ++i) {
+        registerHotKey(center);
+        EXPECT_TRUE(soonReported(hotKeysUnavailableErr));
+    }
+    QByteArray lines = "[HotKeyCenter] This desktop grants no global shortcuts. "
+                       "Bind a key in its settings to: corvatto --toggle\n";
+    EXPECT_EQ(output.text(), lines);
+    qputenv("SWAYSOCK", "/run/sway");
+    registerHotKey(center, 40, optionKey);
+    EXPECT_TRUE(soonReported(hotKeysUnavailableErr));
+    lines += "[HotKeyCenter] This desktop grants no global shortcuts. "
+             "For its configuration: bindsym Mod1+k exec corvatto --toggle\n";
+    EXPECT_EQ(output.text(), lines);
+}
+
+TEST_F(DesktopHotKeyTest, TheFallbackServesWithALineThatSaysHowFar) {
+    CapturedOutput output;
+    FakeHotKeyCenter x11;
+    {
+        DesktopHotKeyCenter center(program->bus(), &x11);
+        registerHotKey(center);
+        EXPECT_TRUE(eventually([&] { return x11.hotKeys.size() == 1; }));
+        EXPECT_EQ(output.text(), "[HotKeyCenter] This desktop grants global shortcuts in X11 windows only. "
+                                 "Bind a key in its settings to: corvatto --toggle\n");
+        x11.hotKeys.begin()->second(noErr, {});
+        EXPECT_TRUE(soonReported(noErr));
+        x11.press();
+        EXPECT_EQ(presses, 1);
+    }
+    EXPECT_TRUE(x11.hotKeys.empty());
+    EXPECT_TRUE(x11.handlers.empty());
+}
+
+TEST_F(DesktopHotKeyTest, WaitsForNoBusThatHangs) {
+    FakePlasma plasma(address);
+    DesktopHotKeyCenter center(program->bus());
+    kill(static_cast<pid_t>(daemon->pid()), SIGSTOP);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    registerHotKey(center);
+    EXPECT_EQ(center.unregisterEventHotKey(hotKey), noErr);
+    registerHotKey(center);
+    QCoreApplication::processEvents();
+    // A call that waits gives up after 25 seconds.
+    EXPECT_LT(elapsed.elapsed(), 5000);
+    kill(static_cast<pid_t>(daemon->pid()), SIGCONT);
+    EXPECT_TRUE(soonReported(noErr));
+    kill(static_cast<pid_t>(daemon->pid()), SIGSTOP);
+    elapsed.start();
+    center.unregisterEventHotKey(hotKey);
+    EXPECT_LT(elapsed.elapsed(), 5000);
+    kill(static_cast<pid_t>(daemon->pid()), SIGCONT);
+    EXPECT_TRUE(eventually([&] { return plasma.set.isEmpty(); }));
+}
+
+} // namespace
+} // namespace corvatto::test
