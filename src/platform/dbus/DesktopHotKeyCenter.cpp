@@ -2,7 +2,6 @@
 
 #include "base/Diagnostics.h"
 #include "platform/dbus/KGlobalAccelHotKeyCenter.h"
-#include "platform/dbus/KeyNames.h"
 #include "platform/dbus/PortalHotKeyCenter.h"
 
 #include <utility>
@@ -34,6 +33,18 @@ void DesktopHotKeyCenter::addService(HotKeyCenter& center) {
     };
     center.installEventHandler(handle, service.handler);
     m_services.push_back(service);
+}
+
+void DesktopHotKeyCenter::setKeymap(const QByteArray& keymap) {
+    const auto before = std::exchange(m_keyNames, KeyNames(keymap));
+    m_plasma->setKeyNames(m_keyNames);
+    m_portal->setKeyNames(m_keyNames);
+    const bool goesByNames = m_asked != nullptr && m_asked != m_fallback;
+    if (goesByNames &&
+        m_keyNames.qtCombinations(m_keyCode, m_modifiers) != before.qtCombinations(m_keyCode, m_modifiers)) {
+        stop();
+        ask(0);
+    }
 }
 
 void DesktopHotKeyCenter::start(quint32 keyCode, quint32 modifiers, EventHotKeyID id) {
@@ -84,7 +95,7 @@ void DesktopHotKeyCenter::ask(std::size_t index) {
 }
 
 void DesktopHotKeyCenter::printAdvice() {
-    const QString binding = swayBinding(m_keyCode, m_modifiers);
+    const QString binding = m_keyNames.swayBinding(m_keyCode, m_modifiers);
     const bool isSway = qEnvironmentVariableIsSet("SWAYSOCK") && !binding.isEmpty();
     const QString what = m_fallback == nullptr
                              ? QStringLiteral("This desktop grants no global shortcuts.")

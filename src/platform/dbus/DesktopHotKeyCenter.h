@@ -2,6 +2,7 @@
 // what the session has besides. Where nobody does, a printed line says what to bind instead.
 #pragma once
 
+#include "platform/dbus/KeyNames.h"
 #include "platform/dbus/SingleHotKeyCenter.h"
 
 #include <QDBusConnection>
@@ -10,6 +11,9 @@
 #include <vector>
 
 namespace corvatto {
+
+class KGlobalAccelHotKeyCenter;
+class PortalHotKeyCenter;
 
 // The services are asked anew for each registration, and the next one is asked when one ends its service.
 // Main thread.
@@ -21,6 +25,10 @@ public:
     // outlives the center.
     explicit DesktopHotKeyCenter(const QDBusConnection& bus, HotKeyCenter* fallback = nullptr);
     ~DesktopHotKeyCenter() override;
+
+    // Names keys by that keymap, in the text format of XKB, from now on. What is registered is asked for
+    // again if it has other names there.
+    void setKeymap(const QByteArray& keymap);
 
 protected:
     void start(quint32 keyCode, quint32 modifiers, EventHotKeyID id) override;
@@ -36,8 +44,9 @@ private:
     void ask(std::size_t service);
     void printAdvice();
 
-    std::unique_ptr<HotKeyCenter> m_plasma;
-    std::unique_ptr<HotKeyCenter> m_portal;
+    KeyNames m_keyNames;
+    std::unique_ptr<KGlobalAccelHotKeyCenter> m_plasma;
+    std::unique_ptr<PortalHotKeyCenter> m_portal;
     HotKeyCenter* m_fallback;
     std::vector<Service> m_services; // in the order in which they are asked
     quint32 m_keyCode = 0;

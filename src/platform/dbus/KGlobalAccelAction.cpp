@@ -114,9 +114,10 @@ void KGlobalAccelAction::requestCombinations() {
         const auto set = combinationsFrom(answer->reply().arguments().value(0));
         if (answer->isError() || !set) {
             Q_EMIT unavailable();
-        } else if (*set != m_combinations) {
+        } else if (set->value(0) != m_combinations.value(0)) {
             Q_EMIT taken();
         } else {
+            m_combinations = *set;
             Q_EMIT granted({});
         }
     });

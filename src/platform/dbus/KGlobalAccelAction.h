@@ -14,7 +14,7 @@ class KGlobalAccelAction : public QObject {
 
 public:
     // Starts to register. `owner` is the service's unique name; any of `combinations`, which are Qt keys with
-    // Qt modifiers, is to trigger the action.
+    // Qt modifiers, is to trigger the action. It is granted if the first one is.
     KGlobalAccelAction(const QDBusConnection& bus, const QString& owner, const QList<int>& combinations);
     // Gives the combinations back. The service would swallow their keys after the program's end, and keep
     // them from others.
@@ -40,7 +40,7 @@ private:
 
     QDBusConnection m_bus;
     QString m_owner;
-    QList<int> m_combinations;
+    QList<int> m_combinations; // asked for, then those granted
 };
 
 } // namespace corvatto

@@ -1,7 +1,5 @@
 #include "platform/dbus/KGlobalAccelHotKeyCenter.h"
 
-#include "platform/dbus/KeyNames.h"
-
 namespace corvatto {
 
 KGlobalAccelHotKeyCenter::KGlobalAccelHotKeyCenter(const QDBusConnection& bus) : m_bus(bus) {}
@@ -13,7 +11,7 @@ void KGlobalAccelHotKeyCenter::start(quint32 keyCode, quint32 modifiers, EventHo
         report(hotKeysUnavailableErr);
         return;
     }
-    m_combinations = qtKeyCombinations(keyCode, modifiers);
+    m_combinations = m_keyNames.qtCombinations(keyCode, modifiers);
     m_wasServed = false;
     m_compositor = std::make_unique<BusName>(m_bus, QStringLiteral("org.kde.KWin"));
     connect(m_compositor.get(), &BusName::ownerKnown, this, &KGlobalAccelHotKeyCenter::findService);

@@ -7,6 +7,7 @@
 #include "platform/dbus/BusName.h"
 #include "platform/dbus/HeldKey.h"
 #include "platform/dbus/KGlobalAccelAction.h"
+#include "platform/dbus/KeyNames.h"
 #include "platform/dbus/SingleHotKeyCenter.h"
 
 #include <memory>
@@ -22,6 +23,9 @@ public:
     explicit KGlobalAccelHotKeyCenter(const QDBusConnection& bus);
     ~KGlobalAccelHotKeyCenter() override;
 
+    // For the registrations that follow.
+    void setKeyNames(const KeyNames& names) { m_keyNames = names; }
+
 protected:
     void start(quint32 keyCode, quint32 modifiers, EventHotKeyID id) override;
     void stop() override;
@@ -32,6 +36,7 @@ private:
     void request(const QString& owner);
 
     QDBusConnection m_bus;
+    KeyNames m_keyNames;
     QList<int> m_combinations;
     // While something is registered, or about to be:
     std::unique_ptr<BusName> m_compositor;

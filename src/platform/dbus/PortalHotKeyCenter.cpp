@@ -1,7 +1,5 @@
 #include "platform/dbus/PortalHotKeyCenter.h"
 
-#include "platform/dbus/KeyNames.h"
-
 namespace corvatto {
 
 PortalHotKeyCenter::PortalHotKeyCenter(const QDBusConnection& bus, std::chrono::milliseconds replyLimit)
@@ -14,7 +12,7 @@ void PortalHotKeyCenter::start(quint32 keyCode, quint32 modifiers, EventHotKeyID
         report(hotKeysUnavailableErr);
         return;
     }
-    m_preferredTrigger = portalTrigger(keyCode, modifiers);
+    m_preferredTrigger = m_keyNames.portalTrigger(keyCode, modifiers);
     m_name = std::make_unique<BusName>(m_bus, QStringLiteral("org.freedesktop.portal.Desktop"));
     connect(m_name.get(), &BusName::ownerKnown, this, &PortalHotKeyCenter::followPortal);
     request();

@@ -3,6 +3,7 @@
 
 #include "platform/dbus/BusName.h"
 #include "platform/dbus/HeldKey.h"
+#include "platform/dbus/KeyNames.h"
 #include "platform/dbus/PortalShortcut.h"
 #include "platform/dbus/SingleHotKeyCenter.h"
 
@@ -24,6 +25,9 @@ public:
                                 std::chrono::milliseconds replyLimit = defaultReplyLimit);
     ~PortalHotKeyCenter() override;
 
+    // For the registrations that follow.
+    void setKeyNames(const KeyNames& names) { m_keyNames = names; }
+
 protected:
     void start(quint32 keyCode, quint32 modifiers, EventHotKeyID id) override;
     void stop() override;
@@ -33,6 +37,7 @@ private:
     void request();
 
     QDBusConnection m_bus;
+    KeyNames m_keyNames;
     std::chrono::milliseconds m_replyLimit;
     QString m_preferredTrigger;
     // While something is registered, or about to be:

@@ -1,6 +1,7 @@
 #include "platform/dbus/DesktopHotKeyCenter.h"
 #include "FakePlasma.h"
 #include "FakePortal.h"
+#include "Keymap.h"
 #include "support/CapturedOutput.h"
 #include "support/FakeHotKeyCenter.h"
 
@@ -37,6 +38,25 @@ TEST_F(DesktopHotKeyTest, PlasmaComesBeforeThePortal) {
     EXPECT_TRUE(eventually([this] { return presses > 0; }));
     center.unregisterEventHotKey(hotKey);
     EXPECT_TRUE(eventually([&] { return portal.session.path().isEmpty(); }));
+}
+
+TEST_F(DesktopHotKeyTest, AsksAgainWhenTheKeyboardNamesTheKeysOtherwise) {
+    FakePlasma plasma(address);
+    DesktopHotKeyCenter center(program->bus());
+    registerHotKey(center, 6, commandKey); // Z
+    ASSERT_TRUE(soonReported(noErr));
+    for (const auto& [layout, key] : {std::pair("de", Qt::Key_Y), std::pair("us", Qt::Key_Z)}) {
+        center.setKeymap(keymap(layout));
+        ASSERT_TRUE(soonReported(noErr));
+        EXPECT_EQ(plasma.set, QList<int>{(Qt::META | key).toCombined()});
+        plasma.calls.clear();
+        presses = 0;
+        center.setKeymap(keymap(layout)); // nothing new
+        plasma.press();
+        plasma.release();
+        EXPECT_TRUE(eventually([this] { return presses == 1; }));
+        EXPECT_EQ(plasma.calls, QStringList());
+    }
 }
 
 TEST_F(DesktopHotKeyTest, OneLineSaysWhatToBindWhereNobodyGrantsShortcuts) {

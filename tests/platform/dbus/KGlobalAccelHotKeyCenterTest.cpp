@@ -38,10 +38,11 @@ TEST_F(KGlobalAccelTest, GrantsPassesOnPressesAndTakesTheKeysBack) {
 
 TEST_F(KGlobalAccelTest, WhatAnotherProgramHasIsTaken) {
     plasma->taken = {(Qt::META | Qt::Key_Exclam).toCombined()};
-    registerHotKey(*center, 18); // 1, of whose two names one is taken
+    registerHotKey(*center, 18); // 1, of whose two names the first is taken
     ASSERT_TRUE(soonReported(eventHotKeyExistsErr));
     EXPECT_TRUE(eventually([this] { return plasma->set.isEmpty(); })) << "nothing is kept";
-    registerHotKey(*center);
+    plasma->taken = {(Qt::META | Qt::SHIFT | Qt::Key_1).toCombined()}; // the other one
+    registerHotKey(*center, 18);
     EXPECT_TRUE(soonReported(noErr));
     registerHotKey(*center);
     EXPECT_TRUE(soonReported(eventHotKeyInvalidErr)) << "one at a time";
