@@ -1,7 +1,5 @@
 #include "platform/x11/SelectionOwner.h"
 
-#include "base/Worker.h"
-
 #include <QPointer>
 
 #include <algorithm>
@@ -15,10 +13,6 @@ constexpr qsizetype wantedBytesPerPiece = qsizetype{256} << 10;
 constexpr qsizetype requestOverhead = 64; // bytes of a request beside the property that it carries
 constexpr std::chrono::seconds requestorSilence{30};
 
-// Encodings are asked for in quick succession, by a program that pastes and by those that watch the
-// clipboard.
-constexpr std::chrono::seconds encodingLifetime{10};
-
 constexpr quint32 mostPairs = 64; // of a MULTIPLE request
 
 qsizetype bytesPerPiece(xcb_connection_t* connection) {
@@ -28,31 +22,10 @@ qsizetype bytesPerPiece(xcb_connection_t* connection) {
 
 } // namespace
 
-struct SelectionOwner::Answer {
-    xcb_window_t requestor;
-    xcb_atom_t property;
-    Converted done;
-};
-
-struct SelectionOwner::Flavour {
-    xcb_atom_t target;
-    xcb_atom_t type;
-    OfferedFlavour offered;
-    QByteArray encoding;         // of a costly flavour, while it is kept
-    std::vector<Answer> waiting; // for the encoding that is being made
-};
-
 SelectionOwner::SelectionOwner(XcbConnection& connection, xcb_atom_t selection)
     : m_connection(connection), m_selection(selection),
       m_window(connection.createMessageWindow(XCB_EVENT_MASK_PROPERTY_CHANGE)),
       m_bytesPerPiece(bytesPerPiece(connection.raw())) {
-    m_forgetEncodings.setSingleShot(true);
-    m_forgetEncodings.setInterval(encodingLifetime);
-    m_forgetEncodings.callOnTimeout([this] {
-        for (const auto& flavour : m_flavours) {
-            flavour->encoding = QByteArray();
-        }
-    });
     m_connection.addListener(*this);
 }
 
@@ -97,10 +70,10 @@ void SelectionOwner::takeoverAnnounced(xcb_timestamp_t time) {
 
 void SelectionOwner::setContent(const ClipboardContent& content) {
     m_since = XCB_CURRENT_TIME;
-    m_flavours.clear();
-    for (OfferedFlavour& offered : offeredFlavours(content)) {
-        const xcb_atom_t target = m_connection.atom(offered.target), type = m_connection.atom(offered.type);
-        m_flavours.push_back(std::make_shared<Flavour>(Flavour{target, type, std::move(offered), {}, {}}));
+    m_flavours = std::make_shared<OfferedFlavours>(*this, content);
+    for (std::size_t i = 0; i < m_flavours->size(); ++i) {
+        m_connection.atom((*m_flavours)[i].target); // asked for now, and not in the middle of a paste
+        m_connection.atom((*m_flavours)[i].type);
     }
 }
 
@@ -117,7 +90,7 @@ void SelectionOwner::handleEvent(const xcb_generic_event_t& event) {
         // Told before a takeover of ours is announced, it is the end of an earlier ownership.
         const auto& clear = reinterpret_cast<const xcb_selection_clear_event_t&>(event);
         if (clear.owner == m_window && clear.selection == m_selection && !hasPendingTakeover()) {
-            m_flavours.clear(); // transfers under way keep their own bytes
+            m_flavours.reset(); // transfers under way keep their own bytes
         }
         break;
     }
@@ -166,11 +139,12 @@ void SelectionOwner::answer(const xcb_selection_request_event_t& request) {
 void SelectionOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property,
                              const Converted& done) {
     xcb_connection_t* raw = m_connection.raw();
+    const std::size_t flavours = m_flavours ? m_flavours->size() : 0;
     if (target == m_connection.atom("TARGETS")) {
         std::vector<xcb_atom_t> atoms{m_connection.atom("TARGETS"), m_connection.atom("TIMESTAMP"),
                                       m_connection.atom("MULTIPLE")};
-        for (const auto& flavour : m_flavours) {
-            atoms.push_back(flavour->target);
+        for (std::size_t i = 0; i < flavours; ++i) {
+            atoms.push_back(m_connection.atom((*m_flavours)[i].target));
         }
         xcb_change_property(raw, XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_ATOM, 32,
                             static_cast<quint32>(atoms.size()), atoms.data());
@@ -183,47 +157,27 @@ void SelectionOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom
         done(true);
         return;
     }
-    const auto flavour = std::find_if(m_flavours.begin(), m_flavours.end(),
-                                      [&](const auto& each) { return each->target == target; });
-    if (flavour == m_flavours.end()) {
-        done(false);
-    } else if ((*flavour)->offered.isCostly) {
-        convertCostly(*flavour, {requestor, property, done});
-    } else {
-        deliver(**flavour, {requestor, property, done}, (*flavour)->offered.bytes());
+    for (std::size_t i = 0; i < flavours; ++i) {
+        if (m_connection.atom((*m_flavours)[i].target) == target) {
+            const xcb_atom_t type = m_connection.atom((*m_flavours)[i].type);
+            m_flavours->bytesOf(i, [this, requestor, property, type, done](const QByteArray& bytes) {
+                deliver(requestor, property, type, bytes);
+                done(!bytes.isNull());
+            });
+            return;
+        }
     }
+    done(false);
 }
 
-void SelectionOwner::convertCostly(const std::shared_ptr<Flavour>& flavour, const Answer& answer) {
-    if (!flavour->encoding.isNull()) {
-        m_forgetEncodings.start();
-        deliver(*flavour, answer, flavour->encoding);
-        return;
-    }
-    flavour->waiting.push_back(answer);
-    if (flavour->waiting.size() > 1) {
-        return; // it is being made
-    }
-    runOnWorker(*this, flavour->offered.bytes,
-                [this, flavour](const QByteArray& bytes) { encoded(flavour, bytes); });
-}
-
-void SelectionOwner::encoded(const std::shared_ptr<Flavour>& flavour, const QByteArray& bytes) {
-    flavour->encoding = bytes;
-    m_forgetEncodings.start();
-    for (const Answer& answer : std::exchange(flavour->waiting, {})) {
-        deliver(*flavour, answer, bytes);
-    }
-}
-
-void SelectionOwner::deliver(const Flavour& flavour, const Answer& answer, const QByteArray& bytes) {
+void SelectionOwner::deliver(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type,
+                             const QByteArray& bytes) {
     if (bytes.size() > m_bytesPerPiece) {
-        startIncremental(answer.requestor, answer.property, flavour.type, bytes);
+        startIncremental(requestor, property, type, bytes);
     } else if (!bytes.isNull()) {
-        xcb_change_property(m_connection.raw(), XCB_PROP_MODE_REPLACE, answer.requestor, answer.property,
-                            flavour.type, 8, static_cast<quint32>(bytes.size()), bytes.constData());
+        xcb_change_property(m_connection.raw(), XCB_PROP_MODE_REPLACE, requestor, property, type, 8,
+                            static_cast<quint32>(bytes.size()), bytes.constData());
     }
-    answer.done(!bytes.isNull());
 }
 
 void SelectionOwner::answerMultiple(const xcb_selection_request_event_t& request) {

@@ -5,12 +5,9 @@
 // time that the server accepts, which Qt's last input event may not be; a copy made in one of our own text
 // fields goes through QClipboard and must be told apart from content that the history wrote; and an image is
 // offered in the bytes that are stored, encoded otherwise only for those who ask.
-//
-// Whoever asks for another encoding of an image waits for it, and nobody else does: it is made beside the
-// main thread, once for all who ask, and kept for a while.
 #pragma once
 
-#include "platform/ClipboardOffer.h"
+#include "platform/OfferedFlavours.h"
 #include "platform/x11/XcbConnection.h"
 
 #include <QTimer>
@@ -46,8 +43,6 @@ public:
     void handleEvent(const xcb_generic_event_t& event) override;
 
 private:
-    struct Flavour;
-    struct Answer;
     // An answer in pieces that a requestor is taking.
     struct Incremental {
         xcb_window_t requestor;
@@ -68,9 +63,7 @@ private:
     void answerMultiple(const xcb_selection_request_event_t& request);
     void answerPairs(const xcb_selection_request_event_t& request, std::vector<xcb_atom_t> pairs);
     void convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property, const Converted& done);
-    void convertCostly(const std::shared_ptr<Flavour>& flavour, const Answer& answer);
-    void encoded(const std::shared_ptr<Flavour>& flavour, const QByteArray& bytes);
-    void deliver(const Flavour& flavour, const Answer& answer, const QByteArray& bytes);
+    void deliver(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const QByteArray& bytes);
     void notify(const xcb_selection_request_event_t& request, xcb_atom_t property);
 
     void startIncremental(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type,
@@ -85,9 +78,8 @@ private:
     qsizetype m_bytesPerPiece;
     xcb_timestamp_t m_since = XCB_CURRENT_TIME;
     int m_pendingTakeovers = 0;
-    std::vector<std::shared_ptr<Flavour>> m_flavours; // of this ownership
+    std::shared_ptr<OfferedFlavours> m_flavours; // of this ownership; null without any
     std::list<Incremental> m_incremental;
-    QTimer m_forgetEncodings;
 };
 
 } // namespace corvatto
