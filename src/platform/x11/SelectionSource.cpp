@@ -11,10 +11,13 @@ constexpr qint64 targetListBytes = qint64{mostTargets} * 64;
 
 } // namespace
 
-xcb_atom_t TransferProperties::next() {
+QByteArray TransferProperties::name(int n) {
     constexpr int properties = 64;
-    m_last = (m_last + 1) % properties;
-    return m_connection.atom("CORVATTO_TRANSFER_" + QByteArray::number(m_last));
+    return "CORVATTO_TRANSFER_" + QByteArray::number(n % properties);
+}
+
+xcb_atom_t TransferProperties::next() {
+    return m_connection.atom(name(m_used++));
 }
 
 // The targets whose names have come so far.

@@ -15,9 +15,12 @@ public:
     explicit TransferProperties(XcbConnection& connection) : m_connection(connection) {}
     xcb_atom_t next();
 
+    // The name of the n-th property that is used.
+    static QByteArray name(int n);
+
 private:
     XcbConnection& m_connection;
-    int m_last = 0;
+    int m_used = 0;
 };
 
 // Main thread.

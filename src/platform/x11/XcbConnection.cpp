@@ -10,6 +10,12 @@ namespace {
 // How many events and replies one turn of the event loop handles.
 constexpr int itemsPerTurn = 256;
 
+xcb_atom_t internAtom(xcb_connection_t* connection, const QByteArray& name) {
+    const auto cookie = xcb_intern_atom(connection, 0, static_cast<quint16>(name.size()), name.constData());
+    const XcbPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
 } // namespace
 
 bool XcbConnection::serverIsReachable() {
@@ -19,19 +25,30 @@ bool XcbConnection::serverIsReachable() {
     return isReachable;
 }
 
-std::unique_ptr<XcbConnection> XcbConnection::open() {
-    int screen = 0;
-    xcb_connection_t* connection = xcb_connect(nullptr, &screen);
-    if (xcb_connection_has_error(connection) != 0) {
-        xcb_disconnect(connection);
-        return nullptr;
+XcbConnection::Prepared XcbConnection::prepare(const QByteArrayList& names) {
+    Prepared prepared;
+    xcb_connection_t* raw = xcb_connect(nullptr, &prepared.screen);
+    prepared.connection.reset(raw, xcb_disconnect);
+    if (xcb_connection_has_error(raw) != 0) {
+        return {};
     }
-    return std::unique_ptr<XcbConnection>(new XcbConnection(connection, screen));
+    for (const QByteArray& name : names) {
+        prepared.atoms.insert(name, internAtom(raw, name));
+    }
+    return prepared;
 }
 
-XcbConnection::XcbConnection(xcb_connection_t* connection, int screen)
-    : m_connection(connection), m_notifier(xcb_get_file_descriptor(connection), QSocketNotifier::Read) {
-    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+std::unique_ptr<XcbConnection> XcbConnection::open() {
+    Prepared prepared = prepare();
+    return prepared.connection ? std::make_unique<XcbConnection>(std::move(prepared)) : nullptr;
+}
+
+XcbConnection::XcbConnection(Prepared prepared)
+    : m_owned(std::move(prepared.connection)), m_connection(m_owned.get()),
+      m_notifier(xcb_get_file_descriptor(m_connection), QSocketNotifier::Read),
+      m_atoms(std::move(prepared.atoms)) {
+    int screen = prepared.screen;
+    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(m_connection));
     for (; screen > 0 && screens.rem > 1; --screen) {
         xcb_screen_next(&screens);
     }
@@ -42,7 +59,6 @@ XcbConnection::XcbConnection(xcb_connection_t* connection, int screen)
 XcbConnection::~XcbConnection() {
     m_notifier.setEnabled(false);
     m_pending.clear(); // without an answer: those who asked have gone, or are going
-    xcb_disconnect(m_connection);
 }
 
 xcb_atom_t XcbConnection::atom(const QByteArray& name) {
@@ -50,9 +66,7 @@ xcb_atom_t XcbConnection::atom(const QByteArray& name) {
     if (known != m_atoms.constEnd()) {
         return *known;
     }
-    const auto cookie = xcb_intern_atom(m_connection, 0, static_cast<quint16>(name.size()), name.constData());
-    const XcbPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection, cookie, nullptr));
-    const xcb_atom_t atom = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    const xcb_atom_t atom = internAtom(m_connection, name);
     m_atoms.insert(name, atom);
     // Waiting for the answer may have read events, which wake no notifier any more.
     flush();

@@ -5,7 +5,7 @@
 // the loop handles a bounded number of them, so that no client can keep the loop busy.
 #pragma once
 
-#include <QByteArray>
+#include <QByteArrayList>
 #include <QHash>
 #include <QObject>
 #include <QSocketNotifier>
@@ -47,6 +47,16 @@ public:
 
     // Connects to the display of $DISPLAY. Null when there is none.
     static std::unique_ptr<XcbConnection> open();
+
+    // The same in two steps, of which the first waits for the server and may be taken on any thread, and the
+    // second does not wait. The atoms of `names` are known from then on.
+    struct Prepared {
+        std::shared_ptr<xcb_connection_t> connection; // null when there is none
+        int screen = 0;
+        QHash<QByteArray, xcb_atom_t> atoms;
+    };
+    static Prepared prepare(const QByteArrayList& names = {});
+    explicit XcbConnection(Prepared prepared);
     ~XcbConnection() override;
 
     xcb_connection_t* raw() const { return m_connection; }
@@ -96,12 +106,12 @@ private:
         ReplyHandler done;
     };
 
-    XcbConnection(xcb_connection_t* connection, int screen);
     void pump();
     bool deliverNext();
     bool deliverNextReply();
     bool deliverNextEvent();
 
+    std::shared_ptr<xcb_connection_t> m_owned;
     xcb_connection_t* m_connection;
     xcb_window_t m_root = XCB_NONE;
     QSocketNotifier m_notifier;
