@@ -2,30 +2,28 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <string>
-#include <unordered_map>
 #include <utility>
 
 namespace corvatto {
 
 struct WaylandConnection::Listeners {
-    static void global(void* self, wl_registry* /*registry*/, uint32_t name, const char* interface,
+    static void global(void* data, wl_registry* /*registry*/, uint32_t name, const char* interface,
                        uint32_t version) {
-        auto& globals = static_cast<WaylandConnection*>(self)->m_globals;
-        if (!globals.contains(interface)) {
-            globals.insert(interface, {name, version});
-        }
+        auto& self = *static_cast<WaylandConnection*>(data);
+        self.m_globals.insert_or_assign(name, Global{interface, version});
+        self.followSeat();
     }
-    static void globalRemoved(void* self, wl_registry* /*registry*/, uint32_t name) {
-        static_cast<WaylandConnection*>(self)->m_globals.removeIf(
-            [name](const auto& entry) { return entry.value().name == name; });
+    static void globalRemoved(void* data, wl_registry* /*registry*/, uint32_t name) {
+        auto& self = *static_cast<WaylandConnection*>(data);
+        self.m_globals.erase(name);
+        self.followSeat();
     }
     static constexpr wl_registry_listener registry{global, globalRemoved};
 
     static void synced(void* data, wl_callback* callback, uint32_t /*serial*/) {
-        const std::unique_ptr<std::function<void()>> done(static_cast<std::function<void()>*>(data));
+        auto sync = static_cast<WaylandConnection*>(data)->m_syncs.extract(callback);
         wl_callback_destroy(callback);
-        (*done)();
+        sync.mapped()();
     }
     static constexpr wl_callback_listener callback{synced};
 };
@@ -50,6 +48,9 @@ WaylandConnection::WaylandConnection(wl_display* display)
 WaylandConnection::~WaylandConnection() {
     m_readable.setEnabled(false);
     m_writable.setEnabled(false);
+    for (const auto& [callback, done] : m_syncs) {
+        wl_callback_destroy(callback);
+    }
     if (m_seat != nullptr) {
         wl_seat_destroy(m_seat);
     }
@@ -65,31 +66,52 @@ bool WaylandConnection::readGlobals() {
     if (wl_display_roundtrip(m_display) < 0) {
         return false;
     }
-    m_seat = bind<wl_seat>("wl_seat", wl_seat_interface, 1);
-    flush();
     return true;
 }
 
+WaylandConnection::Globals::const_iterator WaylandConnection::first(const QByteArray& interface) const {
+    return std::find_if(m_globals.cbegin(), m_globals.cend(),
+                        [&](const auto& global) { return global.second.interface == interface; });
+}
+
+// Seats come and go, as with the session of a remote desktop.
+void WaylandConnection::followSeat() {
+    const auto global = first("wl_seat");
+    const quint32 name = global == m_globals.cend() ? 0 : global->first;
+    if (name == m_seatName) {
+        return;
+    }
+    wl_seat* const before = m_seat;
+    m_seatName = name;
+    m_seat = bind<wl_seat>("wl_seat", wl_seat_interface, 1);
+    Q_EMIT seatChanged();
+    if (before != nullptr) {
+        wl_seat_destroy(before);
+    }
+    flush();
+}
+
 quint32 WaylandConnection::version(const QByteArray& interface) const {
-    return m_globals.value(interface, {0, 0}).version;
+    const auto global = first(interface);
+    return global == m_globals.cend() ? 0 : global->second.version;
 }
 
 void* WaylandConnection::bindGlobal(const QByteArray& interface, const wl_interface& description,
                                     quint32 version) {
-    const auto global = m_globals.constFind(interface);
-    if (global == m_globals.constEnd()) {
+    const auto global = first(interface);
+    if (global == m_globals.cend()) {
         return nullptr;
     }
-    // The wire names the interface only here. libwayland keeps pointers to descriptions and names for ever.
-    static std::unordered_map<std::string, wl_interface> renamed;
-    const auto [entry, isNew] = renamed.try_emplace(interface.toStdString(), description);
-    entry->second.name = entry->first.c_str();
-    return wl_registry_bind(m_registry, global->name, &entry->second, std::min(global->version, version));
+    const quint32 agreed = std::min(global->second.version, version);
+    // Not wl_registry_bind(), which sends the name in the description.
+    return wl_proxy_marshal_flags(reinterpret_cast<wl_proxy*>(m_registry), WL_REGISTRY_BIND, &description,
+                                  agreed, 0, global->first, interface.constData(), agreed, nullptr);
 }
 
 void WaylandConnection::sync(std::function<void()> done) {
-    wl_callback_add_listener(wl_display_sync(m_display), &Listeners::callback,
-                             new std::function<void()>(std::move(done)));
+    wl_callback* const callback = wl_display_sync(m_display);
+    m_syncs.emplace(callback, std::move(done));
+    wl_callback_add_listener(callback, &Listeners::callback, this);
     flush();
 }
 

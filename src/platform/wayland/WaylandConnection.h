@@ -5,14 +5,15 @@
 #pragma once
 
 #include <QByteArray>
-#include <QHash>
 #include <QObject>
 #include <QSocketNotifier>
 
 #include <wayland-client.h>
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <unordered_map>
 
 namespace corvatto {
 
@@ -39,7 +40,7 @@ public:
         return static_cast<T*>(bindGlobal(interface, description, version));
     }
 
-    // The seat that was announced first; null without any.
+    // The seat that was announced first, of those that there are; null without any.
     wl_seat* seat() const { return m_seat; }
 
     // Calls `done` when the compositor has handled all requests so far, and the events that it had sent by
@@ -50,18 +51,24 @@ public:
     void flush();
 
 Q_SIGNALS:
+    // There is another seat(), or none any more. The one before is destroyed afterwards.
+    void seatChanged();
+
     // The compositor is gone, or has ended the connection for an error. Nothing works after this.
     void disconnected();
 
 private:
     struct Global {
-        quint32 name;
+        QByteArray interface;
         quint32 version;
     };
+    using Globals = std::map<quint32, Global>; // by name: in the order of announcement
     struct Listeners;
 
     explicit WaylandConnection(wl_display* display);
     bool readGlobals();
+    Globals::const_iterator first(const QByteArray& interface) const;
+    void followSeat();
     void* bindGlobal(const QByteArray& interface, const wl_interface& description, quint32 version);
     void pump();
     void fail();
@@ -69,7 +76,9 @@ private:
     wl_display* m_display;
     wl_registry* m_registry = nullptr;
     wl_seat* m_seat = nullptr;
-    QHash<QByteArray, Global> m_globals; // the first of each interface
+    quint32 m_seatName = 0; // of the global
+    Globals m_globals;
+    std::unordered_map<wl_callback*, std::function<void()>> m_syncs; // not answered yet
     QSocketNotifier m_readable;
     QSocketNotifier m_writable;
     bool m_hasFailed = false;
