@@ -123,17 +123,26 @@ private:
     }
 };
 
+// An X server, which is that of $DISPLAY from now on.
+class XServer {
+public:
+    XServer()
+        : m_process("Xvfb", {"-displayfd", "1", "-screen", "0", "100x100x24", "-nolisten", "tcp"},
+                    QProcessEnvironment::systemEnvironment(), true) {
+        EXPECT_TRUE(soon([this] { return m_process.output().endsWith('\n'); }));
+        display = ':' + m_process.output().trimmed();
+        qputenv("DISPLAY", display);
+    }
+
+    QByteArray display;
+
+private:
+    Process m_process;
+};
+
 class X11Test : public ::testing::Test {
 protected:
-    X11Test()
-        : server("Xvfb", {"-displayfd", "1", "-screen", "0", "100x100x24", "-nolisten", "tcp"},
-                 QProcessEnvironment::systemEnvironment(), true) {
-        EXPECT_TRUE(soon([this] { return server.output().endsWith('\n'); }));
-        display = ':' + server.output().trimmed();
-        qputenv("DISPLAY", display);
-        connection = XcbConnection::open();
-        other.emplace(display);
-    }
+    X11Test() : display(server.display), connection(XcbConnection::open()) { other.emplace(display); }
 
     // Has the connection deal with all that the server has for it, and with nothing that it gets later.
     void letGo() {
@@ -143,7 +152,7 @@ protected:
         connection->flush();
         EXPECT_TRUE(eventually([&] { return isReplied; }));
     }
-    Process server;
+    XServer server;
     QByteArray display;
     std::unique_ptr<XcbConnection> connection;
     std::optional<Program> other;

@@ -1,0 +1,76 @@
+// A compositor with a seat and its clipboard, and nothing else, which the test plays together with the other
+// programs. It runs in the event loop of the test, so that the test decides in which order things happen.
+#pragma once
+
+#include "WaylandServer.h"
+#include "platform/wayland/FileDescriptor.h"
+
+#include <QByteArrayList>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+
+struct wl_global;
+struct wl_resource;
+
+namespace corvatto::test {
+
+class FakeCompositor {
+public:
+    // Offers data control under that name.
+    explicit FakeCompositor(QByteArray manager = "zwlr_data_control_manager_v1", int version = 2);
+
+    // The connection that is tested. Before it is opened again, the one before is to be gone.
+    std::unique_ptr<WaylandConnection> connect() { return m_server.connect(); }
+    void disconnect();
+
+    // Another program copies, or the clipboard is emptied. `asked` is called with each type that the program
+    // is asked for, and the descriptor that it is to write to; otherwise it writes the flavour.
+    using Flavours = std::map<QByteArray, QByteArray>;
+    using Asked = std::function<void(const QByteArray& type, FileDescriptor receiver)>;
+    void copy(const Flavours& flavours, Asked asked = {});
+    void empty();
+
+    QByteArrayList requests; // what programs that copied were asked for, in order
+
+    // What the tested program offers; null when it does not.
+    std::optional<QByteArrayList> offered() const;
+    // Another program asks for it, and reads from the result.
+    FileDescriptor ask(const QByteArray& type);
+
+    bool refusesWrites = false;
+    bool announcesOwnWrites = true;
+    int writes = 0; // that it has heard of
+    int primaryWrites = 0;
+    int offers = 0;               // that it has told of and that are not given back
+    std::function<void()> onSync; // before it is answered
+
+    void marksText(); // as another program, for the primary selection
+    void removeSeat();
+    void addSeat();
+    void finishDevice(); // the clipboard of this seat is at its end
+
+private:
+    struct Requests;
+    struct Source;
+
+    void announce();
+    void cancelSource();
+    wl_resource* newOffer();
+
+    QByteArray m_managerName;
+    wl_global* m_seat = nullptr;
+    wl_resource* m_device = nullptr;
+    Flavours m_flavours;    // of another program
+    bool m_isOwned = false; // by another program
+    Asked m_asked;
+    Source* m_source = nullptr; // of the tested program, when that owns the clipboard
+    int m_generation = 0;       // offers of earlier ones are dead
+    WaylandServer m_server;     // goes first: the resources of its clients refer to all else
+};
+
+void writeAll(const FileDescriptor& to, const QByteArray& bytes);
+
+} // namespace corvatto::test
