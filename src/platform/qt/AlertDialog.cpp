@@ -7,10 +7,12 @@
 #include <QApplication>
 #include <QBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -65,6 +67,17 @@ AlertDialog::AlertDialog(const Alert& alert)
     rows->addLayout(layout);
     rows->addWidget(newButtons(alert.buttons));
     rows->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void AlertDialog::paintEvent(QPaintEvent* event) {
+    QDialog::paintEvent(event);
+    if (windowHandle()->flags().testFlag(Qt::BypassWindowManagerHint)) {
+        // Without a frame it would merge with what it stands on.
+        QPainter painter(this);
+        painter.setPen(QPen(appearance::tertiaryLabelColor(), 1));
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
+    }
 }
 
 QWidget* AlertDialog::newText(const Alert& alert) {

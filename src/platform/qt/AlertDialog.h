@@ -17,6 +17,9 @@ public:
     // The index of the button that was clicked; after closing, of the one that the alert names for that.
     int chosen() const { return m_chosen; }
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     QWidget* newText(const Alert& alert);
     QWidget* newScrollingText(const QString& text);
