@@ -59,6 +59,16 @@ bool isModal(const QWindow& window) {
     return window.modality() != Qt::NonModal;
 }
 
+// An alert that belongs to no window would be covered by the others as soon as one of them is clicked.
+void keepAboveOthers(QWindow& alert) {
+    for (QWindow* window : QGuiApplication::topLevelWindows()) {
+        const bool isOrdinary = window->type() == Qt::Window || window->type() == Qt::Dialog;
+        if (isOrdinary && window != &alert && window->isVisible() && !window->flags().testFlag(roleless)) {
+            alert.setTransientParent(window);
+        }
+    }
+}
+
 } // namespace
 
 std::unique_ptr<LayerShellPresenter> LayerShellPresenter::open() {
@@ -167,6 +177,9 @@ void LayerShellPresenter::chooseRole(QWindow& window) const {
     const bool opensOverRole = isPopup(window) && roleBelow(window) != nullptr;
     if (window.flags().testFlag(roleless) != (isAlert || opensOverRole)) {
         window.setFlag(roleless, isAlert || opensOverRole);
+    }
+    if (isModal(window) && !isAlert && window.transientParent() == nullptr) {
+        keepAboveOthers(window);
     }
 }
 
