@@ -58,9 +58,15 @@ TEST_F(ShortcutRecorderTest, ShowsWhatTheDesktopGrantedInstead) {
 }
 
 TEST_F(ShortcutRecorderTest, ASecondClickLosingTheFocusAndClosingChangeNothing) {
+    bool isTold = false;
+    QObject::connect(recorder, &ShortcutRecorder::recordingChanged, [&](bool isRecording) {
+        EXPECT_NE(isRecording, isTold);
+        isTold = isRecording;
+    });
     for (const bool starts : {true, false}) {
         QTest::mouseClick(recorder, Qt::LeftButton);
         EXPECT_EQ(recorder->isRecording(), starts);
+        EXPECT_EQ(isTold, starts);
     }
     const QImage idle = recorder->grab().toImage();
     QTest::mouseClick(recorder, Qt::LeftButton);
@@ -68,8 +74,10 @@ TEST_F(ShortcutRecorderTest, ASecondClickLosingTheFocusAndClosingChangeNothing) 
     EXPECT_TRUE(recorder->isRecording()) << "modifiers alone are nothing";
     EXPECT_NE(recorder->grab().toImage(), idle);
     EXPECT_TRUE(eventually([this] { return !recorder->isRecording(); })) << "until time is up";
+    EXPECT_FALSE(isTold);
     recorder->setFocus(); // by the keyboard: recording without a time limit
     EXPECT_TRUE(recorder->isRecording());
+    EXPECT_TRUE(isTold);
     field->setFocus();
     EXPECT_FALSE(recorder->isRecording());
     QTest::keyClick(window.windowHandle(), Qt::Key_J);
