@@ -2,6 +2,7 @@
 
 #include "app/X11Session.h"
 #include "base/Diagnostics.h"
+#include "base/ScopedEnvironment.h"
 #include "platform/wayland/CompositorProbe.h"
 
 #include <QDir>
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace corvatto {
 namespace {
@@ -41,41 +41,12 @@ DisplaySystem bestWanted() {
     return std::max(wanted.value_or(DisplaySystem::wayland), DisplaySystem::xwayland);
 }
 
-// Sets variables of the environment as long as it lives. Qt reads them in that time; programs that are opened
-// later do not inherit them.
-class ScopedEnvironment {
-public:
-    ScopedEnvironment(std::initializer_list<std::pair<const char*, const char*>> variables) {
-        for (const auto& [name, value] : variables) {
-            m_before.emplace_back(name, qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name))
-                                                                        : std::nullopt);
-            qputenv(name, value);
-        }
-    }
-    ~ScopedEnvironment() {
-        for (const auto& [name, value] : m_before) {
-            value ? qputenv(name, *value) : qunsetenv(name);
-        }
-    }
-    ScopedEnvironment(const ScopedEnvironment&) = delete;
-    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-
-private:
-    std::vector<std::pair<const char*, std::optional<QByteArray>>> m_before;
-};
-
 std::unique_ptr<QApplication> newApplication(DisplaySystem system, int& argc, char** argv) {
     if (system != DisplaySystem::wayland) {
         const ScopedEnvironment environment{{"QT_QPA_PLATFORM", "xcb"}};
         return std::make_unique<QApplication>(argc, argv);
     }
-    const ScopedEnvironment environment{
-        {"QT_QPA_PLATFORM", "wayland;xcb"},
-        // Our windows are painted into shared memory. Qt would load OpenGL and its compiler, 50 MB of it.
-        {"QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none"},
-        // A window with Qt::BypassWindowManagerHint is given no role by Qt: the panel takes its own.
-        {"QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1"},
-    };
+    const ScopedEnvironment environment{{"QT_QPA_PLATFORM", "wayland;xcb"}};
     return std::make_unique<QApplication>(argc, argv);
 }
 

@@ -1,5 +1,6 @@
 #include "platform/wayland/LayerShellPresenter.h"
 
+#include "base/ScopedEnvironment.h"
 #include "keyboard-shortcuts-inhibit-unstable-v1-client-protocol.h"
 #include "platform/wayland/AlertSurface.h"
 #include "platform/wayland/PanelSurface.h"
@@ -15,7 +16,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <optional>
 #include <utility>
 
 namespace corvatto {
@@ -24,19 +24,14 @@ namespace {
 // Qt gives no role to a window that has it.
 constexpr Qt::WindowType roleless = Qt::BypassWindowManagerHint;
 
-constexpr const char* rolelessVariable = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
-
 // With its first window Qt would load OpenGL and a compiler for it, which take 50 MB, and no window of ours
 // is painted with them.
 void paintIntoSharedMemory() {
-    constexpr const char* variable = "QT_WAYLAND_CLIENT_BUFFER_INTEGRATION";
-    const auto before = qEnvironmentVariableIsSet(variable) ? std::optional(qgetenv(variable)) : std::nullopt;
-    qputenv(variable, "none");
+    const ScopedEnvironment environment{{"QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none"}};
     // Qt warns that there is no such thing.
     const auto printer = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("egldisplay"); // decides now
     qInstallMessageHandler(printer);
-    before ? qputenv(variable, *before) : qunsetenv(variable);
 }
 
 // Until the compositor has let go of the picture of a window that is hidden.

@@ -27,8 +27,8 @@ class LayerShellPresenter : public QObject, public WindowPresenter {
     Q_OBJECT
 
 public:
-    // Null when the compositor has no layers, or Qt does not run on Wayland. Sets a variable of the
-    // environment that Qt looks at whenever it shows a window, so that it must stay.
+    // Null when the compositor has no layers, or Qt does not run on Wayland. Before the first window is
+    // shown. Sets `rolelessVariable` of SurfaceRole.h for good.
     static std::unique_ptr<LayerShellPresenter> open();
     ~LayerShellPresenter() override;
 

@@ -1,5 +1,5 @@
 // What the surface of a window is to the compositor, for windows to which Qt gives no role of its own: those
-// with Qt::BypassWindowManagerHint, while QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT is set.
+// with Qt::BypassWindowManagerHint, while a variable of the environment is set.
 //
 // A surface with a role must stay empty until the compositor has said how large it will be, and Qt does not
 // know of that: whoever owns the role keeps Qt's events to paint from the window until isReady().
@@ -11,6 +11,9 @@
 #include <QWindow>
 
 namespace corvatto {
+
+// Qt looks at it whenever it shows a window, so that it must stay; programs that are opened must not see it.
+inline constexpr const char* rolelessVariable = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
 
 // Lives from the showing of the window to its hiding; goes before the surface does. Main thread.
 class SurfaceRole : public QObject {

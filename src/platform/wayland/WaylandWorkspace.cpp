@@ -1,5 +1,8 @@
 #include "platform/wayland/WaylandWorkspace.h"
 
+#include "base/ScopedEnvironment.h"
+#include "platform/wayland/SurfaceRole.h"
+
 #include <QGuiApplication>
 
 namespace corvatto {
@@ -14,6 +17,11 @@ bool isOurs(const ToplevelWatcher::Toplevel& toplevel) {
 
 WaylandWorkspace::WaylandWorkspace(WaylandConnection& connection)
     : m_toplevels(ToplevelWatcher::create(connection)) {}
+
+bool WaylandWorkspace::openURL(const QUrl& url) {
+    const ScopedEnvironment ofOthers{{rolelessVariable, nullptr}};
+    return FreedesktopWorkspace::openURL(url);
+}
 
 QString WaylandWorkspace::nameOfCopySource(bool isOwnCopy) {
     if (isOwnCopy) {

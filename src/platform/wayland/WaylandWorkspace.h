@@ -13,6 +13,8 @@ public:
     // names are empty.
     explicit WaylandWorkspace(WaylandConnection& connection);
 
+    bool openURL(const QUrl& url) override;
+
     // The name of the application that the user copied in, at the moment that the clipboard changes hands.
     // `isOwnCopy` for a copy made in one of this program's windows, which is this program's. Else that of the
     // active window; or, while a window of ours has the keyboard that leaves none active, as the panel does,

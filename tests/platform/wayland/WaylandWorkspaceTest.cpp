@@ -2,9 +2,11 @@
 #include "platform/wayland/WaylandWorkspace.h"
 
 #include "FakeToplevels.h"
+#include "platform/wayland/SurfaceRole.h"
 #include "support/Eventually.h"
 #include "support/Printing.h"
 
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -31,6 +33,24 @@ protected:
     }
 
     WaylandServer server;
+};
+
+// Takes the place of the program that is opened.
+class Opened : public QObject {
+    Q_OBJECT
+
+public:
+    Opened() { QDesktopServices::setUrlHandler(QStringLiteral("test"), this, "open"); }
+    ~Opened() override { QDesktopServices::unsetUrlHandler(QStringLiteral("test")); }
+
+    QUrl url;
+    bool seesVariable = false;
+
+public Q_SLOTS:
+    void open(const QUrl& opened) {
+        url = opened;
+        seesVariable = qEnvironmentVariableIsSet(rolelessVariable);
+    }
 };
 
 struct Protocol {
@@ -138,5 +158,19 @@ TEST_F(Workspace, NamesAreEmptyWhereTheCompositorDoesNotTell) {
     EXPECT_EQ(workspace.nameOfCopySource(true), u"Corvatto");
 }
 
+TEST_F(Workspace, WhatIsOpenedSeesNoVariableThatIsMeantForOurWindows) {
+    const auto connection = server.connect();
+    WaylandWorkspace workspace(*connection);
+    Opened opened;
+    qputenv(rolelessVariable, "1");
+    EXPECT_TRUE(workspace.openURL(QUrl(QStringLiteral("test:page"))));
+    EXPECT_EQ(opened.url.path(), u"page");
+    EXPECT_FALSE(opened.seesVariable);
+    EXPECT_TRUE(qEnvironmentVariableIsSet(rolelessVariable));
+    qunsetenv(rolelessVariable);
+}
+
 } // namespace
 } // namespace corvatto::test
+
+#include "WaylandWorkspaceTest.moc"
