@@ -23,7 +23,6 @@ public:
     // line; the status is then EXIT_FAILURE, unless Qt ends the process with it right there.
     static int runEventLoop();
 
-protected:
     // Ends the event loop with EXIT_FAILURE and the line that says what is gone.
     static void displayLost(const QString& line);
 };

@@ -1,5 +1,7 @@
 #include "app/SessionStart.h"
 
+#include "app/WaylandClipboardSession.h"
+#include "app/WaylandSession.h"
 #include "app/X11Session.h"
 #include "base/Diagnostics.h"
 #include "base/ScopedEnvironment.h"
@@ -37,8 +39,7 @@ DisplaySystem bestWanted() {
                                  "\"wayland\", \"wayland-clipboard\" and \"x11\"; not used.")
                       .arg(name));
     }
-    // The native ways are being built.
-    return std::max(wanted.value_or(DisplaySystem::wayland), DisplaySystem::xwayland);
+    return wanted.value_or(DisplaySystem::wayland);
 }
 
 std::unique_ptr<QApplication> newApplication(DisplaySystem system, int& argc, char** argv) {
@@ -50,8 +51,18 @@ std::unique_ptr<QApplication> newApplication(DisplaySystem system, int& argc, ch
     return std::make_unique<QApplication>(argc, argv);
 }
 
-std::unique_ptr<Session> openSession(DisplaySystem /*system*/) {
-    return X11Session::open();
+std::unique_ptr<Session> openSession(DisplaySystem system) {
+    switch (system) {
+    case DisplaySystem::wayland:
+        return WaylandSession::open();
+    case DisplaySystem::waylandClipboard:
+        return WaylandClipboardSession::open();
+    case DisplaySystem::xwayland:
+        return X11Session::open(X11Session::Server::xwayland);
+    case DisplaySystem::x11:
+        return X11Session::open(X11Session::Server::x11);
+    }
+    return nullptr;
 }
 
 // The ways after `system` that work with the application object that there is.

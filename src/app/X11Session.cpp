@@ -1,30 +1,27 @@
 #include "app/X11Session.h"
 
-#include "base/Diagnostics.h"
-
 #include <utility>
 
 namespace corvatto {
 
-std::unique_ptr<X11Session> X11Session::open() {
-    auto connection = XcbConnection::open();
-    if (!connection) {
-        printLine(u"[CorvattoApp] ERROR: The X server takes no second connection.");
-        return nullptr;
-    }
-    return std::unique_ptr<X11Session>(new X11Session(std::move(connection)));
+std::unique_ptr<X11Session> X11Session::open(Server server) {
+    auto windows = X11Windows::open();
+    return windows ? std::unique_ptr<X11Session>(new X11Session(std::move(windows), server)) : nullptr;
 }
 
-X11Session::X11Session(std::unique_ptr<XcbConnection> connection)
-    : m_connection(std::move(connection)), m_screens(*m_connection, m_qtScreens), m_workspace(*m_connection),
-      m_pasteboard(*m_connection, [this](xcb_window_t owner) { return m_workspace.nameOfCopySource(owner); }),
-      m_hotKeyCenter(*m_connection), m_presenter(*m_connection, m_screens), m_tray(*m_connection) {
-    QObject::connect(m_connection.get(), &XcbConnection::disconnected, m_connection.get(),
-                     [] { displayLost(QStringLiteral("[CorvattoApp] ERROR: The X server is gone.")); });
+X11Session::X11Session(std::unique_ptr<X11Windows> windows, Server server)
+    : m_windows(std::move(windows)), m_workspace(m_windows->connection()),
+      m_pasteboard(m_windows->connection(),
+                   [this](xcb_window_t owner) { return m_workspace.nameOfCopySource(owner); }) {
+    if (server == Server::xwayland) {
+        m_desktopHotKeys.emplace(QDBusConnection::sessionBus(), &m_windows->hotKeyCenter());
+    }
 }
 
 Platform X11Session::platform() {
-    return {m_pasteboard, m_workspace, m_hotKeyCenter, m_presenter, m_tray};
+    HotKeyCenter& ownKeys = m_windows->hotKeyCenter();
+    HotKeyCenter& hotKeys = m_desktopHotKeys ? *m_desktopHotKeys : ownKeys;
+    return {m_pasteboard, m_workspace, hotKeys, m_windows->presenter(), m_windows->tray()};
 }
 
 } // namespace corvatto
