@@ -36,6 +36,7 @@ function(corvatto_room name)
     endforeach()
 
     add_library(corvatto_${name} STATIC ${ROOM_SOURCES} ${ROOM_HEADERS})
+    set_target_properties(corvatto_${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
     target_include_directories(corvatto_${name} PUBLIC ${include_dir})
     list(TRANSFORM ROOM_USES PREPEND corvatto_ OUTPUT_VARIABLE used_targets)
     target_link_libraries(corvatto_${name} PUBLIC ${used_targets} PRIVATE corvatto_warnings)

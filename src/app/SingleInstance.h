@@ -1,5 +1,5 @@
 // Lets only one Corvatto run for each user. The first process listens on a socket that only its user can
-// reach; later ones send it their request.
+// reach; later ones send it their request (command/InstanceRequest.h).
 #pragma once
 
 #include <QLocalServer>
@@ -7,7 +7,7 @@
 #include <QString>
 
 #include <functional>
-#include <memory>
+#include <string>
 
 namespace corvatto {
 
@@ -15,7 +15,7 @@ class SingleInstance {
 public:
     // Keeps the socket and a lock in `directory`, which is created if necessary, accessible to this user
     // only.
-    explicit SingleInstance(const QString& directory);
+    explicit SingleInstance(const std::string& directory);
 
     // Becomes the instance that answers requests. False when there is one already.
     bool becomePrimary();
@@ -26,30 +26,10 @@ public:
     // What to tell who asks for the status: one line.
     void setStatus(const QString& status) { m_status = status; }
 
-    enum class Answer {
-        Done,  // the running instance does what it was asked to
-        None,  // it does not answer, and will not do it later
-        Nobody // no instance is running
-    };
-
-    // Sends `request` to the running instance and waits up to five seconds for its answer. Blocks, so only
-    // for a process that does nothing else.
-    Answer send(const QString& request) const;
-
-    // Asks the running instance for its status in the same way.
-    Answer status(QString& status) const;
-
-    // $XDG_RUNTIME_DIR/corvatto, else a directory of the user's own below the system's temporary one, also
-    // when the path is too long for the name of a socket.
-    static QString defaultDirectory();
-
 private:
     void answer(QLocalSocket* socket);
-    Answer exchange(const QString& request, QByteArray& text) const;
-    bool isDirectoryOurs() const; // prints a line when it is not
 
-    QString m_directory;
-    QString m_socketPath;
+    std::string m_directory;
     QLockFile m_lock;
     QLocalServer m_server;
     QString m_status;

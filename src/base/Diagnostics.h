@@ -14,8 +14,4 @@ void printLine(QStringView line);
 // Has Qt's own messages written to standard error in the same way.
 void printQtMessagesWithoutWaiting();
 
-// Opens /dev/null in place of each standard descriptor that is closed. Otherwise the next file or socket that
-// is opened takes its number, and lines go into that. To be called before anything is opened.
-void openClosedStandardDescriptors();
-
 } // namespace corvatto

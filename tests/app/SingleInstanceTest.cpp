@@ -1,6 +1,7 @@
 // The second instance is a process of its own in life; here a child does what it does.
 #include "app/SingleInstance.h"
 
+#include "command/InstanceRequest.h"
 #include "support/Eventually.h"
 
 #include <QDir>
@@ -16,12 +17,13 @@
 namespace corvatto::test {
 namespace {
 
-using Answer = SingleInstance::Answer;
+using Outcome = Answer::Outcome;
 
 class SingleInstanceTest : public ::testing::Test {
 protected:
     QTemporaryDir home;
-    SingleInstance first{home.path()};
+    const std::string directory = home.path().toStdString();
+    SingleInstance first{directory};
     int requests = 0;
 
     void listen() {
@@ -39,9 +41,9 @@ protected:
         EXPECT_TRUE(eventually([&] { return waitpid(child, &status, WNOHANG) == child; }));
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
-    bool gives(Answer expected, const QString& request, uid_t user = getuid()) const {
+    bool gives(Outcome expected, const std::string& request, uid_t user = getuid()) const {
         return inChild(
-            [&] { return setuid(user) == 0 && SingleInstance(home.path()).send(request) == expected; });
+            [&] { return setuid(user) == 0 && askInstance(directory, request).outcome == expected; });
     }
 };
 
@@ -50,16 +52,16 @@ TEST_F(SingleInstanceTest, NeitherWhatACrashLeftNorANonsenseRequestIsInTheWay) {
         listen();
         _exit(0); // without clearing up
     }));
-    EXPECT_TRUE(gives(Answer::Nobody, QStringLiteral("show")));
+    EXPECT_TRUE(gives(Outcome::Nobody, "show"));
     listen();
-    EXPECT_FALSE(inChild([this] { return SingleInstance(home.path()).becomePrimary(); }));
-    EXPECT_TRUE(gives(Answer::None, QString(100'000, QLatin1Char('x'))));
-    EXPECT_TRUE(gives(Answer::Done, QStringLiteral("show")));
+    EXPECT_FALSE(inChild([this] { return SingleInstance(directory).becomePrimary(); }));
+    EXPECT_TRUE(gives(Outcome::None, std::string(100'000, 'x')));
+    EXPECT_TRUE(gives(Outcome::Done, "show"));
     EXPECT_EQ(requests, 1);
     first.setStatus(QStringLiteral("well"));
     EXPECT_TRUE(inChild([this] {
-        QString status;
-        return SingleInstance(home.path()).status(status) == Answer::Done && status == u"well";
+        const Answer answer = askInstance(directory, statusRequest);
+        return answer.outcome == Outcome::Done && answer.text == "well\n";
     }));
 }
 
@@ -71,11 +73,11 @@ TEST_F(SingleInstanceTest, AnotherUserIsNeitherHeardNorBelieved) {
     listen();
     ASSERT_EQ(chmod(qPrintable(home.path()), 0777), 0);
     ASSERT_EQ(chmod(qPrintable(home.filePath(QStringLiteral("instance"))), 0777), 0);
-    EXPECT_FALSE(gives(Answer::Done, QStringLiteral("show"), 65'534));
+    EXPECT_FALSE(gives(Outcome::Done, "show", 65'534));
     EXPECT_EQ(requests, 0);
-    EXPECT_TRUE(gives(Answer::Done, QStringLiteral("show")));
+    EXPECT_TRUE(gives(Outcome::Done, "show"));
     ASSERT_EQ(chown(qPrintable(home.path()), 65'534, 0), 0);
-    EXPECT_TRUE(gives(Answer::Nobody, QStringLiteral("show")));
+    EXPECT_TRUE(gives(Outcome::Nobody, "show"));
     EXPECT_EQ(requests, 1);
 }
 
@@ -86,12 +88,11 @@ TEST_F(SingleInstanceTest, AnyRuntimeDirectoryWillDo) {
         const QString runtime = home.filePath(QString(length - home.path().size() - 1, u'r'));
         ASSERT_TRUE(QDir().mkdir(runtime));
         qputenv("XDG_RUNTIME_DIR", runtime.toUtf8());
-        SingleInstance instance(SingleInstance::defaultDirectory());
+        SingleInstance instance(instanceDirectory());
         ASSERT_TRUE(instance.becomePrimary());
         instance.listen([](const QString&) {});
-        EXPECT_TRUE(inChild([] {
-            return SingleInstance(SingleInstance::defaultDirectory()).send(QString()) == Answer::Done;
-        })) << length;
+        EXPECT_TRUE(inChild([] { return askInstance(instanceDirectory(), {}).outcome == Outcome::Done; }))
+            << length;
     }
     qunsetenv("TMPDIR");
 }
@@ -100,7 +101,7 @@ TEST_F(SingleInstanceTest, AnyRuntimeDirectoryWillDo) {
 TEST_F(SingleInstanceTest, ALinkIsNotFollowed) {
     const QString link = home.filePath(QStringLiteral("link"));
     ASSERT_TRUE(QFile::link(home.filePath(QStringLiteral(".")), link));
-    EXPECT_TRUE(SingleInstance(link).becomePrimary());
+    EXPECT_TRUE(SingleInstance(link.toStdString()).becomePrimary());
     EXPECT_FALSE(QFileInfo::exists(home.filePath(QStringLiteral("lock"))));
 }
 

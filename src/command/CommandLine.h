@@ -1,10 +1,9 @@
 // What the user asked for on the command line.
 #pragma once
 
-#include <QString>
-#include <QStringList>
-
-#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace corvatto {
 
@@ -20,15 +19,12 @@ struct CommandLine {
     };
 
     Action action = Action::run;
-    QString error; // why the arguments are invalid; empty when they are valid
+    std::string error; // why the arguments are invalid; empty when they are valid
 
     // `arguments` without the program's name.
-    static CommandLine parse(const QStringList& arguments);
+    static CommandLine parse(const std::vector<std::string_view>& arguments);
 
-    static QString helpText();
+    static const char* helpText();
 };
-
-// The request that is sent to a running instance for `action`; empty when the action needs no instance.
-QString requestFor(CommandLine::Action action);
 
 } // namespace corvatto
