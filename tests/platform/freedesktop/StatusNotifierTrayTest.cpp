@@ -42,6 +42,7 @@ TEST(StatusNotifierTray, IsThereOnceSomebodyShowsIcons) {
     }
     TrayHost host(address);
     host.come();
+    ASSERT_TRUE(isAsked(question)); // the tray has heard of the host now, and asks
     ASSERT_TRUE(isAsked(question));
     EXPECT_EQ(available.size(), 1) << "an icon that is there announces itself to the next tray";
 }
