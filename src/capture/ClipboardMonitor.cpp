@@ -26,9 +26,8 @@ QString imageHash(const Image& image) {
 ClipboardMonitor::ClipboardMonitor(ClipboardStore& store, Pasteboard& pasteboard, UserDefaults& defaults)
     : m_timer(this), m_lastChangeCount(pasteboard.changeCount()), m_store(store), m_pasteboard(pasteboard),
       m_defaults(defaults) {
-    // A coarse timer, within 5 % of the interval, can share its wake-ups with others, so that an idle program
-    // wakes the processor less often. Nobody notices a few hundredths of a second.
-    m_timer.setTimerType(Qt::CoarseTimer);
+    m_timer.setSingleShot(true);
+    m_timer.setTimerType(Qt::PreciseTimer); // or the ticks would not be where they are due
     connect(&m_timer, &QTimer::timeout, this, &ClipboardMonitor::checkPasteboard);
 }
 
@@ -40,22 +39,28 @@ void ClipboardMonitor::start() {
     ignoreCurrentContent();
     scheduleTimer();
     observeIntervalChanges();
+    m_pasteboard.onChange = [this] {
+        waitForTick();
+    };
 }
 
 void ClipboardMonitor::stop() {
     m_timer.stop();
+    m_ticks.invalidate();
+    m_pasteboard.onChange = nullptr;
     disconnect(m_defaultsObserver);
     m_defaultsObserver = {};
 }
 
 void ClipboardMonitor::checkNow() {
-    if (m_timer.isActive()) {
+    if (m_ticks.isValid()) {
         checkPasteboard();
     }
 }
 
 void ClipboardMonitor::ignoreCurrentContent() {
     m_lastChangeCount = m_pasteboard.changeCount();
+    m_timer.stop();
 }
 
 std::chrono::milliseconds ClipboardMonitor::effectiveInterval() const {
@@ -64,7 +69,16 @@ std::chrono::milliseconds ClipboardMonitor::effectiveInterval() const {
 }
 
 void ClipboardMonitor::scheduleTimer() {
-    m_timer.start(effectiveInterval());
+    m_interval = effectiveInterval();
+    m_ticks.start();
+    m_timer.stop();
+    waitForTick();
+}
+
+void ClipboardMonitor::waitForTick() {
+    if (!m_timer.isActive() && m_pasteboard.changeCount() != m_lastChangeCount) {
+        m_timer.start(m_interval - std::chrono::milliseconds(m_ticks.elapsed()) % m_interval);
+    }
 }
 
 void ClipboardMonitor::observeIntervalChanges() {
@@ -78,18 +92,16 @@ void ClipboardMonitor::observeIntervalChanges() {
                                          return;
                                      }
                                      lastApplied = interval;
-                                     m_timer.stop();
                                      scheduleTimer();
                                  });
 }
 
 void ClipboardMonitor::checkPasteboard() {
-    const qint64 changeCount = m_pasteboard.changeCount();
-    if (changeCount == m_lastChangeCount) {
+    if (m_pasteboard.changeCount() == m_lastChangeCount) {
         return;
     }
     // Before anything is read, so that each change is dealt with once, also one that gives no entry.
-    m_lastChangeCount = changeCount;
+    ignoreCurrentContent();
     const QString sourceApp = m_pasteboard.sourceApplicationName();
     if ((recordFiles(sourceApp) || recordImage(sourceApp) || recordText(sourceApp)) && onNewItem) {
         onNewItem();

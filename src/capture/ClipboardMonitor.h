@@ -1,12 +1,16 @@
 // Watches the clipboard by polling its change count and records what it finds: copied files before an image
 // before text. Each change is dealt with exactly once, whether it gives an entry or not. Follows the
 // polling-interval setting while it runs.
+//
+// The ticks come at whole intervals after the start, but those that would find nothing are left out: an idle
+// program does not wake the processor.
 #pragma once
 
 #include "platform/Pasteboard.h"
 #include "platform/UserDefaults.h"
 #include "store/ClipboardStore.h"
 
+#include <QElapsedTimer>
 #include <QMetaObject>
 #include <QObject>
 #include <QTimer>
@@ -47,6 +51,7 @@ public:
 private:
     std::chrono::milliseconds effectiveInterval() const;
     void scheduleTimer();
+    void waitForTick();
     void observeIntervalChanges();
 
     void checkPasteboard();
@@ -54,7 +59,10 @@ private:
     bool recordImage(const QString& sourceApp);
     bool recordText(const QString& sourceApp);
 
-    QTimer m_timer; // active exactly while the monitor runs
+    QTimer m_timer; // active while a change waits for its tick
+    QElapsedTimer
+        m_ticks; // since the moment that ticks are counted from; valid exactly while the monitor runs
+    std::chrono::milliseconds m_interval{};
     qint64 m_lastChangeCount = 0;
     ClipboardStore& m_store;
     Pasteboard& m_pasteboard;

@@ -29,6 +29,10 @@ public:
     // Rises by one with each change of the content, another program's or our own. Never falls.
     virtual qint64 changeCount() const = 0;
 
+    // Fired by the implementation after each rise of the count, so that whoever polls it can sleep meanwhile.
+    // What it calls neither reads nor writes the clipboard.
+    std::function<void()> onChange;
+
     // The display name, in the user's language, of the application that was in front when the last change was
     // announced; empty when there was none, or it has no name. This program's own only for a copy made in its
     // windows.

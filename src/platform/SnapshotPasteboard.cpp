@@ -45,7 +45,7 @@ void SnapshotPasteboard::finished(ClipboardContent content, std::optional<Image>
     setContent(std::move(content), std::move(image));
     if (isChange) {
         m_sourceApplication = sourceApplication;
-        ++m_changeCount;
+        countChange();
     }
     wasRead();
 }
@@ -59,7 +59,14 @@ void SnapshotPasteboard::endReading() {
 void SnapshotPasteboard::emptied() {
     m_reading.reset();
     setContent({});
+    countChange();
+}
+
+void SnapshotPasteboard::countChange() {
     ++m_changeCount;
+    if (onChange) {
+        onChange();
+    }
 }
 
 void SnapshotPasteboard::setContent(ClipboardContent content, std::optional<Image> image) {
@@ -83,7 +90,7 @@ void SnapshotPasteboard::write(ClipboardContent content) {
     m_reading.reset();
     overtaken();
     setContent(std::move(content));
-    ++m_changeCount;
+    countChange();
     offer(m_content);
 }
 

@@ -56,6 +56,7 @@ protected:
     virtual void wasRead() = 0;
 
 private:
+    void countChange();
     void setContent(ClipboardContent content, std::optional<Image> image = std::nullopt);
     void finished(ClipboardContent content, std::optional<Image> image, Meaning meaning,
                   const QString& sourceApplication);

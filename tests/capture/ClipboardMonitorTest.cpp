@@ -35,6 +35,7 @@ protected:
         ASSERT_TRUE(timer()->isActive());
         QTimerEvent event(timer()->timerId());
         QCoreApplication::sendEvent(timer(), &event);
+        EXPECT_FALSE(timer()->isActive()) << "wakes up for nothing";
     }
     void copy(test::FakePasteboard::Content content) {
         pasteboard.copy(std::move(content));
@@ -57,19 +58,19 @@ TEST_F(Monitor, ReadsOnlyWhatChangedAndOnlyOnce) {
         ++announced;
     };
     monitor.start();
-    tick();
-    EXPECT_EQ(pasteboard.reads, 0);
+    EXPECT_FALSE(timer()->isActive());
     for (const char* blank : {"", " \t\r\n\u00A0\u3000\u2028\u0085", "\v\f"}) {
         pasteboard.copyText(QString::fromUtf8(blank));
         tick();
     }
     copy({});
     const int reads = pasteboard.reads;
-    tick();
+    monitor.checkNow();
     EXPECT_EQ(pasteboard.reads, reads) << "a change without an entry is dealt with as well";
     pasteboard.setString(QStringLiteral("copied back")); // by the program itself
     monitor.ignoreCurrentContent();
-    tick();
+    EXPECT_FALSE(timer()->isActive());
+    monitor.checkNow();
     EXPECT_TRUE(items().isEmpty());
     EXPECT_EQ(announced, 0);
     copy({{}, {}, {}, {}, QStringLiteral("text")});
@@ -114,8 +115,26 @@ TEST_F(Monitor, LooksAtOnceWhenItIsAskedTo) {
     monitor.checkNow();
     EXPECT_EQ(newest().preview, u"just now");
     EXPECT_EQ(newest().sourceApp, u"Editor");
-    tick();
+    EXPECT_FALSE(timer()->isActive());
     EXPECT_EQ(newest().copyCount, 1);
+}
+
+TEST_F(Monitor, TicksAtWholeIntervalsAfterTheStart) {
+    defaults.setNumber(SettingsKeys::clipboardPollingInterval, 5);
+    QElapsedTimer clock;
+    clock.start();
+    monitor.start();
+    const qint64 latestStart = clock.elapsed();
+    ASSERT_TRUE(test::eventually([&clock] { return clock.elapsed() >= 100; }));
+    for (const char* text : {"first", "second"}) { // and looking before the tick does not move the next one
+        pasteboard.copyText(QString::fromUtf8(text));
+        const qint64 before = clock.elapsed();
+        const qint64 remaining = timer()->remainingTime();
+        EXPECT_GE(clock.elapsed() + remaining, 5000 - 1);
+        EXPECT_LE(before + remaining, latestStart + 5000 + 1);
+        monitor.checkNow();
+        EXPECT_EQ(newest().preview, QString::fromUtf8(text));
+    }
 }
 
 TEST_F(Monitor, FollowsTheIntervalWithinItsBoundsAndNoOtherSetting) {
@@ -129,9 +148,15 @@ TEST_F(Monitor, FollowsTheIntervalWithinItsBoundsAndNoOtherSetting) {
                                                                {12, 5000ms},
                                                                {QStringLiteral("often"), 500ms},
                                                                {1, 1000ms}}) { // as at the start
+        pasteboard.copyText(QStringLiteral("waiting"));
+        QElapsedTimer clock;
+        clock.start();
         defaults.setObject(SettingsKeys::clipboardPollingInterval, stored);
-        EXPECT_EQ(timer()->intervalAsDuration(), expected) << stored.toString().toStdString();
+        EXPECT_LE(timer()->intervalAsDuration(), expected) << stored.toString().toStdString();
+        EXPECT_GE(timer()->intervalAsDuration(), expected - std::chrono::milliseconds(clock.elapsed() + 1))
+            << stored.toString().toStdString();
     }
+    monitor.ignoreCurrentContent();
     defaults.setNumber(SettingsKeys::clipboardPollingInterval, 0.1);
     pasteboard.copyText(QStringLiteral("while settings are written"));
     EXPECT_TRUE(test::eventually([this] {
@@ -146,7 +171,8 @@ TEST_F(Monitor, FollowsTheIntervalWithinItsBoundsAndNoOtherSetting) {
     EXPECT_FALSE(timer()->isActive()) << "woken by a setting";
     pasteboard.copyText(QStringLiteral("while stopped"));
     monitor.start();
-    tick();
+    monitor.checkNow();
+    EXPECT_FALSE(timer()->isActive());
     EXPECT_TRUE(items().isEmpty());
 }
 

@@ -24,6 +24,9 @@ public:
     void copy(Content copied) {
         content = std::move(copied);
         ++count;
+        if (onChange) {
+            onChange();
+        }
     }
     void copyText(const QString& text) { copy({{}, {}, {}, {}, text}); }
 
