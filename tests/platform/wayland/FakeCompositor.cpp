@@ -141,7 +141,11 @@ FakeCompositor::FakeCompositor(QByteArray manager, int version) : m_managerName(
     interface->second.name = interface->first.constData();
     wl_global_create(m_server.display, &interface->second, version, this, Requests::bindManager);
     addSeat();
-    wl_display_add_protocol_logger(m_server.display, Requests::logged, this);
+    m_logger = wl_display_add_protocol_logger(m_server.display, Requests::logged, this);
+}
+
+FakeCompositor::~FakeCompositor() {
+    wl_protocol_logger_destroy(m_logger);
 }
 
 void FakeCompositor::disconnect() {
@@ -204,7 +208,7 @@ void FakeCompositor::announce() {
     zwlr_data_control_device_v1_send_selection(m_device, offer);
 }
 
-void FakeCompositor::marksText() {
+bool FakeCompositor::marksText() {
     const bool tellsOfPrimary = m_managerName.startsWith("ext") || wl_resource_get_version(m_device) >= 2;
     if (tellsOfPrimary) {
         wl_resource* const offer = newOffer();
@@ -212,6 +216,7 @@ void FakeCompositor::marksText() {
         zwlr_data_control_device_v1_send_primary_selection(m_device, offer);
         m_server.flush();
     }
+    return tellsOfPrimary;
 }
 
 std::optional<QByteArrayList> FakeCompositor::offered() const {

@@ -13,6 +13,7 @@
 #include <optional>
 
 struct wl_global;
+struct wl_protocol_logger;
 struct wl_resource;
 
 namespace corvatto::test {
@@ -21,6 +22,7 @@ class FakeCompositor {
 public:
     // Offers data control under that name.
     explicit FakeCompositor(QByteArray manager = "zwlr_data_control_manager_v1", int version = 2);
+    ~FakeCompositor();
 
     // The connection that is tested. Before it is opened again, the one before is to be gone.
     std::unique_ptr<WaylandConnection> connect() { return m_server.connect(); }
@@ -47,7 +49,8 @@ public:
     int offers = 0;               // that it has told of and that are not given back
     std::function<void()> onSync; // before it is answered
 
-    void marksText(); // as another program, for the primary selection
+    // As another program, for the primary selection. Whether the tested program is told.
+    bool marksText();
     void removeSeat();
     void addSeat();
     void finishDevice(); // the clipboard of this seat is at its end
@@ -68,7 +71,8 @@ private:
     Asked m_asked;
     Source* m_source = nullptr; // of the tested program, when that owns the clipboard
     int m_generation = 0;       // offers of earlier ones are dead
-    WaylandServer m_server;     // goes first: the resources of its clients refer to all else
+    wl_protocol_logger* m_logger;
+    WaylandServer m_server; // goes first: the resources of its clients refer to all else
 };
 
 void writeAll(const FileDescriptor& to, const QByteArray& bytes);

@@ -79,6 +79,7 @@ TEST_F(XwaylandOwnerTest, TheCompositorItselfIsNotAsked) {
 
 TEST_F(XwaylandOwnerTest, ContentSurvivesAnXProgramButNotItsClear) {
     XServer server;
+    const Program another(server.display); // without any, the server would start anew
     for (const bool exits : {true, false}) {
         std::optional<Program> program(server.display);
         pasteboard->setString(QStringLiteral("between")); // the next copy is no quick one
