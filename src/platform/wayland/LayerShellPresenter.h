@@ -1,6 +1,8 @@
 // Presents the program's windows to a Wayland compositor. The panel is a surface on the topmost layer with
 // the keyboard for itself; what opens over it, its menus and alerts, are surfaces that belong to it. Other
-// windows are ordinary ones, of which a compositor gives the keyboard to the one that was shown last.
+// windows are ordinary ones, of which a compositor gives the keyboard to the one that was shown last. No
+// ordinary window can be above the panel: when one is activated, the panel hides, and a panel that is shown
+// while an alert is such a window stays behind all windows until the alert is answered.
 //
 // Nothing here waits for the compositor: a window that is shown is painted when the compositor has told its
 // size.
