@@ -32,7 +32,8 @@ std::optional<duration<double>> age(pid_t process) {
         return std::nullopt;
     }
     const double startedAt = fields[startAfterName].toDouble() / static_cast<double>(::sysconf(_SC_CLK_TCK));
-    return duration<double>(static_cast<double>(now.tv_sec) - startedAt);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec) -
+           duration<double>(startedAt);
 }
 
 } // namespace
