@@ -42,11 +42,7 @@ TEST_P(CopyTest, FilesAreStoredByTheirPaths) {
     EXPECT_EQ(database.find(all)->type, "file");
 }
 
-TEST_F(XCopyTest, TheSourceIsTheApplicationInFront) {
-    for (const QByteArray entry : {"falcon", "org.example.Heron"}) {
-        desktop.writeFile("data/applications/" + entry + ".desktop",
-                          "[Desktop Entry]\nType=Application\nExec=x\nName=" + entry + " Writer\n");
-    }
+TEST_P(CopyTest, TheSourceIsTheApplicationInFront) {
     launch();
     hidePanel();
     copyText("of nobody"); // the window manager may count the hidden panel as active
@@ -58,17 +54,28 @@ TEST_F(XCopyTest, TheSourceIsTheApplicationInFront) {
     ASSERT_TRUE(soonStored("own words")); // an entry like any other copy's
     EXPECT_EQ(database.find("own words")->sourceApp, "Corvatto");
     EXPECT_EQ(paste(), "own words");
-    const struct {
-        QByteArray windowClass, desktopEntry, name;
-    } cases[] = {{"Falcon", "", "falcon Writer"},
-                 {"heron-bin", "org.example.Heron", "org.example.Heron Writer"},
-                 {"Eagle", "org.example.Unknown", "Eagle"}};
-    for (const auto& [windowClass, desktopEntry, name] : cases) {
-        const auto window = x.createWindow({50, 50, 200, 100}, windowClass, desktopEntry);
+    hidePanel();
+    desktop.writeFile("data/applications/falcon.desktop",
+                      "[Desktop Entry]\nType=Application\nExec=x\nName=Falcon Writer\n");
+    for (const auto& [application, name] : {std::pair("Falcon", "Falcon Writer"), {"Eagle", "Eagle"}}) {
+        desktop.openWindow(application);
+        copyText(application);
+        ASSERT_TRUE(soonStored(application));
+        EXPECT_EQ(database.find(application)->sourceApp, name);
+    }
+}
+
+TEST_F(XCopyTest, TheSourcesDesktopEntryIsKnownByItsOwnProperty) {
+    desktop.writeFile("data/applications/org.example.Heron.desktop",
+                      "[Desktop Entry]\nType=Application\nExec=x\nName=Heron Writer\n");
+    launch();
+    for (const auto& [desktopEntry, name] :
+         {std::pair("org.example.Heron", "Heron Writer"), {"org.example.Unknown", "heron-bin"}}) {
+        const auto window = x.createWindow({50, 50, 200, 100}, "heron-bin", desktopEntry);
         ASSERT_TRUE(soon([&] { return x.activeWindow() == window; }));
-        copyText("from " + windowClass);
-        ASSERT_TRUE(soonStored("from " + windowClass));
-        EXPECT_EQ(database.find("from " + windowClass)->sourceApp, name);
+        copyText(desktopEntry);
+        ASSERT_TRUE(soonStored(desktopEntry));
+        EXPECT_EQ(database.find(desktopEntry)->sourceApp, name);
     }
 }
 

@@ -1,7 +1,6 @@
 #include "EndToEndTest.h"
 
 #include "OrdinaryUser.h"
-#include "SwayDesktop.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "Database.h"
+#include "SwayDesktop.h"
 #include "X11Desktop.h"
 
 #include <QVariant>
@@ -35,13 +36,15 @@ protected:
     std::optional<int> corvatto(const QByteArrayList& arguments);
 
     QRect panelRect() { return desktop.panel(program->pid()); } // empty while it is hidden
+    bool isPanelPainted() {
+        return desktop.pixel(panelRect().bottomRight() - QPoint(5, 5)) == QColor(229, 229, 229);
+    }
     bool panelHasKeyboard() { return desktop.panelHasKeyboard(program->pid()); }
     bool soonHidden();
     // Whether the keys show or hide the panel. Pressed again after a while, because the program may take
     // notice of a change of settings or of the keyboard later than the key arrives.
     bool soonToggled(const QByteArray& keys);
-    // A window of the program's that is not the panel has the keyboard.
-    bool isInFront(const QByteArray& title) { return desktop.titleInFront(program->pid()) == title; }
+    bool isInFront(const QByteArray& title) { return desktop.windowInFront(program->pid()).title == title; }
     QPoint card(int index); // the centre of a card of the shelf while it is not scrolled
 
     // Another program takes the clipboard and keeps it until the next copy() or `owner.reset()`. The options
@@ -83,6 +86,15 @@ protected:
     INSTANTIATE_TEST_SUITE_P(                                                                                \
         , Suite, ::testing::Values(DesktopKind::X11, DesktopKind::Sway),                                     \
         [](const auto& desktop) { return desktop.param == DesktopKind::X11 ? "X11" : "Sway"; })
+
+class SwayTest : public EndToEndTest {
+protected:
+    explicit SwayTest(const TestDesktop::Options& options = {})
+        : EndToEndTest(std::make_unique<SwayDesktop>(options)),
+          desktop(static_cast<SwayDesktop&>(EndToEndTest::desktop)) {}
+
+    SwayDesktop& desktop;
+};
 
 class X11Test : public EndToEndTest {
 protected:

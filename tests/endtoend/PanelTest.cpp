@@ -29,10 +29,6 @@ protected:
                    x.cardinal(panel(), "_NET_WM_DESKTOP") == 0xffffffff;
         });
     }
-
-    bool isPanelPainted() {
-        return desktop.pixel(panelRect().bottomRight() - QPoint(5, 5)) == QColor(229, 229, 229);
-    }
 };
 
 } // namespace
@@ -69,6 +65,30 @@ TEST_F(XPanelTest, LiesAlongTheBottomOfWhatIsFreeAboveOtherWindowsOnEveryDesktop
     desktop.resumeWindowManager();
     EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
     EXPECT_TRUE(soonFloating());
+}
+
+TEST_P(PanelTest, CoversAFullScreenWindowThatThenHasTheKeyboardAgain) {
+    database.fill({{"newest"}, {"second"}});
+    launch();
+    hidePanel();
+    desktop.openWindow("Falcon");
+    const auto soonInFront = [this](const QByteArray& application) {
+        return soon([&] { return desktop.windowInFront(program->pid()).application == application; });
+    };
+    constexpr int presses = 21;
+    for (int i = 0; i < presses; ++i) { // faster than a window is shown
+        desktop.key("super+shift+v");
+    }
+    ASSERT_TRUE(soon([this] { return setting("corvattoHistoryWindowOpenCount") == 1 + (presses + 1) / 2; }));
+    ASSERT_TRUE(soon([this] { return panelHasKeyboard() && isPanelPainted(); }));
+    EXPECT_EQ(panelRect(), QRect(0, 580, 1280, 420));
+    EXPECT_NE(desktop.windowInFront(program->pid()).application, "Falcon");
+    hidePanel();
+    EXPECT_TRUE(soonInFront("Falcon"));
+    showPanel();
+    desktop.key("Return");
+    EXPECT_EQ(copiedBack(), "second");
+    EXPECT_TRUE(soonInFront("Falcon"));
 }
 
 TEST_P(PanelTest, TheShortcutTogglesAndAShowingStartsAfresh) {

@@ -23,15 +23,6 @@ QByteArray number(int value) {
     return QByteArray::number(value);
 }
 
-QByteArray title(const QJsonObject& window) {
-    return window[QLatin1String("name")].toString().toUtf8();
-}
-
-bool isPanel(const QJsonObject& window) {
-    return title(window) == "Corvatto" &&
-           window[QLatin1String("rect")][QLatin1String("height")].toInt() > 300; // alerts are lower
-}
-
 } // namespace
 
 SwayDesktop::SwayDesktop(const Options& options) : TestDesktop(options) {
@@ -95,19 +86,33 @@ QRect SwayDesktop::panel(qint64) {
     while (right + 1 < row.width() && row.pixel(right + 1, 0) == colour) {
         ++right;
     }
-    return {QPoint(0, top), QPoint(right, bottom)};
+    constexpr int border = 1; // of another colour
+    return {QPoint(0, top - border), QPoint(right, bottom)};
 }
 
 QJsonDocument SwayDesktop::ask(const QByteArray& question) const {
     return QJsonDocument::fromJson(outputOf("swaymsg", {"--raw", "--type", question}).value_or(""));
 }
 
-QJsonObject SwayDesktop::focusedWindow(qint64 pid) const {
+bool SwayDesktop::panelHasKeyboard(qint64 pid) {
+    // When a layer has it, nothing that sway tells of is focused.
+    return ask("get_seats")[0][QLatin1String("focus")].toInt(-1) == 0 && !panel(pid).isEmpty();
+}
+
+TestDesktop::Window SwayDesktop::windowInFront(qint64) {
     QJsonArray nodes{ask("get_tree").object()};
     while (!nodes.isEmpty()) {
         const QJsonObject node = nodes.takeAt(0).toObject();
-        if (node[QLatin1String("focused")].toBool() && node[QLatin1String("pid")].toInteger() == pid) {
-            return node;
+        const auto text = [&](const char* key) {
+            return node[QLatin1String(key)].toString().toUtf8();
+        };
+        if (node[QLatin1String("focused")].toBool() && node.contains(QLatin1String("pid"))) {
+            const QJsonObject rect = node[QLatin1String("rect")].toObject();
+            const auto number = [&](const char* key) {
+                return rect[QLatin1String(key)].toInt();
+            };
+            return {
+                text("app_id"), text("name"), {number("x"), number("y"), number("width"), number("height")}};
         }
         for (const char* children : {"nodes", "floating_nodes"}) {
             for (const auto& child : node[QLatin1String(children)].toArray()) {
@@ -118,15 +123,12 @@ QJsonObject SwayDesktop::focusedWindow(qint64 pid) const {
     return {};
 }
 
-bool SwayDesktop::panelHasKeyboard(qint64 pid) {
-    // When a layer has it, nothing that sway tells of is focused. Through XWayland, the panel is a window.
-    return (ask("get_seats")[0][QLatin1String("focus")].toInt(-1) == 0 || isPanel(focusedWindow(pid))) &&
-           !panel(pid).isEmpty();
-}
-
-QByteArray SwayDesktop::titleInFront(qint64 pid) {
-    const QJsonObject window = focusedWindow(pid);
-    return isPanel(window) ? QByteArray() : title(window);
+void SwayDesktop::openTerminal(const QByteArray& application, const QByteArray& command) {
+    m_terminals.push_back(std::make_unique<Process>(
+        "foot",
+        QByteArrayList{"--config=/dev/null", "--override=colors.background=ff00ff", "--fullscreen",
+                       "--app-id=" + application, "sh", "-c", command},
+        environment(), true));
 }
 
 std::optional<QByteArray> SwayDesktop::paste(const QByteArray& target) {

@@ -20,19 +20,23 @@ public:
     QImage picture(QRect area) override;
     QRect panel(qint64 pid) override;
     bool panelHasKeyboard(qint64 pid) override;
-    QByteArray titleInFront(qint64 pid) override;
+    Window windowInFront(qint64 panelsPid) override;
     QByteArray textTarget() const override { return "text/plain;charset=utf-8"; }
     std::optional<QByteArray> paste(const QByteArray& target) override;
     QList<QByteArray> targets() override;
     void stopServer() override { m_compositor.reset(); }
 
+    // An ordinary program that copies and pastes: a terminal over the full screen, in which a shell runs
+    // that.
+    void openTerminal(const QByteArray& application, const QByteArray& command);
+
 private:
-    // That has the keyboard, when it is one of that process. Empty otherwise.
-    QJsonObject focusedWindow(qint64 pid) const;
+    void startWindow(const QByteArray& application) override { openTerminal(application, "sleep inf"); }
     QJsonDocument ask(const QByteArray& question) const;
 
     std::unique_ptr<Process> m_compositor;
     std::unique_ptr<WaylandInput> m_input;
+    std::vector<std::unique_ptr<Process>> m_terminals;
 };
 
 } // namespace corvatto::test

@@ -62,6 +62,15 @@ QByteArray TestDesktop::writeFile(const QByteArray& name, const QByteArray& byte
     return path;
 }
 
+void TestDesktop::openWindow(const QByteArray& application) {
+    startWindow(application);
+    if (!soon([&] {
+            return windowInFront(0).application == application && pixel({9, 9}) == QColor(Qt::magenta);
+        })) {
+        throw std::runtime_error("no window of " + application.toStdString());
+    }
+}
+
 std::optional<QByteArray> TestDesktop::outputOf(const QByteArray& program,
                                                 const QByteArrayList& arguments) const {
     Process process(program, arguments, m_environment, true);

@@ -47,8 +47,16 @@ public:
     // The panel of the program with that process number. Empty while it is hidden.
     virtual QRect panel(qint64 pid) = 0;
     virtual bool panelHasKeyboard(qint64 pid) = 0;
-    // The title of the window with the keyboard, when it is one of that program and not the panel.
-    virtual QByteArray titleInFront(qint64 pid) = 0;
+
+    struct Window {
+        QByteArray application, title;
+        QRect rect;
+    };
+    // The window with the keyboard. Empty when none has it, or the panel of the program with that process
+    // number.
+    virtual Window windowInFront(qint64 panelsPid) = 0;
+    // Of another program, magenta, over the full screen. Returns when it has the keyboard and is painted.
+    void openWindow(const QByteArray& application);
 
     // What a plain text goes by here.
     virtual QByteArray textTarget() const = 0;
@@ -61,6 +69,8 @@ public:
 
 protected:
     explicit TestDesktop(const Options& options);
+
+    virtual void startWindow(const QByteArray& application) = 0;
 
     void setVariable(const char* name, const QByteArray& value);
     // What a program prints, when it succeeds.

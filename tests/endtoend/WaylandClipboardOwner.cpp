@@ -45,6 +45,7 @@ public:
         zwlr_data_control_source_v1_add_listener(source, &requests, this);
         for (const QByteArray& target : targets()) {
             zwlr_data_control_source_v1_offer(source, target.constData());
+            wl_display_roundtrip(m_display); // or thousands would not fit into the connection
         }
         zwlr_data_control_device_v1_set_selection(
             zwlr_data_control_manager_v1_get_data_device(m_manager, m_seat), source);

@@ -69,10 +69,16 @@ bool X11Desktop::panelHasKeyboard(qint64 pid) {
     return window != XCB_NONE && m_client->activeWindow() == window;
 }
 
-QByteArray X11Desktop::titleInFront(qint64 pid) {
+TestDesktop::Window X11Desktop::windowInFront(qint64 panelsPid) {
     const auto window = m_client->activeWindow();
-    const bool isWanted = window != panelWindow(pid) && m_client->cardinal(window, "_NET_WM_PID") == pid;
-    return isWanted ? m_client->title(window) : QByteArray();
+    if (window == XCB_NONE || window == panelWindow(panelsPid)) {
+        return {};
+    }
+    return {m_client->windowClass(window), m_client->title(window), m_client->geometry(window)};
+}
+
+void X11Desktop::startWindow(const QByteArray& application) {
+    m_client->createWindow(QRect(QPoint(0, 0), m_screen), application, {}, true);
 }
 
 std::optional<QByteArray> X11Desktop::paste(const QByteArray& target) {

@@ -23,7 +23,7 @@ public:
     QImage picture(QRect area) override { return m_client->picture(area); }
     QRect panel(qint64 pid) override;
     bool panelHasKeyboard(qint64 pid) override;
-    QByteArray titleInFront(qint64 pid) override;
+    Window windowInFront(qint64 panelsPid) override;
     QByteArray textTarget() const override { return "UTF8_STRING"; }
     std::optional<QByteArray> paste(const QByteArray& target) override;
     QList<QByteArray> targets() override;
@@ -37,6 +37,8 @@ public:
     void stopServer() override { m_server.reset(); }
 
 private:
+    void startWindow(const QByteArray& application) override;
+
     QByteArray m_display, m_windowManagerSettings;
     std::unique_ptr<Process> m_server, m_windowManager;
     std::unique_ptr<XClient> m_client;

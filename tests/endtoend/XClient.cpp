@@ -81,7 +81,7 @@ XClient::Window XClient::topWindow() {
 }
 
 XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowClass,
-                                      const QByteArray& desktopEntry) {
+                                      const QByteArray& desktopEntry, bool isFullScreen) {
     const Window window = xcb_generate_id(raw());
     const quint32 magenta = 0xff00ff;
     xcb_create_window(raw(), XCB_COPY_FROM_PARENT, window, root(), static_cast<qint16>(geometry.x()),
@@ -94,6 +94,11 @@ XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowCl
     xcb_change_property(raw(), XCB_PROP_MODE_REPLACE, window, atom("_GTK_APPLICATION_ID"),
                         atom("UTF8_STRING"), 8, static_cast<quint32>(desktopEntry.size()),
                         desktopEntry.constData());
+    if (isFullScreen) {
+        const xcb_atom_t state = atom("_NET_WM_STATE_FULLSCREEN");
+        xcb_change_property(raw(), XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 1,
+                            &state);
+    }
     xcb_map_window(raw(), window);
     sync();
     return window;

@@ -10,6 +10,8 @@
 //       --stop-after  sends no more chunks of a transfer than that
 //       --die-after   exits when it has sent that many chunks
 //       --targets     lists that many other targets before its own
+//       --age         takes the clipboard when it has run for that many milliseconds
+//       --x           1: on the X server, whatever else there is
 //       --stay        1: goes on when somebody else has taken over, with what it has begun to send
 //     on X alone
 //       --announce    the size that a transfer in chunks is announced with, whatever it is
@@ -83,7 +85,10 @@ int main(int argc, char** argv) {
             wishes.content[argument.left(equals)] = file.readAll();
         }
     }
-    const auto owner = qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ? newWaylandClipboardOwner(wishes)
-                                                                    : newXClipboardOwner(wishes);
+    std::unique_ptr<ClipboardOwner> owner;
+    QTimer::singleShot(static_cast<int>(wishes.options.value("age")), Qt::PreciseTimer, [&] {
+        const bool isX = wishes.options.contains("x") || !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+        owner = isX ? newXClipboardOwner(wishes) : newWaylandClipboardOwner(wishes);
+    });
     return QCoreApplication::exec();
 }
