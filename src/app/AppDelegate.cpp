@@ -91,6 +91,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::applicationWillTerminate() {
     monitor().checkNow();
+    monitor().finish();
     monitor().stop();
     hotKeyManager().unregister();
 }

@@ -20,7 +20,7 @@ struct FileError {
     QString description() const;
 };
 
-// All paths are absolute. An absent result means success. Main thread.
+// All paths are absolute. An absent result means success. Any thread.
 
 // Creates the directory with its parents. An existing directory is success.
 std::optional<FileError> createDirectories(const QString& path);

@@ -2,11 +2,20 @@
 #pragma once
 
 #include <QFutureWatcher>
+#include <QThreadPool>
 #include <QtConcurrent>
 
 #include <type_traits>
 
 namespace corvatto {
+
+// The threads of runOnWorker(). Not Qt's own pool, over which Qt spreads the conversion of a large picture,
+// and then waits for it: slow work there would hold up the main thread.
+QThreadPool& workers();
+
+// One thread for what waits for the disk. It does one thing after another, in the order in which they are
+// given to it.
+QThreadPool& diskWorker();
 
 // Runs `work`, a pure function of what it holds, on a worker thread, and calls `done` with its result from
 // the event loop of the calling thread, unless `context` has gone by then. `done` may destroy the context.
@@ -23,7 +32,7 @@ void runOnWorker(QObject& context, Work work, Done done) {
             done(watcher->result());
         },
         Qt::QueuedConnection);
-    watcher->setFuture(QtConcurrent::run(std::move(work)));
+    watcher->setFuture(QtConcurrent::run(&workers(), std::move(work)));
 }
 
 } // namespace corvatto

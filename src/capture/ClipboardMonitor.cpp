@@ -5,6 +5,8 @@
 #include "settings/PollingInterval.h"
 #include "store/ContentHash.h"
 
+#include <QPointer>
+
 namespace corvatto {
 namespace {
 
@@ -19,6 +21,15 @@ QString imageHash(const Image& image) {
         return sha256(QStringLiteral("image|") + sha256Hex(tiff));
     }
     return sha256(QStringLiteral("image|") + image.description());
+}
+
+QStringList copiedPaths(const Pasteboard& pasteboard) {
+    QStringList paths;
+    for (const QUrl& url : pasteboard.fileURLs()) {
+        // A directory is the same one with and without a slash behind its name.
+        paths.append(pathLine(pathOf(url.adjusted(QUrl::StripTrailingSlash))));
+    }
+    return paths;
 }
 
 } // namespace
@@ -103,46 +114,69 @@ void ClipboardMonitor::checkPasteboard() {
     // Before anything is read, so that each change is dealt with once, also one that gives no entry.
     ignoreCurrentContent();
     const QString sourceApp = m_pasteboard.sourceApplicationName();
-    if ((recordFiles(sourceApp) || recordImage(sourceApp) || recordText(sourceApp)) && onNewItem) {
-        onNewItem();
+    // Files come first because file managers offer their names as text and their icons as images as well.
+    if (const QStringList paths = copiedPaths(m_pasteboard); !paths.isEmpty()) {
+        m_recordings.add([=, this] { recordFiles(paths, sourceApp); });
+        return;
     }
-}
-
-// Files come first because file managers offer their names as text and their icons as images as well.
-bool ClipboardMonitor::recordFiles(const QString& sourceApp) {
-    QStringList paths;
-    for (const QUrl& url : m_pasteboard.fileURLs()) {
-        // A directory is the same one with and without a slash behind its name.
-        paths.append(pathLine(pathOf(url.adjusted(QUrl::StripTrailingSlash))));
-    }
-    if (paths.isEmpty()) {
-        return false;
-    }
-    m_store.insertOrUpdateFile(paths, sourceApp);
-    return true;
-}
-
-bool ClipboardMonitor::recordImage(const QString& sourceApp) {
     const auto image = ImageStorage::imageFromPasteboard(m_pasteboard);
-    if (!image) {
-        return false;
-    }
-    const QString hash = imageHash(*image);
-    const auto saved = ImageStorage::saveImage(*image, hash, m_store.imagesDir(), m_store.thumbnailsDir());
-    if (!saved) {
-        return false; // what the clipboard offers as text, if anything, is better than nothing
-    }
-    m_store.insertOrUpdateImage(saved->imagePath, saved->thumbnailPath, hash, saved->preview, sourceApp);
-    return true;
+    // Of an image too, for when it cannot be saved: by then, the clipboard may hold something else.
+    const auto text = m_pasteboard.string();
+    m_recordings.add([=, this] {
+        if (image) {
+            recordImage(*image, text, sourceApp);
+        } else {
+            recordText(text, sourceApp);
+        }
+    });
 }
 
-bool ClipboardMonitor::recordText(const QString& sourceApp) {
-    const auto text = m_pasteboard.string();
+void ClipboardMonitor::finish() {
+    m_recordings.finish();
+}
+
+// Tells of a capture that has reached the store, if the monitor is still there.
+std::function<void()> ClipboardMonitor::announcement() {
+    return [self = QPointer(this)] {
+        if (self && self->onNewItem) {
+            self->onNewItem();
+        }
+    };
+}
+
+void ClipboardMonitor::recordFiles(const QStringList& paths, const QString& sourceApp) {
+    m_store.insertOrUpdateFile(paths, sourceApp);
+    announcement()();
+}
+
+// The hash takes a frame, the thumbnail two, and the disk as long as it likes.
+void ClipboardMonitor::recordImage(const Image& image, const std::optional<QString>& text,
+                                   const QString& sourceApp) {
+    struct Result {
+        QString hash;
+        std::optional<ImageStorage::SavedImage> saved;
+    };
+    const auto save = [image, imagesDir = m_store.imagesDir(), thumbnailsDir = m_store.thumbnailsDir()] {
+        const QString hash = imageHash(image);
+        return Result{hash, ImageStorage::saveImage(image, hash, imagesDir, thumbnailsDir)};
+    };
+    m_recordings.goOnBeside(save, [=, this](const Result& result) {
+        if (!result.saved) {
+            recordText(text, sourceApp); // better than nothing
+            return;
+        }
+        m_store.insertOrUpdateImage(result.saved->imagePath, result.saved->thumbnailPath, result.hash,
+                                    result.saved->preview, sourceApp);
+        announcement()();
+    });
+}
+
+void ClipboardMonitor::recordText(const std::optional<QString>& text, const QString& sourceApp) {
     if (!text || QStringView(*text).trimmed().isEmpty()) {
-        return false;
+        return;
     }
     m_store.insertOrUpdate(*text, sourceApp);
-    return true;
+    announcement()();
 }
 
 } // namespace corvatto

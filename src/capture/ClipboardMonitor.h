@@ -1,11 +1,13 @@
 // Watches the clipboard by polling its change count and records what it finds: copied files before an image
-// before text. Each change is dealt with exactly once, whether it gives an entry or not. Follows the
-// polling-interval setting while it runs.
+// before text. Each change is dealt with exactly once, whether it gives an entry or not, and in the order of
+// the copies: while the files of an image are written, which waits for the disk, what is found after it waits
+// as well. Follows the polling-interval setting while it runs.
 //
 // The ticks come at whole intervals after the start, but those that would find nothing are left out: an idle
 // program does not wake the processor.
 #pragma once
 
+#include "base/OrderedWork.h"
 #include "platform/Pasteboard.h"
 #include "platform/UserDefaults.h"
 #include "store/ClipboardStore.h"
@@ -30,7 +32,7 @@ public:
     ClipboardMonitor(ClipboardStore& store, Pasteboard& pasteboard, UserDefaults& defaults);
     ~ClipboardMonitor() override;
 
-    // Fired after every capture that reached the store.
+    // Fired after every capture that reached the store, which may be some time after the look that found it.
     std::function<void()> onNewItem;
 
     // Starts polling. What is on the clipboard at this moment is not recorded. Called while stopped.
@@ -40,6 +42,9 @@ public:
     // Looks at the clipboard at once, as at the next tick, when that would be too late: before the history is
     // shown, before the clipboard is written to, and at the end. A stopped monitor does nothing.
     void checkNow();
+
+    // Waits until everything that was found is in the store: before that is cleared, and at the end.
+    void finish();
 
     // Counts what is on the clipboard now as dealt with. For whoever writes to the clipboard and does not
     // want that recorded.
@@ -55,14 +60,16 @@ private:
     void observeIntervalChanges();
 
     void checkPasteboard();
-    bool recordFiles(const QString& sourceApp);
-    bool recordImage(const QString& sourceApp);
-    bool recordText(const QString& sourceApp);
+    void recordFiles(const QStringList& paths, const QString& sourceApp);
+    void recordImage(const Image& image, const std::optional<QString>& text, const QString& sourceApp);
+    void recordText(const std::optional<QString>& text, const QString& sourceApp);
+    std::function<void()> announcement();
 
     QTimer m_timer; // active while a change waits for its tick
     QElapsedTimer
         m_ticks; // since the moment that ticks are counted from; valid exactly while the monitor runs
     std::chrono::milliseconds m_interval{};
+    OrderedWork m_recordings;
     qint64 m_lastChangeCount = 0;
     ClipboardStore& m_store;
     Pasteboard& m_pasteboard;

@@ -9,8 +9,8 @@
 
 #include <optional>
 
-// Sizes are in points unless they say pixels. Failures print their lines and give an absent result. Main
-// thread.
+// Sizes are in points unless they say pixels. Failures print their lines and give an absent result. Any
+// thread; imageFromPasteboard() the main thread.
 namespace corvatto::ImageStorage {
 
 struct SavedImage {

@@ -213,6 +213,9 @@ void HistoryViewModel::clearAll() {
     if (confirmClearAll && !confirmClearAll()) {
         return;
     }
+    if (monitor) {
+        monitor->finish(); // or it would store an image whose files go with the others
+    }
     m_store.deleteAll();
     refresh();
 }

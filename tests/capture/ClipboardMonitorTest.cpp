@@ -40,6 +40,7 @@ protected:
     void copy(test::FakePasteboard::Content content) {
         pasteboard.copy(std::move(content));
         tick();
+        monitor.finish();
     }
 
     QList<ClipboardItem> items() { return store.fetchRecent(std::nullopt, 100); }
@@ -103,6 +104,36 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
     ASSERT_TRUE(QFile(store.imagesDir()).open(QIODevice::WriteOnly)); // in the way
     copy({{}, picture(), {}, {}, QStringLiteral("caption")});
     EXPECT_EQ(newest().content.prefix(), u"caption") << "stands in for an image that cannot be saved";
+}
+
+TEST_F(Monitor, WritesTheFilesOfAnImageBesideTheEventLoopAndKeepsTheOrderOfCopies) {
+    int announced = 0;
+    monitor.onNewItem = [&announced] {
+        ++announced;
+    };
+    monitor.start();
+    pasteboard.copy({{}, picture(), {}, {}, {}});
+    tick();
+    pasteboard.copyText(QStringLiteral("after it"));
+    tick();
+    pasteboard.copyText(QStringLiteral("last"));
+    tick();
+    EXPECT_TRUE(items().isEmpty()) << "waited for the disk";
+    EXPECT_EQ(announced, 0);
+    EXPECT_TRUE(test::eventually([&] { return announced == 3; }));
+    QMap<qint64, QString> previews;
+    for (const ClipboardItem& item : items()) {
+        previews[item.id] = item.preview;
+    }
+    EXPECT_EQ(previews.values(),
+              QStringList({QStringLiteral("Image 3×2"), QStringLiteral("after it"), QStringLiteral("last")}));
+
+    pasteboard.copy({{}, picture(), {}, {}, {}});
+    tick();
+    monitor.stop();
+    monitor.finish();
+    EXPECT_EQ(store.fetchRecent(QStringLiteral("Image"), 1).value(0).copyCount, 2)
+        << "what was found is recorded before the end";
 }
 
 TEST_F(Monitor, LooksAtOnceWhenItIsAskedTo) {

@@ -3,6 +3,8 @@
 #include "support/CapturedOutput.h"
 #include "support/Eventually.h"
 
+#include <QDir>
+
 namespace corvatto {
 namespace {
 
@@ -95,6 +97,22 @@ TEST_F(ViewModel, KeysWaitForTheResultsOfALongSearch) {
     EXPECT_TRUE(test::eventually([&] { return dismissals > 1; }));
     EXPECT_EQ(pasteboard.content.text, u"needle 1");
     EXPECT_EQ(selected(), u"needle 0");
+}
+
+TEST_F(ViewModel, ClearingTakesTheImageThatIsBeingSavedToo) {
+    ClipboardMonitor monitor(store, pasteboard, defaults);
+    viewModel.monitor = &monitor;
+    int recorded = 0;
+    monitor.onNewItem = [&recorded] {
+        ++recorded;
+    };
+    monitor.start();
+    pasteboard.copy({{}, Image(QImage(50, 50, QImage::Format_RGB32)), {}, {}, {}});
+    viewModel.recordPendingCopy();
+    viewModel.clearAll();
+    EXPECT_TRUE(test::eventually([&] { return recorded == 1; }));
+    EXPECT_TRUE(viewModel.items().isEmpty() && store.fetchRecent(std::nullopt, 1).isEmpty());
+    EXPECT_TRUE(QDir(store.imagesDir()).isEmpty());
 }
 
 TEST_F(ViewModel, WhatIsNotThereAnyMoreIsNotCopied) {
