@@ -145,8 +145,7 @@ std::function<void()> ClipboardMonitor::announcement() {
 }
 
 void ClipboardMonitor::recordFiles(const QStringList& paths, const QString& sourceApp) {
-    m_store.insertOrUpdateFile(paths, sourceApp);
-    announcement()();
+    m_store.insertOrUpdateFile(paths, sourceApp, announcement());
 }
 
 // The hash takes a frame, the thumbnail two, and the disk as long as it likes.
@@ -166,8 +165,7 @@ void ClipboardMonitor::recordImage(const Image& image, const std::optional<QStri
             return;
         }
         m_store.insertOrUpdateImage(result.saved->imagePath, result.saved->thumbnailPath, result.hash,
-                                    result.saved->preview, sourceApp);
-        announcement()();
+                                    result.saved->preview, sourceApp, announcement());
     });
 }
 
@@ -175,8 +173,7 @@ void ClipboardMonitor::recordText(const std::optional<QString>& text, const QStr
     if (!text || QStringView(*text).trimmed().isEmpty()) {
         return;
     }
-    m_store.insertOrUpdate(*text, sourceApp);
-    announcement()();
+    m_store.insertOrUpdate(*text, sourceApp, announcement());
 }
 
 } // namespace corvatto

@@ -43,7 +43,8 @@ public:
     // shown, before the clipboard is written to, and at the end. A stopped monitor does nothing.
     void checkNow();
 
-    // Waits until everything that was found is in the store: before that is cleared, and at the end.
+    // Waits until everything that was found has been given to the store: before that is cleared, and at the
+    // end.
     void finish();
 
     // Counts what is on the clipboard now as dealt with. For whoever writes to the clipboard and does not

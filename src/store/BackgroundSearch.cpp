@@ -4,6 +4,7 @@
 #include "ItemRow.h"
 #include "LikeFunction.h"
 #include "SqliteStatement.h"
+#include "WorkerConnection.h"
 
 #include <QtConcurrent>
 
@@ -73,6 +74,7 @@ void BackgroundSearch::start(const QByteArray& pattern, int limit,
             sqlite3* db = nullptr;
             Result result;
             if (sqlite3_open_v2(database.constData(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+                letGoQuietly(db);
                 installLikeFunction(db);
                 // Not sqlite3_interrupt(), which could come before the statement has begun.
                 sqlite3_progress_handler(db, instructionsBetweenLooks, isCancelled, flag.get());

@@ -3,6 +3,7 @@
 // entries, clears them, and removes what exceeds the user's retention limits.
 #pragma once
 
+#include "base/OrderedWork.h"
 #include "settings/Preferences.h"
 #include "store/ClipboardItem.h"
 
@@ -23,9 +24,15 @@ class BackgroundSearch;
 class ContentReader;
 class FetchCache;
 class Retention;
+struct Capture;
+struct Clearing;
+struct WrittenCapture;
 
 // No operation fails outward: a failure prints one line, and the result is nothing or an empty list. Without
 // a connection every operation does nothing. Main thread.
+//
+// What takes long goes on beside the main thread: the writing of a text of megabytes, clearing, and moving
+// the write-ahead log into the database. What is written after it then waits for it, in order.
 class ClipboardStore {
 public:
     using Clock = std::function<std::chrono::system_clock::time_point()>;
@@ -44,17 +51,20 @@ public:
     QString imagesDir() const;
     QString thumbnailsDir() const;
 
+    using Recorded = std::function<void()>;
+
     // Record a capture: as a repeat when an entry with the same hash is stored (its count rises, it moves to
     // the front, it takes the new source application), as a new entry otherwise. Then the retention limits
     // are applied: what exceeds them is not found any more, and is removed at once when it is little, from
-    // the event loop when it is much.
-    void insertOrUpdate(const QString& text, const QString& sourceApp);
+    // the event loop when it is much. `recorded` is called then, whether that succeeded or not: at once, or
+    // from the event loop where it takes longer.
+    void insertOrUpdate(const QString& text, const QString& sourceApp, Recorded recorded = {});
     // The image's files exist already; `hash` is the image's content hash.
     void insertOrUpdateImage(const QString& imagePath, const QString& thumbnailPath, const QString& hash,
-                             const QString& preview, const QString& sourceApp);
+                             const QString& preview, const QString& sourceApp, Recorded recorded = {});
     // Absolute paths as base/FilePath.h writes them, in the order of the clipboard. An empty list records
     // nothing.
-    void insertOrUpdateFile(const QStringList& paths, const QString& sourceApp);
+    void insertOrUpdateFile(const QStringList& paths, const QString& sourceApp, Recorded recorded = {});
 
     // Counts that the user copied the entry back, which moves it to the front. An unknown id changes nothing.
     void incrementCopyCount(qint64 id);
@@ -83,13 +93,15 @@ public:
     void cancelSearch();
 
     // Deletes all entries and both image directories, and leaves nothing of the contents in the database's
-    // files. When the entries cannot be deleted their files stay too.
+    // files. Nothing is found any more at once; the rest takes a second for a large history, and is resumed
+    // at the next start by whoever was killed meanwhile. When the entries cannot be deleted their files stay
+    // too.
     void deleteAll();
 
-private:
-    struct Kind;
-    struct Capture;
+    // Waits until everything above is in the database's files, as the destructor does.
+    void finish();
 
+private:
     void openDatabase();
     void createTable();
     void migrateAddSourceApp();
@@ -97,13 +109,16 @@ private:
     void migrateAddThumbnailPath();
     void ensureImageDirectories() const;
 
-    void record(const Capture& capture);
-    bool updateByHash(const Capture& capture, qint64 time);
-    bool insert(const Capture& capture, qint64 time);
+    bool canWorkBeside() const { return m_backgroundSearch != nullptr; }
+    void record(Capture capture, Recorded recorded);
+    void captureWritten(const WrittenCapture& written);
+    using Writing = std::function<WrittenCapture(sqlite3*)>;
+    void write(qsizetype contentSize, const Writing& writing,
+               const std::function<void(const WrittenCapture&)>& written);
+    void logHasGrown(int pages);
 
-    void deleteImageDirectories() const;
-    void eraseFreePages();
-    void eraseIfCleared();
+    Clearing clearing() const;
+    void clear();
     SearchResult fetch(const std::optional<QString>& searchQuery, int limit, Found found);
     QList<ClipboardItem> withoutDue(QList<ClipboardItem> items) const;
 
@@ -112,12 +127,17 @@ private:
     const QString m_applicationSupportDirectory;
     const Preferences& m_preferences;
     const Clock m_clock;
+    QByteArray m_database; // path as the system spells it
     sqlite3* m_db = nullptr;
+    bool m_isClearing = false;
+    OrderedWork m_writing;                                // while a worker writes
+    OrderedWork m_checkpoints;                            // while a worker moves the log into the database
     std::shared_ptr<const ContentReader> m_contentReader; // with the connection
     std::unique_ptr<FetchCache> m_fetchCache;             // likewise
     std::unique_ptr<Retention> m_retention;               // likewise
     std::chrono::milliseconds m_longestSearch{8};         // half a frame
-    std::unique_ptr<BackgroundSearch> m_backgroundSearch; // null when only one at a time may read and write
+    std::unique_ptr<BackgroundSearch> m_backgroundSearch; // null without a write-ahead log, with which
+    // one may read while another writes
 };
 
 } // namespace corvatto

@@ -93,7 +93,7 @@ void ClipboardStore::cancelSearch() {
 // With `found`, a search that takes long is left to the background.
 ClipboardStore::SearchResult ClipboardStore::fetch(const std::optional<QString>& searchQuery, int limit,
                                                    Found found) {
-    if (m_db == nullptr) {
+    if (m_db == nullptr || m_isClearing) {
         return {};
     }
     FetchCache::Fetch fetch{std::nullopt, limit};

@@ -6,45 +6,23 @@
 #include "base/Graphemes.h"
 #include "store/ContentHash.h"
 
+#include "CaptureRow.h"
+#include "ContentBlob.h"
 #include "Retention.h"
 #include "SqliteStatement.h"
+#include "WorkerConnection.h"
 
 #include <algorithm>
 
 namespace corvatto {
 namespace {
 
-constexpr char updateByHashSql[] = "    UPDATE clipboard_items\n"
-                                   "       SET copy_count    = copy_count + 1,\n"
-                                   "           last_copied_at = ?,\n"
-                                   "           source_app     = ?\n"
-                                   "     WHERE content_hash   = ?";
+// A longer text is written beside the main thread: writing and syncing a megabyte takes about a frame.
+constexpr qsizetype longestWrittenAtOnce = 1 << 20; // bytes
 
-constexpr char insertTextSql[] =
-    "    INSERT INTO clipboard_items\n"
-    "        (content, content_hash, preview, content_type, source_app, copy_count, "
-    "first_copied_at, last_copied_at)\n"
-    "    VALUES\n"
-    "        (?, ?, ?, 'text', ?, 1, ?, ?)";
-
-constexpr char insertFileSql[] =
-    "    INSERT INTO clipboard_items\n"
-    "        (content, content_hash, preview, content_type, source_app, copy_count, "
-    "first_copied_at, last_copied_at)\n"
-    "    VALUES\n"
-    "        (?, ?, ?, 'file', ?, 1, ?, ?)";
-
-constexpr char insertImageSql[] =
-    "    INSERT INTO clipboard_items\n"
-    "        (content, content_hash, preview, content_type, thumbnail_path, source_app, "
-    "copy_count, first_copied_at, last_copied_at)\n"
-    "    VALUES\n"
-    "        (?, ?, ?, 'image', ?, ?, 1, ?, ?)";
-
-constexpr char incrementCopyCountSql[] = "    UPDATE clipboard_items\n"
-                                         "       SET copy_count    = copy_count + 1,\n"
-                                         "           last_copied_at = ?\n"
-                                         "     WHERE id = ?";
+// The log moves into the database when it has this many pages (4 MB, or 1 MB where an older file has small
+// pages): beside the main thread, and where commits come faster than that, on it.
+constexpr int pagesForCheckpoint = 250, mostPages = 16 * pagesForCheckpoint;
 
 constexpr qsizetype previewLength = 120; // user-perceived characters
 
@@ -76,116 +54,123 @@ QString makeFilePreview(const QStringList& paths) {
     return paths.size() == 1 ? name : name + QStringLiteral(" + %1 more").arg(paths.size() - 1);
 }
 
+qsizetype sizeOfContent(sqlite3* db, qint64 id) {
+    ContentBlob content(db);
+    return content.open(id) ? content.size() : 0;
+}
+
 } // namespace
 
-// What differs between the kinds of entries: the statement that inserts one, and the messages of failures.
-struct ClipboardStore::Kind {
-    const char* insertSql;
-    QStringView prepareMessage;
-    QStringView insertMessage;
-};
-
-// The values of one capture. The content is in UTF-8 already, because it can be large and is hashed.
-struct ClipboardStore::Capture {
-    const Kind& kind;
-    const QByteArray content;
-    const QString hash;
-    const QString preview;
-    const QString* thumbnailPath; // null when the kind's statement has no parameter for it
-    const QString& sourceApp;
-};
-
-void ClipboardStore::insertOrUpdate(const QString& text, const QString& sourceApp) {
-    static constexpr Kind kind{insertTextSql, u"[ClipboardStore] ERROR: Prepare insert failed: ",
-                               u"[ClipboardStore] ERROR: Insert failed: "};
-    if (m_db == nullptr) {
-        return;
-    }
-    const QByteArray content = text.toUtf8();
-    record({kind, content, sha256Hex(content), makeTextPreview(text), nullptr, sourceApp});
+void ClipboardStore::insertOrUpdate(const QString& text, const QString& sourceApp, Recorded recorded) {
+    record({&CaptureKind::text, text.toUtf8(), {}, makeTextPreview(text), {}, sourceApp, now()},
+           std::move(recorded));
 }
 
 void ClipboardStore::insertOrUpdateImage(const QString& imagePath, const QString& thumbnailPath,
                                          const QString& hash, const QString& preview,
-                                         const QString& sourceApp) {
-    static constexpr Kind kind{insertImageSql, u"[ClipboardStore] ERROR: Prepare image insert failed: ",
-                               u"[ClipboardStore] ERROR: Image insert failed: "};
-    if (m_db == nullptr) {
-        return;
-    }
-    record({kind, imagePath.toUtf8(), hash, preview, &thumbnailPath, sourceApp});
+                                         const QString& sourceApp, Recorded recorded) {
+    record({&CaptureKind::image, imagePath.toUtf8(), hash, preview, thumbnailPath, sourceApp, now()},
+           std::move(recorded));
 }
 
-void ClipboardStore::insertOrUpdateFile(const QStringList& paths, const QString& sourceApp) {
-    static constexpr Kind kind{insertFileSql, u"[ClipboardStore] ERROR: Prepare file insert failed: ",
-                               u"[ClipboardStore] ERROR: File insert failed: "};
-    if (m_db == nullptr || paths.isEmpty()) {
+void ClipboardStore::insertOrUpdateFile(const QStringList& paths, const QString& sourceApp,
+                                        Recorded recorded) {
+    if (paths.isEmpty()) {
         return;
     }
     const QByteArray content = paths.join(u'\n').toUtf8();
-    record({kind, content, sha256Hex("file|" + content), makeFilePreview(paths), nullptr, sourceApp});
+    record({&CaptureKind::file,
+            content,
+            sha256Hex("file|" + content),
+            makeFilePreview(paths),
+            {},
+            sourceApp,
+            now()},
+           std::move(recorded));
 }
 
-void ClipboardStore::record(const Capture& capture) {
-    const qint64 time = now();
-    if (updateByHash(capture, time) || insert(capture, time)) {
+void ClipboardStore::record(Capture capture, Recorded recorded) {
+    if (m_db != nullptr) {
+        m_writing.add([this, capture = std::move(capture), recorded = std::move(recorded)] {
+            write(
+                capture.content.size(), [capture](sqlite3* db) { return corvatto::write(db, capture); },
+                [this, recorded](const WrittenCapture& written) {
+                    captureWritten(written);
+                    if (recorded) {
+                        recorded();
+                    }
+                });
+        });
+    } else if (recorded) {
+        recorded();
+    }
+}
+
+// Writes to an entry, on this thread or, since SQLite writes the whole row in any case, beside it.
+void ClipboardStore::write(qsizetype contentSize, const Writing& writing,
+                           const std::function<void(const WrittenCapture&)>& written) {
+    if (!canWorkBeside() || contentSize <= longestWrittenAtOnce) {
+        written(writing(m_db));
+        return;
+    }
+    m_retention->pause();
+    m_writing.goOnBeside(
+        [database = m_database, writing] {
+            const WorkerConnection connection(database);
+            const WrittenCapture result = writing(connection);
+            executeSql(connection, "PRAGMA wal_checkpoint(TRUNCATE)");
+            return result;
+        },
+        [this, written](const WrittenCapture& result) {
+            m_retention->resume();
+            written(result);
+        });
+}
+
+void ClipboardStore::captureWritten(const WrittenCapture& written) {
+    using Result = WrittenCapture::Result;
+    if (!written.error.isEmpty()) {
+        printLine(written.error);
+    }
+    if (written.result == Result::inserted) {
+        m_retention->rowInserted();
+    } else if (written.result == Result::notInserted) {
+        m_retention->forgetCount();
+    }
+    if (written.result != Result::notPrepared) {
         m_retention->apply(now());
     }
 }
 
-// Whether the capture was a repeat. Failures are not reported: the insertion that follows fails as well, and
-// reports them.
-bool ClipboardStore::updateByHash(const Capture& capture, qint64 time) {
-    SqliteStatement update(m_db, updateByHashSql);
-    if (!update.isPrepared()) {
-        return false;
+// At the end of each commit.
+void ClipboardStore::logHasGrown(int pages) {
+    if (pages >= mostPages) {
+        sqlite3_wal_checkpoint_v2(m_db, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+    } else if (pages >= pagesForCheckpoint && !m_checkpoints.isBusy()) {
+        m_retention->pause(); // it could write faster than the log is moved
+        m_checkpoints.add([this] {
+            const auto move = [database = m_database] {
+                return executeSql(WorkerConnection(database), "PRAGMA wal_checkpoint(PASSIVE)");
+            };
+            m_checkpoints.goOnBeside(move, [this](const auto& /*error*/) { m_retention->resume(); });
+        });
     }
-    update.bindInt64(1, time);
-    update.bindText(2, capture.sourceApp);
-    update.bindText(3, capture.hash);
-    return update.step() == SQLITE_DONE && sqlite3_changes(m_db) >= 1;
-}
-
-// False when the statement cannot be prepared, which ends the recording; true also when executing it fails.
-bool ClipboardStore::insert(const Capture& capture, qint64 time) {
-    SqliteStatement insertion(m_db, capture.kind.insertSql);
-    if (!insertion.isPrepared()) {
-        printLine(capture.kind.prepareMessage.toString() + lastSqliteError(m_db));
-        return false;
-    }
-    int parameter = 0;
-    insertion.bindUtf8(++parameter, capture.content);
-    insertion.bindText(++parameter, capture.hash);
-    insertion.bindText(++parameter, capture.preview);
-    if (capture.thumbnailPath != nullptr) {
-        insertion.bindText(++parameter, *capture.thumbnailPath);
-    }
-    insertion.bindText(++parameter, capture.sourceApp);
-    insertion.bindInt64(++parameter, time);
-    insertion.bindInt64(++parameter, time);
-    if (insertion.step() == SQLITE_DONE) {
-        m_retention->rowInserted();
-    } else {
-        m_retention->forgetCount();
-        printLine(capture.kind.insertMessage.toString() + lastSqliteError(m_db));
-    }
-    return true;
 }
 
 void ClipboardStore::incrementCopyCount(qint64 id) {
     if (m_db == nullptr) {
         return;
     }
-    SqliteStatement update(m_db, incrementCopyCountSql);
-    if (!update.isPrepared()) {
-        return;
-    }
-    update.bindInt64(1, now());
-    update.bindInt64(2, id);
-    if (update.step() != SQLITE_DONE) {
-        printLine(QStringLiteral("[ClipboardStore] ERROR: incrementCopyCount failed: ") +
-                  lastSqliteError(m_db));
-    }
+    m_writing.add([this, id, time = now()] {
+        write(
+            canWorkBeside() ? sizeOfContent(m_db, id) : 0,
+            [id, time](sqlite3* db) { return countCopyBack(db, id, time); },
+            [](const WrittenCapture& written) {
+                if (!written.error.isEmpty()) {
+                    printLine(written.error);
+                }
+            });
+    });
 }
 
 } // namespace corvatto

@@ -6,11 +6,13 @@
 #include "base/FileSystem.h"
 
 #include "BackgroundSearch.h"
+#include "Clearing.h"
 #include "ContentReader.h"
 #include "FetchCache.h"
 #include "LikeFunction.h"
 #include "Retention.h"
 #include "SqliteStatement.h"
+#include "WorkerConnection.h"
 
 #include <QFile>
 
@@ -38,18 +40,10 @@ constexpr char createTableSql[] = "    CREATE TABLE IF NOT EXISTS clipboard_item
 constexpr char pageSql[] = "PRAGMA page_size = 16384;" // bytes
                            "PRAGMA auto_vacuum = INCREMENTAL;";
 
-// What is removed is overwritten with zeros, however SQLite was built.
-constexpr char erasureSql[] = "PRAGMA secure_delete = ON;";
-
-// A write-ahead log makes a recording one appended write with one fsync, and FULL has that fsync happen
-// before the recording is done, so that a loss of power takes nothing. The size limit keeps one huge copy
-// from leaving a log of that size behind; the log moves into the database at 4 MB (1 MB where an older file
-// has small pages). A file or file system that cannot do this keeps SQLite's default journal, which is as
-// safe. Errors are ignored here: the statements that follow report what is wrong with the file.
-constexpr char journalSql[] = "PRAGMA synchronous = FULL;"
-                              "PRAGMA journal_size_limit = 1048576;" // bytes
-                              "PRAGMA wal_autocheckpoint = 250;"     // pages
-                              "PRAGMA journal_mode = WAL;";
+// A write-ahead log makes a recording one appended write with one fsync. A file or file system that cannot do
+// this keeps SQLite's default journal, which is as safe. Errors are ignored here: the statements that follow
+// report what is wrong with the file.
+constexpr char journalSql[] = "PRAGMA journal_mode = WAL;";
 
 // Adds a column unless the probe, which selects it, can be prepared. So files of any age get the same columns
 // without a version number.
@@ -83,7 +77,8 @@ void ClipboardStore::openDatabase() {
                                 database + QStringLiteral("-shm"), imagesDir(), thumbnailsDir()}) {
         makePrivate(path);
     }
-    const int status = sqlite3_open(QFile::encodeName(database).constData(), &m_db);
+    m_database = QFile::encodeName(database);
+    const int status = sqlite3_open(m_database.constData(), &m_db);
     // A connection that could not be opened is one all the same: what is asked of it fails, and says so.
     m_contentReader = std::make_shared<const ContentReader>(m_db);
     m_fetchCache = std::make_unique<FetchCache>(m_db);
@@ -95,18 +90,25 @@ void ClipboardStore::openDatabase() {
     }
     installLikeFunction(m_db);
     executeSql(m_db, pageSql);
-    executeSql(m_db, erasureSql);
+    executeSql(m_db, writingSql);
     executeSql(m_db, journalSql);
     if (SqliteStatement mode(m_db, "PRAGMA journal_mode");
         mode.isPrepared() && mode.step() == SQLITE_ROW && mode.columnText(0) == QLatin1String("wal")) {
-        m_backgroundSearch = std::make_unique<BackgroundSearch>(QFile::encodeName(database));
+        m_backgroundSearch = std::make_unique<BackgroundSearch>(m_database);
+        const auto committed = [](void* store, sqlite3*, const char*, int pages) {
+            static_cast<ClipboardStore*>(store)->logHasGrown(pages);
+            return SQLITE_OK;
+        };
+        sqlite3_wal_hook(m_db, committed, this);
     }
     createTable();
     migrateAddSourceApp();
     migrateAddContentType();
     migrateAddThumbnailPath();
-    eraseIfCleared();
     ensureImageDirectories();
+    if (clearing().hasBegun(m_db)) {
+        deleteAll();
+    }
 }
 
 void ClipboardStore::createTable() {

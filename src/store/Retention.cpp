@@ -104,13 +104,30 @@ void Retention::removeSlice() {
     } else if (!m_oldestKept) {
         m_oldestKept = oldestToKeep();
     }
-    if (isMoreDue || freePages()) {
+    m_isSliceDue = isMoreDue || freePages();
+    if (m_isSliceDue) {
         m_sliceSize = timer.elapsed() > sliceDuration ? m_sliceSize / 2 : m_sliceSize * 5 / 4;
         m_sliceSize = std::clamp(m_sliceSize, smallestSlice, largestSlice);
+    }
+    scheduleSlice();
+}
+
+void Retention::scheduleSlice() {
+    if (m_isSliceDue && m_pauses == 0) {
         m_nextSlice.start(0);
     } else {
         m_nextSlice.stop();
     }
+}
+
+void Retention::pause() {
+    ++m_pauses;
+    scheduleSlice();
+}
+
+void Retention::resume() {
+    --m_pauses;
+    scheduleSlice();
 }
 
 // Gives a slice of the file's free pages back. Whether there are more.

@@ -27,6 +27,10 @@ public:
     // Reads the limits, which apply at `now`, in seconds since 1970, and removes the first slice.
     void apply(qint64 now);
 
+    // Between the two, which nest, no slice is removed by itself: a worker writes.
+    void pause();
+    void resume();
+
     // Whether the entry exceeds a limit and is going to be removed.
     bool isDue(const ClipboardItem& item) const;
 
@@ -47,6 +51,7 @@ private:
     };
 
     void removeSlice();
+    void scheduleSlice();
     bool cleanupByDays();
     bool cleanupByCount();
     bool freePages();
@@ -64,6 +69,8 @@ private:
     qint64 m_sliceSize;                // rows to remove, or pages to free
     qint64 m_removed = 0;              // rows of the last deletion
     QTimer m_nextSlice;
+    int m_pauses = 0;
+    bool m_isSliceDue = false; // when the pauses are over
 };
 
 } // namespace corvatto

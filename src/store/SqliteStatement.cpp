@@ -16,12 +16,20 @@ bool SqliteStatement::isPrepared() const {
 }
 
 void SqliteStatement::bindUtf8(int parameter, QByteArrayView utf8) {
+    bind(parameter, utf8, SQLITE_TRANSIENT);
+}
+
+void SqliteStatement::bindUtf8InPlace(int parameter, QByteArrayView utf8) {
+    bind(parameter, utf8, SQLITE_STATIC);
+}
+
+void SqliteStatement::bind(int parameter, QByteArrayView utf8, sqlite3_destructor_type destructor) {
     // SQLite takes a null pointer for NULL, which is not what an empty text means.
     const char* bytes = utf8.isEmpty() ? "" : utf8.data();
     // The 64-bit variant refuses what is too long; the other one would take a negative length for "up to the
     // NUL".
-    sqlite3_bind_text64(m_statement, parameter, bytes, static_cast<sqlite3_uint64>(utf8.size()),
-                        SQLITE_TRANSIENT, SQLITE_UTF8);
+    sqlite3_bind_text64(m_statement, parameter, bytes, static_cast<sqlite3_uint64>(utf8.size()), destructor,
+                        SQLITE_UTF8);
 }
 
 void SqliteStatement::bindText(int parameter, const QString& text) {

@@ -23,8 +23,9 @@ public:
     bool isPrepared() const;
 
     // Parameters are numbered from 1. Texts are bound by their length, so that NUL characters are stored as
-    // well, and are copied.
+    // well, and are copied, but for those bound in place, which outlive the statement.
     void bindUtf8(int parameter, QByteArrayView utf8);
+    void bindUtf8InPlace(int parameter, QByteArrayView utf8);
     void bindText(int parameter, const QString& text);
     void bindInt64(int parameter, qint64 value);
 
@@ -39,6 +40,8 @@ public:
     qint64 columnInt64(int column) const;
 
 private:
+    void bind(int parameter, QByteArrayView utf8, sqlite3_destructor_type destructor);
+
     sqlite3_stmt* m_statement = nullptr;
     int m_status = SQLITE_OK;
 };

@@ -86,6 +86,7 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
     copy({{}, {}, {}, picture().pngData(), {}});
     EXPECT_EQ(newest().copyCount, 2) << "the same pixels in another form";
     store.deleteAll();
+    store.finish();
     copy({{}, {}, picture().tiffData(), {}, {}});
     EXPECT_EQ(newest().contentHash, hash);
     for (const auto& [path, directory] : {std::pair(newest().content.prefix(), store.imagesDir()),
@@ -95,12 +96,14 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
     }
 
     store.deleteAll();
+    store.finish();
     const QList<QUrl> urls{QUrl::fromLocalFile(QStringLiteral("/a/folder/")),
                            QUrl::fromLocalFile(QStringLiteral("/"))};
     copy({urls, picture(), {}, {}, {}}); // files come with icons
     EXPECT_EQ(newest().content.prefix(), u"/a/folder\n/");
 
     store.deleteAll();
+    store.finish();
     ASSERT_TRUE(QFile(store.imagesDir()).open(QIODevice::WriteOnly)); // in the way
     copy({{}, picture(), {}, {}, QStringLiteral("caption")});
     EXPECT_EQ(newest().content.prefix(), u"caption") << "stands in for an image that cannot be saved";
@@ -196,6 +199,7 @@ TEST_F(Monitor, FollowsTheIntervalWithinItsBoundsAndNoOtherSetting) {
         return !items().isEmpty();
     })) << "starts over each time";
     store.deleteAll();
+    store.finish();
 
     monitor.stop();
     defaults.setNumber(SettingsKeys::clipboardPollingInterval, 1);

@@ -111,6 +111,7 @@ TEST_F(ViewModel, ClearingTakesTheImageThatIsBeingSavedToo) {
     viewModel.recordPendingCopy();
     viewModel.clearAll();
     EXPECT_TRUE(test::eventually([&] { return recorded == 1; }));
+    store.finish();
     EXPECT_TRUE(viewModel.items().isEmpty() && store.fetchRecent(std::nullopt, 1).isEmpty());
     EXPECT_TRUE(QDir(store.imagesDir()).isEmpty());
 }
@@ -121,6 +122,7 @@ TEST_F(ViewModel, WhatIsNotThereAnyMoreIsNotCopied) {
     store.insertOrUpdateImage(u"/nowhere.png"_qs, {}, u"hash"_qs, {}, {});
     viewModel.refresh();
     store.deleteAll();
+    store.finish();
     viewModel.onDismiss = [] {
         FAIL();
     };

@@ -54,7 +54,7 @@ TEST_F(Queries, TheCacheAnswersOnlyWhileNothingHasChanged) {
         contents(query);
         store->incrementCopyCount(store->fetchRecent(query, 100)[0].id);
         EXPECT_EQ(store->fetchRecent(query, 100)[0].copyCount, 2);
-        store->deleteAll();
+        clear();
         EXPECT_EQ(contents(query), QStringList());
     }
 }
@@ -127,7 +127,7 @@ TEST_F(Queries, ALongSearchGoesOnBesideTheEventLoop) {
     EXPECT_TRUE(search(u"needle"_qs).isComplete) << "the same again";
 
     search(u"needle 2"_qs);
-    store->deleteAll();
+    clear();
     EXPECT_EQ(QFile(path("Corvatto/corvatto.sqlite3-wal")).size(), 0) << "while it was still read";
     EXPECT_TRUE(search(u"needle"_qs).isComplete);
 }

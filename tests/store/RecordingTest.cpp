@@ -1,6 +1,7 @@
 #include "StoreTest.h"
 
 #include "store/ContentHash.h"
+#include "support/Eventually.h"
 
 namespace corvatto {
 namespace {
@@ -60,6 +61,43 @@ TEST_F(Recording, KeepsImagesAndFilesAsTheirKinds) {
     // A text that spells out what is hashed for a file entry has that entry's identity.
     store->insertOrUpdate(u"file|/"_qs, {});
     EXPECT_EQ(sql("SELECT COUNT(*) FROM clipboard_items"), texts({"5"}));
+}
+
+TEST_F(Recording, WritesLongTextsBesideTheEventLoopAndInOrder) {
+    const QString text = u"s3cret"_qs.repeated(1'000'000);
+    int recorded = 0;
+    const auto count = [&recorded] {
+        ++recorded;
+    };
+    store->insertOrUpdate(text, u"Editor"_qs, count);
+    store->incrementCopyCount(1);
+    store->insertOrUpdate(u"after it"_qs, {}, count);
+    EXPECT_EQ(recorded, 0) << "waited for the disk";
+    EXPECT_TRUE(contents().isEmpty());
+    EXPECT_TRUE(test::eventually([&] { return recorded == 2; }));
+    EXPECT_EQ(sql("SELECT id, content_hash, preview, source_app, copy_count FROM clipboard_items"),
+              QStringList({u"1|%1|%2|Editor|2"_qs.arg(sha256(text), text.left(120)),
+                           u"2|%1|after it||1"_qs.arg(sha256(u"after it"_qs))}));
+    EXPECT_LT(QFile(path("Corvatto/corvatto.sqlite3-wal")).size(), 5'000'000);
+    store->insertOrUpdate(text, {});
+    store.reset(); // at the end it is waited for
+    EXPECT_EQ(sql("SELECT copy_count FROM clipboard_items"), texts({"3", "1"}));
+}
+
+TEST_F(Recording, MovesTheLogIntoTheDatabaseBesideTheEventLoop) {
+    const auto sizeOf = [this](const char* file) {
+        return QFile(path(file)).size();
+    };
+    int number = 0;
+    const auto recordUntilMoved = [&](qint64 size) {
+        return test::eventually([&] {
+            store->insertOrUpdate(QString::number(++number) + QString(500'000, u'x'), {});
+            return sizeOf("Corvatto/corvatto.sqlite3") > size;
+        });
+    };
+    EXPECT_TRUE(recordUntilMoved(4'000'000));
+    EXPECT_TRUE(recordUntilMoved(sizeOf("Corvatto/corvatto.sqlite3") + 4'000'000));
+    EXPECT_LT(sizeOf("Corvatto/corvatto.sqlite3-wal"), 20'000'000);
 }
 
 TEST_F(Recording, PreviewsOneLineOf120Characters) {

@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <filesystem>
+
 namespace corvatto {
 namespace {
 
@@ -42,7 +44,7 @@ TEST_F(Retention, KeepsTheNewestByCountWithTheFilesOfNoOthers) {
     EXPECT_EQ(contents(), QStringList({u"c"_qs, u"b"_qs, imageFile(u"new"_qs)}));
 
     limitCount(-1);
-    store->deleteAll();
+    clear();
     open(); // makes the directories
     for (const QString& name : texts({"1", "2", "3"})) {
         wait(-1s);
@@ -138,7 +140,7 @@ TEST_F(Retention, FilesOutliveRowsThatCannotBeDeleted) {
     limitDays(1);
     wait(48h);
     record(u"new"_qs);
-    store->deleteAll();
+    clear();
     EXPECT_EQ(output.text(), "[ClipboardStore] ERROR: cleanupByDays failed: refused\n"
                              "[ClipboardStore] ERROR: cleanupByCount failed: refused\n"
                              "[ClipboardStore] ERROR: deleteAll failed: refused\n");
@@ -169,14 +171,54 @@ TEST_F(Retention, GoesOnAfterAFileThatCannotBeRemovedAndClearingTakesAllButTheId
         }
     };
     record(u"s3cret"_qs.repeated(100'000));
-    store->deleteAll();
+    clear();
     expectNothingLeft();
     EXPECT_FALSE(QFileInfo::exists(store->imagesDir()) || QFileInfo::exists(store->thumbnailsDir()));
     record(u"s3cret"_qs.repeated(100'000));
     EXPECT_EQ(sql("SELECT id FROM clipboard_items"), texts({"5"}));
-    sql("PRAGMA secure_delete = FAST; DELETE FROM clipboard_items"); // and killed before the rest
+    const auto mark = [this](const char* lastId) {
+        QFile file(path("Corvatto/clearing"));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(lastId) > 0);
+    };
+    mark("5"); // and killed before the rest
     open();
+    record(u"new"_qs); // waits for it
+    EXPECT_EQ(contents(), texts({"new"}));
+    clear();
     expectNothingLeft();
+    EXPECT_FALSE(QFileInfo::exists(path("Corvatto/clearing")));
+    record(u"later"_qs);
+    mark("6"); // could not be removed
+    open();
+    EXPECT_EQ(contents(), texts({"later"}));
+}
+
+TEST_F(Retention, ClearingEmptiesTheListAtOnceAndKeepsWhatIsCopiedMeanwhile) {
+    record(u"s3cret"_qs);
+    recordImage(u"image"_qs);
+    sqlite3* other = nullptr; // holds it up
+    sqlite3_open(path("Corvatto/corvatto.sqlite3").toUtf8().constData(), &other);
+    QDir().mkpath(path("killed"));
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    store->deleteAll();
+    EXPECT_EQ(contents(), QStringList());
+    EXPECT_TRUE(test::eventually([this] { return QFile::exists(path("Corvatto/clearing")); }));
+    std::filesystem::copy(path("Corvatto").toStdString(), path("killed/Corvatto").toStdString(),
+                          std::filesystem::copy_options::recursive);
+    sqlite3_close(other);
+    ClipboardStore next(path("killed"), preferences);
+    next.finish();
+    EXPECT_TRUE(next.fetchRecent(std::nullopt, 9).isEmpty()) << "came back";
+    EXPECT_EQ(contents(u"s3cret"_qs), QStringList());
+    int recorded = 0;
+    const auto count = [&recorded] {
+        ++recorded;
+    };
+    store->insertOrUpdate(u"s3cret"_qs, {}, count); // nothing that was there before counts
+    store->incrementCopyCount(3);
+    EXPECT_EQ(recorded, 0) << "waits for the disk";
+    EXPECT_TRUE(test::eventually([&] { return recorded == 1; }));
+    EXPECT_EQ(sql("SELECT id, content, copy_count FROM clipboard_items"), texts({"3|s3cret|2"}));
 }
 
 } // namespace

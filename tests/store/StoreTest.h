@@ -63,10 +63,15 @@ public:
         return result;
     }
 
-    // Record a second after the last recording.
+    // Record a second after the last recording, and wait until it is stored.
     void record(const QString& text) {
         wait(std::chrono::seconds(1));
         store->insertOrUpdate(text, u"Editor"_qs);
+        store->finish();
+    }
+    void clear() {
+        store->deleteAll();
+        store->finish();
     }
     void recordImage(const QString& name) {
         wait(std::chrono::seconds(1));
