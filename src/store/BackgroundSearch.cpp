@@ -15,14 +15,12 @@ namespace {
 
 // Reads the table from its beginning to its end, because a disk is slow at reading it in the order of the
 // index. What is sorted are only numbers, of which SQLite keeps as many as the limit.
-constexpr char searchSql[] =
-    "SELECT id, content, content_hash, preview, content_type, thumbnail_path, source_app, copy_count,"
-    " first_copied_at, last_copied_at FROM clipboard_items WHERE id IN ("
-    " SELECT id FROM clipboard_items NOT INDEXED"
-    " WHERE content LIKE ?1 OR preview LIKE ?1 OR source_app LIKE ?1"
-    " OR content_type LIKE ?1"
-    " ORDER BY last_copied_at DESC, id DESC LIMIT ?2)"
-    " ORDER BY last_copied_at DESC, id DESC";
+constexpr char searchSql[] = "SELECT " CORVATTO_ITEM_COLUMNS " FROM clipboard_items WHERE id IN ("
+                             " SELECT id FROM clipboard_items NOT INDEXED"
+                             " WHERE content LIKE ?1 OR preview LIKE ?1 OR source_app LIKE ?1"
+                             " OR content_type LIKE ?1"
+                             " ORDER BY last_copied_at DESC, id DESC LIMIT ?2)"
+                             " ORDER BY last_copied_at DESC, id DESC";
 
 constexpr int instructionsBetweenLooks = 100; // whether the search has been cancelled
 
@@ -41,9 +39,10 @@ std::optional<QList<ClipboardItem>> find(sqlite3* db, const QByteArray& pattern,
     QList<ClipboardItem> items;
     int status = query.step();
     for (; status == SQLITE_ROW; status = query.step()) {
-        items.append(rowToItem(query, reader));
+        items.append(rowToItem(query));
     }
-    return status == SQLITE_DONE ? std::optional(items) : std::nullopt;
+    return status == SQLITE_DONE && ContentReader::addContents(items, db, reader) ? std::optional(items)
+                                                                                  : std::nullopt;
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "base/Diagnostics.h"
 
 #include "BackgroundSearch.h"
+#include "ContentReader.h"
 #include "FetchCache.h"
 #include "ItemRow.h"
 #include "Retention.h"
@@ -17,23 +18,19 @@
 namespace corvatto {
 namespace {
 
-constexpr char listSql[] =
-    "    SELECT id, content, content_hash, preview, content_type, thumbnail_path, source_app, copy_count, "
-    "first_copied_at, last_copied_at\n"
-    "      FROM clipboard_items\n"
-    "     ORDER BY last_copied_at DESC\n"
-    "     LIMIT ?";
+constexpr char listSql[] = "    SELECT " CORVATTO_ITEM_COLUMNS "\n"
+                           "      FROM clipboard_items\n"
+                           "     ORDER BY last_copied_at DESC\n"
+                           "     LIMIT ?";
 
-constexpr char searchSql[] =
-    "    SELECT id, content, content_hash, preview, content_type, thumbnail_path, source_app, copy_count, "
-    "first_copied_at, last_copied_at\n"
-    "      FROM clipboard_items\n"
-    "     WHERE content      LIKE ? COLLATE NOCASE\n"
-    "        OR preview      LIKE ? COLLATE NOCASE\n"
-    "        OR source_app   LIKE ? COLLATE NOCASE\n"
-    "        OR content_type LIKE ? COLLATE NOCASE\n"
-    "     ORDER BY last_copied_at DESC\n"
-    "     LIMIT ?";
+constexpr char searchSql[] = "    SELECT " CORVATTO_ITEM_COLUMNS "\n"
+                             "      FROM clipboard_items\n"
+                             "     WHERE content      LIKE ? COLLATE NOCASE\n"
+                             "        OR preview      LIKE ? COLLATE NOCASE\n"
+                             "        OR source_app   LIKE ? COLLATE NOCASE\n"
+                             "        OR content_type LIKE ? COLLATE NOCASE\n"
+                             "     ORDER BY last_copied_at DESC\n"
+                             "     LIMIT ?";
 
 // Blank means spaces and tabs only. A line end is something to search for.
 bool isBlank(const QString& query) {
@@ -126,9 +123,11 @@ ClipboardStore::SearchResult ClipboardStore::fetch(const std::optional<QString>&
     QList<ClipboardItem> items;
     int status = query.step();
     for (; status == SQLITE_ROW; status = query.step()) {
-        items.append(rowToItem(query, m_contentReader));
+        items.append(rowToItem(query));
     }
-    if (version && status == SQLITE_DONE) {
+    timeLimit.reset();
+    const bool areAll = ContentReader::addContents(items, m_db, m_contentReader);
+    if (version && status == SQLITE_DONE && areAll) {
         m_fetchCache->insert(*version, fetch, items);
     }
     if (status != SQLITE_INTERRUPT) {

@@ -52,7 +52,7 @@ constexpr qint64 maximumDays = 1'000'000'000;
 
 // A slice is to take this long. Each row is in an index of hashes, so that deleting it writes a page of its
 // own; how many that are in a millisecond depends on the disk.
-constexpr qint64 sliceDuration = 6;                                      // ms
+constexpr qint64 sliceDuration = 4;                                      // ms
 constexpr qint64 smallestSlice = 4, largestSlice = 512, firstSlice = 16; // rows or pages
 
 // Free pages of the file that are kept for what is copied next. More is given back.
@@ -106,7 +106,10 @@ void Retention::removeSlice() {
     }
     m_isSliceDue = isMoreDue || freePages();
     if (m_isSliceDue) {
-        m_sliceSize = timer.elapsed() > sliceDuration ? m_sliceSize / 2 : m_sliceSize * 5 / 4;
+        const qint64 taken = timer.elapsed();
+        m_sliceSize = taken > sliceDuration       ? m_sliceSize / 2
+                      : taken > sliceDuration / 2 ? m_sliceSize
+                                                  : m_sliceSize * 5 / 4;
         m_sliceSize = std::clamp(m_sliceSize, smallestSlice, largestSlice);
     }
     scheduleSlice();

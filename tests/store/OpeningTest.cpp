@@ -73,5 +73,19 @@ TEST_F(Opening, AnOldFileGetsWhatItLacks) {
                     .contains(u"idx_last_copied_at"));
 }
 
+TEST_F(Opening, AFileMayBeInAnotherEncodingAndHoldWhatIsNoText) {
+    QDir().mkpath(path("Corvatto"));
+    sql("PRAGMA encoding = 'UTF-16'; PRAGMA user_version = 1");
+    open();
+    record(u"naïve"_qs);
+    EXPECT_EQ(contents(), test::texts({"naïve"}));
+    store.reset();
+    QFile::remove(path("Corvatto/corvatto.sqlite3"));
+    open();
+    record(u"text"_qs);
+    sql("UPDATE clipboard_items SET content = 42.5");
+    EXPECT_EQ(contents(), test::texts({"42.5"}));
+}
+
 } // namespace
 } // namespace corvatto
