@@ -102,4 +102,16 @@ DecodedText decodeText(const QByteArray& target, const QByteArray& bytes) {
     return decodeUtf8(bytes);
 }
 
+QByteArrayView utf8Prefix(QByteArrayView utf8, qsizetype length) {
+    if (utf8.size() <= length) {
+        return utf8;
+    }
+    constexpr int longestRest = 3; // of a character behind its first byte
+    qsizetype end = length;
+    for (int i = 0; i < longestRest && end > 0 && (static_cast<uchar>(utf8[end]) & 0xC0) == 0x80; ++i) {
+        --end;
+    }
+    return utf8.first(end);
+}
+
 } // namespace corvatto

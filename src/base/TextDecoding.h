@@ -21,4 +21,7 @@ struct DecodedText {
 // Decodes the bytes of a flavour that has a rank. A NUL is a character like any other.
 DecodedText decodeText(const QByteArray& target, const QByteArray& bytes);
 
+// The beginning of `utf8`, at most `length` bytes and no part of a character.
+QByteArrayView utf8Prefix(QByteArrayView utf8, qsizetype length);
+
 } // namespace corvatto

@@ -1,11 +1,14 @@
 #include "capture/ClipboardMonitor.h"
 
 #include "base/FilePath.h"
+#include "base/TextDecoding.h"
 #include "capture/ImageStorage.h"
 #include "settings/PollingInterval.h"
 #include "store/ContentHash.h"
 
 #include <QPointer>
+
+#include <algorithm>
 
 namespace corvatto {
 namespace {
@@ -21,6 +24,20 @@ QString imageHash(const Image& image) {
         return sha256(QStringLiteral("image|") + sha256Hex(tiff));
     }
     return sha256(QStringLiteral("image|") + image.description());
+}
+
+// Looks at no more than it has to, because the text may be of any size.
+bool isBlank(const QByteArray& utf8) {
+    constexpr qsizetype window = 4096; // bytes
+    for (qsizetype begin = 0; begin < utf8.size();) {
+        const QByteArrayView part = utf8Prefix(QByteArrayView(utf8).sliced(begin), window);
+        const QString text = decodeText("UTF8_STRING", part.toByteArray()).text;
+        if (!std::all_of(text.cbegin(), text.cend(), [](QChar character) { return character.isSpace(); })) {
+            return false;
+        }
+        begin += part.size();
+    }
+    return true;
 }
 
 QStringList copiedPaths(const Pasteboard& pasteboard) {
@@ -121,7 +138,7 @@ void ClipboardMonitor::checkPasteboard() {
     }
     const auto image = ImageStorage::imageFromPasteboard(m_pasteboard);
     // Of an image too, for when it cannot be saved: by then, the clipboard may hold something else.
-    const auto text = m_pasteboard.string();
+    const auto text = m_pasteboard.utf8String();
     m_recordings.add([=, this] {
         if (image) {
             recordImage(*image, text, sourceApp);
@@ -149,7 +166,7 @@ void ClipboardMonitor::recordFiles(const QStringList& paths, const QString& sour
 }
 
 // The hash takes a frame, the thumbnail two, and the disk as long as it likes.
-void ClipboardMonitor::recordImage(const Image& image, const std::optional<QString>& text,
+void ClipboardMonitor::recordImage(const Image& image, const std::optional<QByteArray>& text,
                                    const QString& sourceApp) {
     struct Result {
         QString hash;
@@ -169,8 +186,8 @@ void ClipboardMonitor::recordImage(const Image& image, const std::optional<QStri
     });
 }
 
-void ClipboardMonitor::recordText(const std::optional<QString>& text, const QString& sourceApp) {
-    if (!text || QStringView(*text).trimmed().isEmpty()) {
+void ClipboardMonitor::recordText(const std::optional<QByteArray>& text, const QString& sourceApp) {
+    if (!text || isBlank(*text)) {
         return;
     }
     m_store.insertOrUpdate(*text, sourceApp, announcement());

@@ -62,8 +62,8 @@ private:
 
     void checkPasteboard();
     void recordFiles(const QStringList& paths, const QString& sourceApp);
-    void recordImage(const Image& image, const std::optional<QString>& text, const QString& sourceApp);
-    void recordText(const std::optional<QString>& text, const QString& sourceApp);
+    void recordImage(const Image& image, const std::optional<QByteArray>& text, const QString& sourceApp);
+    void recordText(const std::optional<QByteArray>& text, const QString& sourceApp);
     std::function<void()> announcement();
 
     QTimer m_timer; // active while a change waits for its tick

@@ -20,6 +20,7 @@ ClipboardContent ClipboardContent::ofText(const QString& text) {
     ClipboardContent content;
     content.textTarget = "UTF8_STRING";
     content.textBytes = present(text.toUtf8());
+    content.isTextPrepared = true;
     return content;
 }
 
@@ -54,8 +55,19 @@ std::optional<ClipboardContent::Text> ClipboardContent::text() const {
     if (textBytes.isNull()) {
         return std::nullopt;
     }
-    DecodedText decoded = decodeText(textTarget, textBytes);
-    return Text{std::move(decoded.text), decoded.hadInvalidBytes};
+    if (isTextPrepared) {
+        return Text{textBytes, hadInvalidTextBytes};
+    }
+    const DecodedText decoded = decodeText(textTarget, textBytes);
+    return Text{present(decoded.text.toUtf8()), decoded.hadInvalidBytes};
+}
+
+void ClipboardContent::prepareText() {
+    if (const auto decoded = text()) {
+        textBytes = decoded->utf8;
+        isTextPrepared = true;
+        hadInvalidTextBytes = decoded->hadInvalidBytes;
+    }
 }
 
 bool ClipboardContent::isSameCopyAs(const ClipboardContent& other) const {
@@ -65,7 +77,7 @@ bool ClipboardContent::isSameCopyAs(const ClipboardContent& other) const {
     }
     const auto mine = text(), others = other.text();
     if (mine || others) {
-        return mine && others && mine->text == others->text;
+        return mine && others && mine->utf8 == others->utf8;
     }
     return !imageBytes.isNull() && imageBytes == other.imageBytes;
 }

@@ -21,6 +21,8 @@ struct ClipboardContent {
     QByteArray imageBytes;
     QByteArray textTarget; // the target name that tells how textBytes are encoded
     QByteArray textBytes;
+    bool isTextPrepared = false;      // textBytes are valid UTF-8 already,
+    bool hadInvalidTextBytes = false; // and were not before
 
     static ClipboardContent ofText(const QString& text);
     static ClipboardContent ofFileURLs(const QList<QUrl>& urls);
@@ -31,12 +33,15 @@ struct ClipboardContent {
     // The copied files in the order of the list; URLs of other schemes are left out.
     QList<QUrl> fileURLs() const;
 
-    // Decodes the text at each call. Absent when there is none.
+    // Decodes a text that is not prepared at each call. Absent when there is none.
     struct Text {
-        QString text;
-        bool hadInvalidBytes;
+        QByteArray utf8;
+        bool hadInvalidBytes; // which are replaced
     };
     std::optional<Text> text() const;
+
+    // Decodes the text for all later calls. Any thread that the content belongs to.
+    void prepareText();
 
     // Whether a person would take both for the same copy: equal files, or without any equal texts, or without
     // any equal images, however they are encoded. Decodes images only where their bytes differ.

@@ -77,8 +77,9 @@ public:
     }
 
     void addText(const ClipboardContent& content) {
-        const auto utf8 = [target = content.textTarget, bytes = content.textBytes] {
-            return target == "UTF8_STRING" ? bytes : decodeText(target, bytes).text.toUtf8();
+        const bool isUtf8 = content.isTextPrepared || content.textTarget == "UTF8_STRING";
+        const auto utf8 = [isUtf8, target = content.textTarget, bytes = content.textBytes] {
+            return isUtf8 ? bytes : decodeText(target, bytes).text.toUtf8();
         };
         for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain"}) {
             flavours.push_back({target, target, utf8});

@@ -15,6 +15,8 @@ using std::chrono::milliseconds;
 constexpr std::array retryDelays{milliseconds(5), milliseconds(20), milliseconds(80), milliseconds(200),
                                  milliseconds(400)};
 
+constexpr qsizetype longestDecodedAtOnce = 256 << 10; // bytes of a text, which take about a millisecond
+
 } // namespace
 
 ClipboardReading::ClipboardReading(std::unique_ptr<ClipboardSource> source, const ClipboardReadLimits& limits,
@@ -72,9 +74,31 @@ void ClipboardReading::fetched(TransferOutcome outcome, const QByteArray& bytes,
     m_plan->answered(outcome, bytes, encoding);
     if (m_requested == ClipboardReadPlan::Kind::image && outcome == TransferOutcome::complete) {
         decode(bytes);
+    } else if (m_requested == ClipboardReadPlan::Kind::text && bytes.size() > longestDecodedAtOnce) {
+        prepareText();
     } else {
         askNext();
     }
+}
+
+void ClipboardReading::prepareText() {
+    ClipboardContent text;
+    text.textTarget = m_plan->content().textTarget;
+    text.textBytes = m_plan->content().textBytes;
+    const auto prepare = [text]() mutable {
+        text.prepareText();
+        return text;
+    };
+    runOnWorker(*this, prepare, [this](const ClipboardContent& prepared) {
+        if (!m_done) {
+            return; // out of time
+        }
+        ClipboardContent& content = m_plan->content();
+        content.textBytes = prepared.textBytes;
+        content.isTextPrepared = prepared.isTextPrepared;
+        content.hadInvalidTextBytes = prepared.hadInvalidTextBytes;
+        askNext();
+    });
 }
 
 // Beside the main thread: a large picture takes a fifth of a second, and its encoding, which identifies it in

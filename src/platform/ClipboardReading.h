@@ -1,6 +1,6 @@
 // Collects the content of the clipboard from its owner, as ClipboardReadPlan says, over whatever connection
-// there is to it. Each flavour arrives whole or counts as absent; an image is decoded beside the main thread
-// before it counts.
+// there is to it. Each flavour arrives whole or counts as absent; an image or a long text is decoded
+// beside the main thread before it counts.
 #pragma once
 
 #include "platform/ClipboardReadPlan.h"
@@ -60,6 +60,7 @@ private:
     void askNext();
     void fetched(TransferOutcome outcome, const QByteArray& bytes, const QByteArray& encoding);
     void decode(const QByteArray& bytes);
+    void prepareText();
     bool retryLater();
     void finish();
 

@@ -49,7 +49,9 @@ public:
     // The undecoded bytes of the image flavour, if the clipboard holds one of that type.
     virtual std::optional<QByteArray> imageData(ImageType type) const = 0;
 
-    // The plain text, whole, with any NUL characters in it.
+    // The plain text, whole, with any NUL characters in it; the first in UTF-8, which costs nothing where a
+    // long text came like that.
+    virtual std::optional<QByteArray> utf8String() const = 0;
     virtual std::optional<QString> string() const = 0;
 
     // Takes the clipboard over and empties it. Each of the writes below replaces what is there as well.

@@ -2,6 +2,7 @@
 
 #include "base/Diagnostics.h"
 #include "base/ImageDecoding.h"
+#include "base/TextDecoding.h"
 
 #include <chrono>
 
@@ -126,7 +127,7 @@ std::optional<QByteArray> SnapshotPasteboard::imageData(ImageType type) const {
     return m_content.imageBytes;
 }
 
-std::optional<QString> SnapshotPasteboard::string() const {
+std::optional<QByteArray> SnapshotPasteboard::utf8String() const {
     auto text = m_content.text();
     if (!text) {
         return std::nullopt;
@@ -135,7 +136,12 @@ std::optional<QString> SnapshotPasteboard::string() const {
         printLine(QStringLiteral("[Pasteboard] ERROR: %1 holds invalid bytes, which are replaced.")
                       .arg(QString::fromUtf8(m_content.textTarget)));
     }
-    return std::move(text->text);
+    return std::move(text->utf8);
+}
+
+std::optional<QString> SnapshotPasteboard::string() const {
+    const auto utf8 = utf8String();
+    return utf8 ? std::optional(decodeText("UTF8_STRING", *utf8).text) : std::nullopt;
 }
 
 } // namespace corvatto

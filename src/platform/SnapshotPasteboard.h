@@ -18,6 +18,7 @@ public:
     QList<QUrl> fileURLs() const override;
     std::optional<Image> image() const override;
     std::optional<QByteArray> imageData(ImageType type) const override;
+    std::optional<QByteArray> utf8String() const override;
     std::optional<QString> string() const override;
 
     void clearContents() override;

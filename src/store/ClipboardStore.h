@@ -58,6 +58,7 @@ public:
     // are applied: what exceeds them is not found any more, and is removed at once when it is little, from
     // the event loop when it is much. `recorded` is called then, whether that succeeded or not: at once, or
     // from the event loop where it takes longer.
+    void insertOrUpdate(const QByteArray& utf8Text, const QString& sourceApp, Recorded recorded = {});
     void insertOrUpdate(const QString& text, const QString& sourceApp, Recorded recorded = {});
     // The image's files exist already; `hash` is the image's content hash.
     void insertOrUpdateImage(const QString& imagePath, const QString& thumbnailPath, const QString& hash,

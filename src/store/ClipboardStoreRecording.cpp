@@ -4,6 +4,7 @@
 #include "base/Diagnostics.h"
 #include "base/FilePath.h"
 #include "base/Graphemes.h"
+#include "base/TextDecoding.h"
 #include "store/ContentHash.h"
 
 #include "CaptureRow.h"
@@ -28,16 +29,16 @@ constexpr qsizetype previewLength = 120; // user-perceived characters
 
 // The text on one line, cut to previewLength. Looks at a window of the text that grows until it is large
 // enough, because the text may be of any size.
-QString makeTextPreview(QStringView text) {
+QString makeTextPreview(QByteArrayView utf8) {
     for (qsizetype window = 8 * previewLength;; window *= 8) {
-        // Whether a character ends at a place depends on the next code point, so the window does not cut one.
-        const bool cutsPair = window < text.size() && text[window - 1].isHighSurrogate();
-        QString line = text.first(std::min(text.size(), cutsPair ? window + 1 : window)).toString();
+        const QByteArrayView seen = utf8Prefix(utf8, window);
+        QString line = textOf(seen);
         std::replace_if(
             line.begin(), line.end(),
             [](QChar character) { return character == u'\n' || character == u'\r'; }, u' ');
+        // Whether a character ends at a place depends on the next code point.
         const QStringView preview = graphemePrefix(line, previewLength);
-        if (preview.size() < line.size() || line.size() == text.size()) {
+        if (preview.size() < line.size() || seen.size() == utf8.size()) {
             line.truncate(preview.size());
             return line;
         }
@@ -61,9 +62,13 @@ qsizetype sizeOfContent(sqlite3* db, qint64 id) {
 
 } // namespace
 
-void ClipboardStore::insertOrUpdate(const QString& text, const QString& sourceApp, Recorded recorded) {
-    record({&CaptureKind::text, text.toUtf8(), {}, makeTextPreview(text), {}, sourceApp, now()},
+void ClipboardStore::insertOrUpdate(const QByteArray& utf8Text, const QString& sourceApp, Recorded recorded) {
+    record({&CaptureKind::text, utf8Text, {}, makeTextPreview(utf8Text), {}, sourceApp, now()},
            std::move(recorded));
+}
+
+void ClipboardStore::insertOrUpdate(const QString& text, const QString& sourceApp, Recorded recorded) {
+    insertOrUpdate(text.toUtf8(), sourceApp, std::move(recorded));
 }
 
 void ClipboardStore::insertOrUpdateImage(const QString& imagePath, const QString& thumbnailPath,

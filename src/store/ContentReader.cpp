@@ -1,6 +1,7 @@
 #include "ContentReader.h"
 
 #include "base/Diagnostics.h"
+#include "base/TextDecoding.h"
 
 #include "ContentBlob.h"
 #include "SqliteStatement.h"
@@ -12,15 +13,6 @@ constexpr qsizetype longestComplete = 64 * 1024; // bytes of UTF-8; what is long
 
 // Three bytes of UTF-8 give at least one UTF-16 unit; five more make up for a last character that is cut off.
 constexpr qsizetype prefixBytes = ItemContent::minimumPrefix * 3 + 5;
-
-// Ends with a whole character.
-QByteArrayView wholeCharacters(QByteArrayView utf8) {
-    qsizetype end = utf8.size() - 1;
-    for (int i = 0; i < 3 && (static_cast<uchar>(utf8[end]) & 0xC0) == 0x80; ++i) {
-        --end;
-    }
-    return utf8.first(end);
-}
 
 // What is no text in the database, or not in UTF-8, is converted by SQLite. Absent when it cannot be read.
 std::optional<ItemContent> convertedContent(sqlite3* db, qint64 id) {
@@ -67,7 +59,7 @@ std::optional<ItemContent> ContentReader::contentOf(const ClipboardItem& item, c
     if (!isLong) {
         return textOf(utf8);
     }
-    return ItemContent(textOf(wholeCharacters(utf8)),
+    return ItemContent(textOf(utf8Prefix(utf8, prefixBytes - 1)),
                        [weakReader = std::weak_ptr(reader), id = item.id]() -> std::optional<QString> {
                            const auto strongReader = weakReader.lock();
                            return strongReader ? strongReader->read(id) : std::nullopt;

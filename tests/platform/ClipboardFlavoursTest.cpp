@@ -144,5 +144,26 @@ TEST(ClipboardOffer, ComposesTransparencyOverWhiteForFormatsThatHaveNone) {
     }
 }
 
+TEST(ClipboardContent, APreparedTextIsTheSameText) {
+    for (const auto& [target, bytes] :
+         {std::pair("UTF8_STRING", QByteArray("\xEF\xBB\xBFna\xC3\xAFve\0x", 11)),
+          {"UTF8_STRING", "broken \xFF"},
+          {"STRING", "na\xEFve"},
+          {"text/plain;charset=utf-16le", "n\0a"},
+          {"text/plain", ""}}) {
+        ClipboardContent content;
+        content.textTarget = target;
+        content.textBytes = bytes;
+        ClipboardContent prepared = content;
+        prepared.prepareText();
+        EXPECT_EQ(prepared.text()->utf8, content.text()->utf8) << target;
+        EXPECT_EQ(prepared.text()->hadInvalidBytes, content.text()->hadInvalidBytes) << target;
+        EXPECT_TRUE(prepared.isSameCopyAs(content));
+        for (const OfferedFlavour& flavour : offeredFlavours(prepared)) {
+            EXPECT_TRUE(flavour.target == "STRING" || flavour.bytes() == content.text()->utf8) << target;
+        }
+    }
+}
+
 } // namespace
 } // namespace corvatto

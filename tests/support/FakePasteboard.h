@@ -37,6 +37,9 @@ public:
     std::optional<QByteArray> imageData(ImageType type) const override {
         return read(type == ImageType::Tiff ? content.tiff : content.png);
     }
+    std::optional<QByteArray> utf8String() const override {
+        return content.text ? std::optional(read(*content.text).toUtf8()) : std::nullopt;
+    }
     std::optional<QString> string() const override { return read(content.text); }
 
     void clearContents() override { copy({}); }

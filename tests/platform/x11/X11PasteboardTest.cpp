@@ -2,6 +2,7 @@
 #include "X11Test.h"
 
 #include "base/ImageDecoding.h"
+#include "base/Worker.h"
 #include "platform/x11/X11Pasteboard.h"
 
 #include <QSemaphore>
@@ -172,7 +173,7 @@ TEST_F(X11PasteboardTest, ManyRequestsForACostlyEncodingHoldNothingUp) {
     image.fill(Qt::blue);
     pasteboard.writeImage(Image(image));
     letGo();
-    QThreadPool& workers = *QThreadPool::globalInstance();
+    QThreadPool& workers = corvatto::workers();
     const int usualWorkers = workers.maxThreadCount();
     QSemaphore gate;
     workers.waitForDone(); // which ends idle ones too
