@@ -1,6 +1,7 @@
 #include "history/CharacterCounts.h"
 
 #include "base/Graphemes.h"
+#include "base/Worker.h"
 
 namespace corvatto {
 namespace {
@@ -11,22 +12,45 @@ constexpr qsizetype mostRemembered = 10'000;
 
 } // namespace
 
-qsizetype CharacterCounts::of(const ClipboardItem& item) {
+std::optional<qsizetype> CharacterCounts::of(const ClipboardItem& item) {
     if (item.content.prefix().size() < worthRemembering) {
         return graphemeCount(item.content.prefix());
     }
-    auto known = m_counts.constFind(item.id);
-    if (known == m_counts.constEnd()) {
-        const std::optional<QString> content = item.content.load();
-        if (!content) {
-            return 0; // not worth remembering: the next time it may be read
-        }
-        if (m_counts.size() >= mostRemembered) {
-            m_counts.clear();
-        }
-        known = m_counts.insert(item.id, graphemeCount(*content));
+    if (const auto known = m_counts.constFind(item.id); known != m_counts.constEnd()) {
+        return *known;
     }
-    return *known;
+    if (!item.content.isComplete()) {
+        countBeside(item);
+        return std::nullopt;
+    }
+    const qsizetype count = graphemeCount(item.content.prefix());
+    remember(item.id, count);
+    return count;
+}
+
+void CharacterCounts::remember(qint64 id, qsizetype count) {
+    if (m_counts.size() >= mostRemembered) {
+        m_counts.clear();
+    }
+    m_counts.insert(id, count);
+}
+
+void CharacterCounts::countBeside(const ClipboardItem& item) {
+    if (m_beingCounted.contains(item.id)) {
+        return;
+    }
+    m_beingCounted.insert(item.id);
+    const auto count = [content = item.content]() -> std::optional<qsizetype> {
+        const auto text = content.load();
+        return text ? std::optional(graphemeCount(*text)) : std::nullopt;
+    };
+    runOnWorker(*this, count, [this, id = item.id](const std::optional<qsizetype>& result) {
+        m_beingCounted.remove(id);
+        if (result) { // or it is tried again at the next drawing
+            remember(id, *result);
+            Q_EMIT counted();
+        }
+    });
 }
 
 } // namespace corvatto

@@ -31,6 +31,9 @@ public:
     // Sets the height of cells. In a low panel it is less than whole cards need.
     void setCellHeight(int height) { m_cellHeight = height; }
 
+    // Tells when drawing again would show more.
+    const CharacterCounts& characterCounts() const { return m_characterCounts; }
+
     QString accessibleText(const ClipboardItem& item, qsizetype index) const;
 
 private:

@@ -147,9 +147,11 @@ QString HistoryCardView::typeIcon() const {
 }
 
 QString HistoryCardView::sizeText(CharacterCounts& counts) const {
-    return m_item.contentType == QLatin1String("file")
-               ? QString::number(filePaths().size()) + QStringLiteral(" 个文件")
-               : QString::number(counts.of(m_item)) + QStringLiteral(" 个字");
+    if (m_item.contentType == QLatin1String("file")) {
+        return QString::number(filePaths().size()) + QStringLiteral(" 个文件");
+    }
+    const auto characters = counts.of(m_item);
+    return (characters ? QString::number(*characters) : QStringLiteral("…")) + QStringLiteral(" 个字");
 }
 
 QString HistoryCardView::shortcutText() const {

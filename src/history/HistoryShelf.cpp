@@ -22,6 +22,8 @@ HistoryShelf::HistoryShelf(HistoryViewModel& viewModel, const RelativeDateTimeFo
       m_indicator(new QScrollBar(Qt::Horizontal, this)), m_scrolling(horizontalScrollBar(), "value", this) {
     setModel(&m_model);
     setItemDelegate(&m_delegate);
+    connect(&m_delegate.characterCounts(), &CharacterCounts::counted, viewport(),
+            qOverload<>(&QWidget::update));
     setFlow(QListView::LeftToRight);
     setWrapping(false);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);

@@ -29,7 +29,7 @@ int isCancelled(void* flag) {
 }
 
 std::optional<QList<ClipboardItem>> find(sqlite3* db, const QByteArray& pattern, int limit,
-                                         const std::shared_ptr<const ContentReader>& reader) {
+                                         const QByteArray& database) {
     SqliteStatement query(db, searchSql);
     if (!query.isPrepared()) {
         return std::nullopt;
@@ -41,8 +41,7 @@ std::optional<QList<ClipboardItem>> find(sqlite3* db, const QByteArray& pattern,
     for (; status == SQLITE_ROW; status = query.step()) {
         items.append(rowToItem(query));
     }
-    return status == SQLITE_DONE && ContentReader::addContents(items, db, reader) ? std::optional(items)
-                                                                                  : std::nullopt;
+    return status == SQLITE_DONE && addContents(items, db, database) ? std::optional(items) : std::nullopt;
 }
 
 } // namespace
@@ -61,15 +60,12 @@ BackgroundSearch::~BackgroundSearch() {
     stop();
 }
 
-void BackgroundSearch::start(const QByteArray& pattern, int limit,
-                             std::shared_ptr<const ContentReader> reader, std::function<void(Result)> done) {
+void BackgroundSearch::start(const QByteArray& pattern, int limit, std::function<void(Result)> done) {
     cancel();
     m_done = std::move(done);
     m_isCancelled = std::make_shared<std::atomic_bool>(false);
-    m_watcher.setFuture(QtConcurrent::run(
-        &m_pool,
-        [database = m_database, pattern, limit, reader = std::move(reader),
-         flag = m_isCancelled]() -> Result {
+    m_watcher.setFuture(
+        QtConcurrent::run(&m_pool, [database = m_database, pattern, limit, flag = m_isCancelled]() -> Result {
             sqlite3* db = nullptr;
             Result result;
             if (sqlite3_open_v2(database.constData(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
@@ -77,7 +73,7 @@ void BackgroundSearch::start(const QByteArray& pattern, int limit,
                 installLikeFunction(db);
                 // Not sqlite3_interrupt(), which could come before the statement has begun.
                 sqlite3_progress_handler(db, instructionsBetweenLooks, isCancelled, flag.get());
-                result = find(db, pattern, limit, reader);
+                result = find(db, pattern, limit, database);
             }
             sqlite3_close(db);
             return result;

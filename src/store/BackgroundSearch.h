@@ -17,8 +17,6 @@
 
 namespace corvatto {
 
-class ContentReader;
-
 // Main thread.
 class BackgroundSearch {
 public:
@@ -32,9 +30,8 @@ public:
     BackgroundSearch& operator=(const BackgroundSearch&) = delete;
 
     // Looks for the LIKE pattern in place of what was looked for before, and calls `done` with the newest
-    // `limit` matches, the newest first, from the event loop. The items load their contents with `reader`.
-    void start(const QByteArray& pattern, int limit, std::shared_ptr<const ContentReader> reader,
-               std::function<void(Result)> done);
+    // `limit` matches, the newest first, from the event loop.
+    void start(const QByteArray& pattern, int limit, std::function<void(Result)> done);
 
     // Ends the search. Its `done` is not called any more.
     void cancel();

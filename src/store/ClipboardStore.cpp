@@ -6,7 +6,6 @@
 
 #include "BackgroundSearch.h"
 #include "Clearing.h"
-#include "ContentReader.h"
 #include "FetchCache.h"
 #include "Retention.h"
 #include "WorkerConnection.h"
@@ -23,7 +22,6 @@ ClipboardStore::~ClipboardStore() {
     if (m_db != nullptr) {
         finish();
         m_backgroundSearch.reset();
-        m_contentReader.reset(); // items may outlive the store, and must not read then
         sqlite3_close(m_db);
     }
 }

@@ -21,7 +21,6 @@ struct sqlite3;
 namespace corvatto {
 
 class BackgroundSearch;
-class ContentReader;
 class FetchCache;
 class Retention;
 struct Capture;
@@ -133,8 +132,7 @@ private:
     bool m_isClearing = false;
     OrderedWork m_writing;                                // while a worker writes
     OrderedWork m_checkpoints;                            // while a worker moves the log into the database
-    std::shared_ptr<const ContentReader> m_contentReader; // with the connection
-    std::unique_ptr<FetchCache> m_fetchCache;             // likewise
+    std::unique_ptr<FetchCache> m_fetchCache;             // with the connection
     std::unique_ptr<Retention> m_retention;               // likewise
     std::chrono::milliseconds m_longestSearch{8};         // half a frame
     std::unique_ptr<BackgroundSearch> m_backgroundSearch; // null without a write-ahead log, with which

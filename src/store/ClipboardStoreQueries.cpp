@@ -126,14 +126,14 @@ ClipboardStore::SearchResult ClipboardStore::fetch(const std::optional<QString>&
         items.append(rowToItem(query));
     }
     timeLimit.reset();
-    const bool areAll = ContentReader::addContents(items, m_db, m_contentReader);
+    const bool areAll = addContents(items, m_db, m_database);
     if (version && status == SQLITE_DONE && areAll) {
         m_fetchCache->insert(*version, fetch, items);
     }
     if (status != SQLITE_INTERRUPT) {
         return {withoutDue(items)};
     }
-    m_backgroundSearch->start(*fetch.pattern, limit, m_contentReader,
+    m_backgroundSearch->start(*fetch.pattern, limit,
                               [this, fetch, version, found = std::move(found),
                                searchQuery](const BackgroundSearch::Result& result) {
                                   if (result && version) {

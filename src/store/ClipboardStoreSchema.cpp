@@ -7,7 +7,6 @@
 
 #include "BackgroundSearch.h"
 #include "Clearing.h"
-#include "ContentReader.h"
 #include "FetchCache.h"
 #include "LikeFunction.h"
 #include "Retention.h"
@@ -80,7 +79,6 @@ void ClipboardStore::openDatabase() {
     m_database = QFile::encodeName(database);
     const int status = sqlite3_open(m_database.constData(), &m_db);
     // A connection that could not be opened is one all the same: what is asked of it fails, and says so.
-    m_contentReader = std::make_shared<const ContentReader>(m_db);
     m_fetchCache = std::make_unique<FetchCache>(m_db);
     m_retention = std::make_unique<Retention>(m_db, m_preferences);
     if (status != SQLITE_OK) {

@@ -5,6 +5,7 @@
 
 #include "ContentBlob.h"
 #include "SqliteStatement.h"
+#include "WorkerConnection.h"
 
 namespace corvatto {
 namespace {
@@ -14,9 +15,11 @@ constexpr qsizetype longestComplete = 64 * 1024; // bytes of UTF-8; what is long
 // Three bytes of UTF-8 give at least one UTF-16 unit; five more make up for a last character that is cut off.
 constexpr qsizetype prefixBytes = ItemContent::minimumPrefix * 3 + 5;
 
+constexpr char contentSql[] = "SELECT content FROM clipboard_items WHERE id = ?";
+
 // What is no text in the database, or not in UTF-8, is converted by SQLite. Absent when it cannot be read.
 std::optional<ItemContent> convertedContent(sqlite3* db, qint64 id) {
-    SqliteStatement query(db, "SELECT content FROM clipboard_items WHERE id = ?");
+    SqliteStatement query(db, contentSql);
     if (!query.isPrepared()) {
         return std::nullopt;
     }
@@ -29,28 +32,29 @@ bool isEncodedInUtf8(sqlite3* db) {
     return query.isPrepared() && query.step() == SQLITE_ROW && query.columnUtf8(0) == "UTF-8";
 }
 
-} // namespace
-
-bool ContentReader::addContents(QList<ClipboardItem>& items, sqlite3* db,
-                                const std::shared_ptr<const ContentReader>& reader) {
-    const bool isUtf8 = items.isEmpty() || isEncodedInUtf8(db);
-    ContentBlob blob(db);
-    QList<ClipboardItem> complete;
-    for (ClipboardItem& item : items) {
-        const auto content =
-            isUtf8 && blob.open(item.id) ? contentOf(item, blob, reader) : convertedContent(db, item.id);
-        if (content) {
-            item.content = *content;
-            complete.append(std::move(item));
+// Over a connection of its own, because it may be called on any thread.
+std::optional<QString> loadContent(const QByteArray& database, qint64 id) {
+    sqlite3* db = nullptr;
+    std::optional<QString> content;
+    int status = sqlite3_open_v2(database.constData(), &db, SQLITE_OPEN_READONLY, nullptr);
+    letGoQuietly(db);
+    if (status == SQLITE_OK) {
+        SqliteStatement query(db, contentSql);
+        query.bindInt64(1, id);
+        status = query.step();
+        if (status == SQLITE_ROW) {
+            content = query.columnText(0);
         }
     }
-    const bool areAll = complete.size() == items.size();
-    items = std::move(complete);
-    return areAll;
+    if (!content && status != SQLITE_DONE) {
+        printLine(QStringLiteral("[ClipboardStore] ERROR: Query failed: ") + lastSqliteError(db));
+    }
+    sqlite3_close(db);
+    return content;
 }
 
-std::optional<ItemContent> ContentReader::contentOf(const ClipboardItem& item, const ContentBlob& blob,
-                                                    const std::shared_ptr<const ContentReader>& reader) {
+std::optional<ItemContent> contentOf(const ClipboardItem& item, const ContentBlob& blob,
+                                     const QByteArray& database) {
     const bool isLong = blob.size() > longestComplete && item.contentType == QLatin1String("text");
     const QByteArray utf8 = blob.beginning(isLong ? prefixBytes : blob.size());
     if (utf8.isNull()) {
@@ -60,26 +64,26 @@ std::optional<ItemContent> ContentReader::contentOf(const ClipboardItem& item, c
         return textOf(utf8);
     }
     return ItemContent(textOf(utf8Prefix(utf8, prefixBytes - 1)),
-                       [weakReader = std::weak_ptr(reader), id = item.id]() -> std::optional<QString> {
-                           const auto strongReader = weakReader.lock();
-                           return strongReader ? strongReader->read(id) : std::nullopt;
-                       });
+                       [database, id = item.id] { return loadContent(database, id); });
 }
 
-std::optional<QString> ContentReader::read(qint64 id) const {
-    SqliteStatement query(m_db, "SELECT content FROM clipboard_items WHERE id = ?");
-    int status = SQLITE_ERROR;
-    if (query.isPrepared()) {
-        query.bindInt64(1, id);
-        status = query.step();
+} // namespace
+
+bool addContents(QList<ClipboardItem>& items, sqlite3* db, const QByteArray& database) {
+    const bool isUtf8 = items.isEmpty() || isEncodedInUtf8(db);
+    ContentBlob blob(db);
+    QList<ClipboardItem> complete;
+    for (ClipboardItem& item : items) {
+        const auto content =
+            isUtf8 && blob.open(item.id) ? contentOf(item, blob, database) : convertedContent(db, item.id);
+        if (content) {
+            item.content = *content;
+            complete.append(std::move(item));
+        }
     }
-    if (status == SQLITE_ROW) {
-        return query.columnText(0);
-    }
-    if (status != SQLITE_DONE) {
-        printLine(QStringLiteral("[ClipboardStore] ERROR: Query failed: ") + lastSqliteError(m_db));
-    }
-    return std::nullopt;
+    const bool areAll = complete.size() == items.size();
+    items = std::move(complete);
+    return areAll;
 }
 
 } // namespace corvatto

@@ -10,7 +10,7 @@
 
 namespace corvatto {
 
-// A value; copying it is cheap. Main thread.
+// A value; copying it is cheap. Any thread.
 class ItemContent {
 public:
     // Gives the complete content; absent when it is no longer in the history, or cannot be read.

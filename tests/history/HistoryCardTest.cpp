@@ -3,6 +3,7 @@
 #include "Pixels.h"
 #include "history/CardImages.h"
 #include "history/CharacterCounts.h"
+#include "support/Eventually.h"
 #include "support/FakeRelativeTimes.h"
 #include "support/Printing.h"
 #include "ui/Appearance.h"
@@ -10,6 +11,7 @@
 #include <QFile>
 #include <QFontMetricsF>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -87,6 +89,24 @@ TEST_F(Card, FiguresCountWhatUsersSee) {
     EXPECT_EQ(size("file", QStringLiteral("/a\n\n/b\n")), u"2 个文件");
     EXPECT_EQ(size("text", QStringLiteral("👨‍👩‍👧").repeated(12345)), u"12345 个字");
     EXPECT_EQ(size("text", QString(600, u'x')), u"12345 个字") << "a long text of an id is counted once";
+    const QString text(20'000, u'x');
+    const QThread* loadedOn = nullptr;
+    item.id = 7;
+    item.content = ItemContent(text.left(ItemContent::minimumPrefix), [&] {
+        loadedOn = QThread::currentThread();
+        return std::optional(text);
+    });
+    const auto sizeOfItem = [this] {
+        return HistoryCardView(item, false, 0).sizeText(counts);
+    };
+    int counted = 0;
+    QObject::connect(&counts, &CharacterCounts::counted, &counts, [&counted] { ++counted; });
+    EXPECT_EQ(sizeOfItem(), u"… 个字");
+    EXPECT_EQ(sizeOfItem(), u"… 个字");
+    EXPECT_TRUE(test::eventually([&] { return counted > 0; }));
+    EXPECT_EQ(sizeOfItem(), u"20000 个字");
+    EXPECT_EQ(counted, 1);
+    EXPECT_NE(loadedOn, QThread::currentThread());
     EXPECT_EQ(HistoryCardView(item, false, 8).shortcutText(), u"⌘ + 9 直接复制");
     EXPECT_EQ(HistoryCardView(item, false, 9).shortcutText(), QString());
 }
