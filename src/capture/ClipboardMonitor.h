@@ -66,9 +66,8 @@ private:
     void recordText(const std::optional<QByteArray>& text, const QString& sourceApp);
     std::function<void()> announcement();
 
-    QTimer m_timer; // active while a change waits for its tick
-    QElapsedTimer
-        m_ticks; // since the moment that ticks are counted from; valid exactly while the monitor runs
+    QTimer m_timer;        // active while a change waits for its tick
+    QElapsedTimer m_ticks; // since the moment that ticks are counted from; valid exactly while it runs
     std::chrono::milliseconds m_interval{};
     OrderedWork m_recordings;
     qint64 m_lastChangeCount = 0;
