@@ -1,8 +1,8 @@
 // What a tick of the clipboard monitor costs on the main thread.
 #include "Screenshot.h"
+#include "Stall.h"
 #include "Suites.h"
 
-#include "base/PngEncoding.h"
 #include "capture/ClipboardMonitor.h"
 #include "support/FakePasteboard.h"
 #include "support/FakeUserDefaults.h"
@@ -39,6 +39,36 @@ struct Monitor {
     }
 };
 
+using Content = test::FakePasteboard::Content;
+
+// As the pasteboard has it once it counts as a change: decoded and encoded.
+Content copyOf(QImage pixels) {
+    Image image(std::move(pixels));
+    image.pngData();
+    return {{}, image, {}, {}, {}};
+}
+
+// From the tick that finds a copy until its entry is in the list.
+void addStall(const char* name, Content (*copy)(int)) {
+    benchmark::RegisterBenchmark(
+        name,
+        [copy](benchmark::State& state) {
+            Monitor monitor;
+            int copies = 0;
+            for (auto _ : state) {
+                monitor.pasteboard.copy(copy(++copies));
+                Stall stall;
+                stall.time([&] { monitor.tick(); });
+                stall.timeUntil([&] { return monitor.captures == copies; });
+                stall.time([&] { benchmark::DoNotOptimize(monitor.store.fetchRecent(std::nullopt, 100)); });
+                state.SetIterationTime(stall.seconds());
+            }
+        })
+        ->Iterations(1)
+        ->Repetitions(5)
+        ->UseManualTime();
+}
+
 } // namespace
 
 void addCaptureFigures() {
@@ -59,19 +89,11 @@ void addCaptureFigures() {
             state.SkipWithError("not everything was recorded");
         }
     });
-    benchmark::RegisterBenchmark("capture of 3840x2160 PNG", [](benchmark::State& state) {
-        Monitor monitor;
-        int copies = 0;
-        for (auto _ : state) {
-            state.PauseTiming();
-            monitor.pasteboard.copy({{}, {}, {}, encodePng(screenshot(++copies)), {}});
-            state.ResumeTiming();
-            monitor.tick();
-        }
-        if (monitor.captures != copies) {
-            state.SkipWithError("not everything was recorded");
-        }
-    })->Iterations(8);
+    addStall("3840x2160 like a photograph: stall", [](int number) { return copyOf(photograph(number)); });
+    addStall("3840x2160 of desktop text: stall", [](int number) { return copyOf(screenshot(number)); });
+    addStall("54 MB of text: stall", [](int number) {
+        return Content{{}, {}, {}, {}, QString::number(number).leftJustified(54'000'000, u'x')};
+    });
 }
 
 } // namespace corvatto::bench

@@ -1,5 +1,6 @@
 // The statements that a user waits for, on histories of growing size.
 #include "DataSets.h"
+#include "Stall.h"
 #include "Suites.h"
 
 #include "settings/SettingsKeys.h"
@@ -66,22 +67,6 @@ struct OwnHistory {
     }
 };
 
-// The longest time for which the event loop is held up.
-class Stall {
-public:
-    template <typename Work>
-    void time(const Work& work) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        m_longest = std::max(m_longest, timer.nsecsElapsed());
-    }
-    double seconds() const { return static_cast<double>(m_longest) / 1e9; }
-
-private:
-    qint64 m_longest = 0; // ns
-};
-
 // So that it is read from the disk again.
 void dropFromCache(const QString& path) {
     QFile file(path);
@@ -110,10 +95,7 @@ void searchBesideTheLoop(benchmark::State& state, bool isCold, bool countsStall)
             isDone = store.search(QStringLiteral("zyzzyva"), limit, [&](const auto&) { isDone = true; })
                          .isComplete;
         });
-        while (!isDone) {
-            stall.time([] { QCoreApplication::processEvents(); });
-            usleep(200); // the processor is the worker's
-        }
+        stall.timeUntil([&] { return isDone; });
         state.SetIterationTime(countsStall ? stall.seconds()
                                            : static_cast<double>(timer.nsecsElapsed()) / 1e9);
     }
@@ -146,10 +128,7 @@ void clear(benchmark::State& state) {
         stall.time([&] { store.deleteAll(); });
         bool isOver = false;
         store.insertOrUpdate(QStringLiteral("new"), {}, [&] { isOver = true; });
-        while (!isOver) {
-            stall.time([] { QCoreApplication::processEvents(); });
-            usleep(200); // the processor is the worker's
-        }
+        stall.timeUntil([&] { return isOver; });
         state.SetIterationTime(stall.seconds());
     }
     if (QFile(history.home.filePath(QStringLiteral("Corvatto/corvatto.sqlite3"))).size() > 200'000) {
