@@ -21,7 +21,7 @@ constexpr std::array<std::pair<std::string_view, Action>, 8> actions{{
 }};
 
 std::string quoted(std::string_view argument) {
-    return "'" + std::string(argument) + "'";
+    return std::string("'").append(argument).append("'");
 }
 
 } // namespace
