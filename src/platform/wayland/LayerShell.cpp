@@ -44,6 +44,7 @@ struct LayerShell::Listeners {
             self.m_layersVersion = std::min(version, highestLayersVersion);
         }
         bind(xdg_wm_base_interface, self.m_popups, 1);
+        bind(wl_subcompositor_interface, self.m_attachments, 1);
         bind(zwp_keyboard_shortcuts_inhibit_manager_v1_interface, self.m_inhibitors, 1);
     }
     static void globalRemoved(void* /*data*/, wl_registry* /*registry*/, uint32_t /*name*/) {}
@@ -60,7 +61,9 @@ std::unique_ptr<LayerShell> LayerShell::bind() {
     }
     std::unique_ptr<LayerShell> shell(new LayerShell(display));
     shell->bindGlobals();
-    return shell->m_layers != nullptr && shell->m_popups != nullptr ? std::move(shell) : nullptr;
+    const bool isComplete =
+        shell->m_layers != nullptr && shell->m_popups != nullptr && shell->m_attachments != nullptr;
+    return isComplete ? std::move(shell) : nullptr;
 }
 
 LayerShell::LayerShell(wl_display* display) : m_display(display) {}
@@ -73,6 +76,9 @@ LayerShell::~LayerShell() {
     }
     if (m_popups != nullptr) {
         xdg_wm_base_destroy(m_popups);
+    }
+    if (m_attachments != nullptr) {
+        wl_subcompositor_destroy(m_attachments);
     }
     if (m_inhibitors != nullptr) {
         zwp_keyboard_shortcuts_inhibit_manager_v1_destroy(m_inhibitors);
@@ -90,8 +96,8 @@ void LayerShell::bindGlobals() {
     wl_display_roundtrip_queue(m_display, queue);
     wl_registry_destroy(registry);
     // From now on their events, and those of the objects that they make, come with Qt's.
-    for (void* object :
-         {static_cast<void*>(m_layers), static_cast<void*>(m_popups), static_cast<void*>(m_inhibitors)}) {
+    for (void* object : {static_cast<void*>(m_layers), static_cast<void*>(m_popups),
+                         static_cast<void*>(m_attachments), static_cast<void*>(m_inhibitors)}) {
         if (object != nullptr) {
             wl_proxy_set_queue(proxy(object), nullptr);
         }

@@ -11,6 +11,7 @@ struct wl_display;
 struct wl_event_queue;
 struct wl_registry;
 struct wl_seat;
+struct wl_subcompositor;
 struct wl_surface;
 struct xdg_wm_base;
 struct zwlr_layer_shell_v1;
@@ -31,6 +32,7 @@ public:
     zwlr_layer_shell_v1* layers() const { return m_layers; }
     quint32 layersVersion() const { return m_layersVersion; }
     xdg_wm_base* popups() const { return m_popups; }
+    wl_subcompositor* attachments() const { return m_attachments; }
     zwp_keyboard_shortcuts_inhibit_manager_v1* inhibitors() const { return m_inhibitors; } // null without
 
     // The surface of a window, which Qt makes anew whenever it shows the window; null while it is hidden.
@@ -54,6 +56,7 @@ private:
     zwlr_layer_shell_v1* m_layers = nullptr;
     quint32 m_layersVersion = 0;
     xdg_wm_base* m_popups = nullptr;
+    wl_subcompositor* m_attachments = nullptr;
     zwp_keyboard_shortcuts_inhibit_manager_v1* m_inhibitors = nullptr;
 };
 

@@ -3,6 +3,7 @@
 #include "base/ScopedEnvironment.h"
 #include "keyboard-shortcuts-inhibit-unstable-v1-client-protocol.h"
 #include "platform/wayland/AlertSurface.h"
+#include "platform/wayland/AttachedSurface.h"
 #include "platform/wayland/PanelSurface.h"
 #include "platform/wayland/PopupSurface.h"
 
@@ -157,8 +158,7 @@ bool LayerShellPresenter::eventFilter(QObject* watched, QEvent* event) {
         return false;
     case QEvent::Expose:
     case QEvent::Paint:
-        // May come after the window was hidden, and has no surface any more.
-        return window.isVisible() && window.isExposed() && isHeldBack(window);
+        return isHeldBack(window);
     default:
         return false;
     }
@@ -179,9 +179,15 @@ void LayerShellPresenter::chooseRole(QWindow& window) const {
 }
 
 bool LayerShellPresenter::isHeldBack(QWindow& window) {
+    if (!window.isVisible() || !window.isExposed()) {
+        return false; // it has no surface, or no more
+    }
     const SurfaceRole* role = roleOf(&window);
     if (role == nullptr && window.flags().testFlag(roleless)) {
         role = takeRole(window);
+        if (role == nullptr) {
+            return true; // a surface that has been painted could not take a role any more
+        }
     }
     return role != nullptr && !role->isReady();
 }
@@ -218,7 +224,14 @@ std::unique_ptr<SurfaceRole> LayerShellPresenter::newRole(QWindow& window) const
         return std::make_unique<AlertSurface>(*m_shell, window);
     }
     SurfaceRole* parent = roleBelow(window);
-    return parent != nullptr ? std::make_unique<PopupSurface>(*m_shell, window, *parent) : nullptr;
+    if (parent == nullptr) {
+        return nullptr;
+    }
+    // What is no widget may paint at any time, and not only when Qt says so.
+    if (!window.inherits("QWidgetWindow")) {
+        return std::make_unique<AttachedSurface>(*m_shell, window, *parent);
+    }
+    return std::make_unique<PopupSurface>(*m_shell, window, *parent);
 }
 
 void LayerShellPresenter::dropRole(QWindow& window) {
@@ -283,9 +296,8 @@ SurfaceRole* LayerShellPresenter::roleBelow(const QWindow& popup) const {
 
 QWindow* LayerShellPresenter::popupOver(const QWindow& window) const {
     for (const auto& role : m_roles) {
-        const auto* popup = qobject_cast<const PopupSurface*>(role.get());
-        if (popup != nullptr && &popup->parent().window() == &window) {
-            return &popup->window();
+        if (role->parentRole() != nullptr && &role->parentRole()->window() == &window) {
+            return &role->window();
         }
     }
     return nullptr;

@@ -27,8 +27,6 @@ public:
     // Whether the surface has the keyboard for itself as long as it is shown.
     void setTakesKeyboard(bool takes);
 
-    using SurfaceRole::commit;
-
 protected:
     LayerSurface(const LayerShell& shell, QWindow& window, Layer layer);
 

@@ -1,4 +1,4 @@
-// The surface of a menu, a tool tip or an input method's list that opens over a window with a role of our
+// The surface of a menu or a tool tip that opens over a window with a role of our
 // own. Qt does not know that role, and would show a window of its own.
 #pragma once
 
@@ -19,7 +19,7 @@ public:
     PopupSurface(const LayerShell& shell, QWindow& window, SurfaceRole& parent);
     ~PopupSurface() override;
 
-    const SurfaceRole& parent() const { return m_parent; }
+    const SurfaceRole* parentRole() const override { return &m_parent; }
 
 private:
     struct Listeners;

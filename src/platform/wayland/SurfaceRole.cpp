@@ -9,8 +9,9 @@
 
 namespace corvatto {
 
-SurfaceRole::SurfaceRole(const LayerShell& shell, QWindow& window)
-    : m_shell(shell), m_window(window), m_surface(LayerShell::surfaceOf(window)) {}
+SurfaceRole::SurfaceRole(const LayerShell& shell, QWindow& window, IsReady isReady)
+    : m_shell(shell), m_window(window), m_surface(LayerShell::surfaceOf(window)),
+      m_isReady(isReady == IsReady::atOnce) {}
 
 void SurfaceRole::commit() {
     wl_surface_commit(m_surface);

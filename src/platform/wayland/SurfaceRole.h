@@ -24,18 +24,23 @@ public:
     wl_surface* surface() const { return m_surface; }
     bool isReady() const { return m_isReady; }
 
+    // That of the window that this one has opened over; null when it stands for itself.
+    virtual const SurfaceRole* parentRole() const { return nullptr; }
+
+    // What has been requested for the surface, by Qt as well, takes effect.
+    void commit();
+
 Q_SIGNALS:
     // The compositor shows the surface no longer.
     void closed();
 
 protected:
+    enum class IsReady { later, atOnce };
+
     // The window has its surface, and is not painted yet.
-    SurfaceRole(const LayerShell& shell, QWindow& window);
+    SurfaceRole(const LayerShell& shell, QWindow& window, IsReady isReady = IsReady::later);
 
     const LayerShell& shell() const { return m_shell; }
-
-    // What Qt has requested for the surface meanwhile takes effect, too.
-    void commit();
 
     // From now on the window is painted.
     void setReady();
@@ -47,7 +52,7 @@ private:
     const LayerShell& m_shell;
     QWindow& m_window;
     wl_surface* m_surface;
-    bool m_isReady = false;
+    bool m_isReady;
 };
 
 } // namespace corvatto
