@@ -35,11 +35,11 @@ set(CPACK_DEBIAN_PACKAGE_HOMEPAGE ${PROJECT_HOMEPAGE_URL})
 # The program's libraries are found by looking at it; plug-ins that it loads are not.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS qt6-image-formats-plugins)
-# Any font with Chinese characters, one with emoji, certificates to check for updates, and a way to open the download
-# page.
+# Any font with Chinese characters, one with emoji, Qt's way to Wayland compositors, certificates to check for updates,
+# and a way to open the download page.
 string(JOIN ", " CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "fonts-noto-cjk | fonts-wqy-microhei | fonts-wqy-zenhei | fonts-droid-fallback"
-    fonts-noto-color-emoji ca-certificates xdg-utils)
+    fonts-noto-color-emoji qt6-wayland ca-certificates xdg-utils)
 
 # With a DESTDIR, because the autostart entry goes outside the prefix.
 set(CPACK_SET_DESTDIR ON)
