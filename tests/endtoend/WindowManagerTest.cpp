@@ -142,6 +142,7 @@ TEST_F(WindowManagerTest, PreferencesComeToTheDesktopAndTheMiddle) {
     launch();
     desktop.key("ctrl+comma");
     EXPECT_TRUE(preferencesSoonCentred());
+    EXPECT_TRUE(x.states(x.activeWindow()).contains("_NET_WM_STATE_SKIP_TASKBAR"));
     x.switchDesktop(1);
     x.click(x.geometry(panel()).topLeft() + QPoint(600, 60));
     ASSERT_TRUE(soon([this] { return panelHasKeyboard(); }));
