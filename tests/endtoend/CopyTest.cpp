@@ -86,7 +86,10 @@ TEST_P(CopyTest, WhatIsCopiedLastIsRecordedBeforeTheNextLook) {
     hidePanel();
     const auto copyUnseen = [this](const QByteArray& text) {
         copyText(text);
-        return soon([this] { return owner->hasPrinted("sent " + textTarget); });
+        const bool isSent = soon([this] { return owner->hasPrinted("sent " + textTarget); });
+        // Time to take it in, in which only a tick could record it.
+        soon([&] { return database.find(text).has_value(); }, std::chrono::milliseconds(300));
+        return isSent;
     };
     ASSERT_TRUE(copyUnseen("before the shortcut"));
     showPanel();
