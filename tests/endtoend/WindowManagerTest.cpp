@@ -1,19 +1,9 @@
 // Where the program's windows stand, and who has the keyboard, whatever the window manager does.
 #include "EndToEndTest.h"
 
-#include <array>
-#include <cstring>
-
 namespace corvatto::test {
 
 namespace {
-
-void setProperty(XConnection& connection, xcb_window_t window, const char* name, xcb_atom_t type,
-                 const std::vector<quint32>& values) {
-    xcb_change_property(connection.raw(), XCB_PROP_MODE_REPLACE, window, connection.atom(name), type, 32,
-                        static_cast<quint32>(values.size()), values.data());
-    connection.sync();
-}
 
 // Puts every new window in the middle of the screen, moves it where it is asked to afterwards, and gives the
 // keyboard to none.
@@ -26,10 +16,9 @@ public:
         xcb_create_window(raw(), XCB_COPY_FROM_PARENT, check, root(), -9, -9, 1, 1, 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
         for (const auto window : {root(), check}) {
-            setProperty(*this, window, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW, {check});
+            put(window, atom("_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW, QList{check});
         }
-        xcb_change_property(raw(), XCB_PROP_MODE_REPLACE, check, atom("_NET_WM_NAME"), atom("UTF8_STRING"), 8,
-                            static_cast<quint32>(name.size()), name.constData());
+        put(check, atom("_NET_WM_NAME"), atom("UTF8_STRING"), name);
         xcb_delete_property(raw(), root(), atom("_NET_SUPPORTED"));
         sync();
     }
@@ -73,9 +62,8 @@ protected:
         const XConnection client(desktop.display());
         return soon([this, &client] {
             const auto window = x.activeWindow();
-            const QByteArray extents = client.property(window, "_NET_FRAME_EXTENTS");
-            std::array<quint32, 4> frame{}; // left, right, top and bottom
-            std::memcpy(frame.data(), extents.constData(), std::min(sizeof frame, size_t(extents.size())));
+            auto frame = valuesIn(client.property(window, "_NET_FRAME_EXTENTS"));
+            frame.resize(4); // left, right, top and bottom
             const QPoint shift(int(frame[1]) - int(frame[0]), int(frame[3]) - int(frame[2]));
             const QPoint centre = x.geometry(window).center() + shift / 2;
             return isInFront("Corvatto Preferences") && frame[2] > 0 &&
@@ -125,8 +113,9 @@ TEST_F(WindowManagerTest, ABarTakesSpaceOfItsMonitorOnly) {
     EXPECT_TRUE(soonAt({640, 660, 640, 440}));
     const auto bar = x.createWindow({640, 1040, 640, 60}, "Bar");
     XConnection client(desktop.display());
-    const auto keepFree = [&](const std::vector<quint32>& strut) {
-        setProperty(client, bar, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL, strut);
+    const auto keepFree = [&](const QList<quint32>& strut) {
+        client.put(bar, client.atom("_NET_WM_STRUT_PARTIAL"), XCB_ATOM_CARDINAL, strut);
+        client.sync();
     };
     keepFree({0, 0, 0, 60, 0, 0, 0, 0, 0, 0, 640, 1279});
     EXPECT_TRUE(soonAt({640, 603, 640, 437}));

@@ -2,24 +2,9 @@
 
 #include "Process.h"
 
-#include <QColor>
-
-#include <cstring>
 #include <stdexcept>
 
 namespace corvatto::test {
-
-namespace {
-
-QList<quint32> values(const QByteArray& bytes) {
-    QList<quint32> result(bytes.size() / qsizetype{sizeof(quint32)});
-    if (!result.isEmpty()) {
-        std::memcpy(result.data(), bytes.constData(), static_cast<size_t>(result.size()) * sizeof(quint32));
-    }
-    return result;
-}
-
-} // namespace
 
 void XClient::xdotool(const QByteArrayList& arguments) {
     auto environment = QProcessEnvironment::systemEnvironment();
@@ -64,19 +49,19 @@ QRect XClient::geometry(Window window) {
 }
 
 quint32 XClient::cardinal(Window window, const char* name) {
-    return values(property(window, name)).value(0);
+    return valuesIn(property(window, name)).value(0);
 }
 
 QList<QByteArray> XClient::states(Window window) {
     QList<QByteArray> names;
-    for (const auto state : values(property(window, "_NET_WM_STATE"))) {
+    for (const auto state : valuesIn(property(window, "_NET_WM_STATE"))) {
         names.append(name(state));
     }
     return names;
 }
 
 XClient::Window XClient::topWindow() {
-    const auto stacking = values(property(root(), "_NET_CLIENT_LIST_STACKING"));
+    const auto stacking = valuesIn(property(root(), "_NET_CLIENT_LIST_STACKING"));
     return stacking.isEmpty() ? XCB_NONE : stacking.last();
 }
 
@@ -89,15 +74,10 @@ XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowCl
                       static_cast<quint16>(geometry.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                       XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &magenta);
     const QByteArray both = windowClass.toLower() + '\0' + windowClass + '\0';
-    xcb_change_property(raw(), XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-                        static_cast<quint32>(both.size()), both.constData());
-    xcb_change_property(raw(), XCB_PROP_MODE_REPLACE, window, atom("_GTK_APPLICATION_ID"),
-                        atom("UTF8_STRING"), 8, static_cast<quint32>(desktopEntry.size()),
-                        desktopEntry.constData());
+    put(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, both);
+    put(window, atom("_GTK_APPLICATION_ID"), atom("UTF8_STRING"), desktopEntry);
     if (isFullScreen) {
-        const xcb_atom_t state = atom("_NET_WM_STATE_FULLSCREEN");
-        xcb_change_property(raw(), XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 1,
-                            &state);
+        put(window, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, QList{atom("_NET_WM_STATE_FULLSCREEN")});
     }
     xcb_map_window(raw(), window);
     sync();

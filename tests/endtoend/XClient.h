@@ -5,7 +5,6 @@
 #include "XConnection.h"
 
 #include <QImage>
-#include <QList>
 #include <QPoint>
 #include <QRect>
 

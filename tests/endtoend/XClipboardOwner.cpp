@@ -19,7 +19,7 @@ public:
         for (const QByteArray& target : targets()) {
             m_targets.append(x.atom(target));
         }
-        watch(m_window);
+        x.watchProperties(m_window);
         QObject::connect(&m_notifier, &QSocketNotifier::activated, [this] { drain(); });
         askForTimestamp();
         drain();
@@ -91,43 +91,24 @@ private:
         }
     }
 
-    void watch(xcb_window_t window) {
-        const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_change_window_attributes(x.raw(), window, XCB_CW_EVENT_MASK, &events);
-    }
-
-    template <typename Value>
-    void set(const xcb_selection_request_event_t& request, xcb_atom_t type, const Value* values,
-             qsizetype count) {
-        xcb_change_property(x.raw(), XCB_PROP_MODE_REPLACE, request.requestor, request.property, type,
-                            8 * sizeof(Value), static_cast<quint32>(count), values);
-    }
-
     void serve(const xcb_selection_request_event_t& request) {
-        xcb_selection_notify_event_t answer{};
-        answer.response_type = XCB_SELECTION_NOTIFY;
-        answer.time = request.time;
-        answer.requestor = request.requestor;
-        answer.selection = request.selection;
-        answer.target = request.target;
-        answer.property = request.property;
         const QByteArray target = x.name(request.target);
         const auto found = content().constFind(target);
         if (target == "TARGETS") {
-            const auto all = m_targets + QList{request.target};
-            set(request, XCB_ATOM_ATOM, all.constData(), all.size());
+            x.put(request.requestor, request.property, XCB_ATOM_ATOM, m_targets + QList{request.target});
         } else if (found == content().constEnd()) {
-            answer.property = XCB_NONE;
+            x.answer(request, XCB_ATOM_NONE);
+            return;
         } else if (found->size() > chunkSize()) {
-            watch(request.requestor);
+            x.watchProperties(request.requestor);
             const auto size = static_cast<quint32>(option("announce", found->size()));
-            set(request, x.atom("INCR"), &size, 1);
+            x.put(request.requestor, request.property, x.atom("INCR"), QList{size});
             m_transfers.push_back({{target}, request.requestor, request.property});
         } else {
-            set(request, request.target, found->constData(), found->size());
+            x.put(request.requestor, request.property, request.target, *found);
             say("sent " + target);
         }
-        xcb_send_event(x.raw(), 0, request.requestor, 0, reinterpret_cast<const char*>(&answer));
+        x.answer(request, request.property);
     }
 
     // The requestor has taken the last chunk, or the announcement.
@@ -137,8 +118,7 @@ private:
                 return each.requestor == requestor && each.property == property;
             });
         const auto send = [&](const QByteArray& chunk) {
-            xcb_change_property(x.raw(), XCB_PROP_MODE_REPLACE, requestor, property, x.atom(transfer->target),
-                                8, static_cast<quint32>(chunk.size()), chunk.constData());
+            x.put(requestor, property, x.atom(transfer->target), chunk);
         };
         if (transfer != m_transfers.end() && !isStopped(*transfer) && !sendNextOf(*transfer, send)) {
             m_transfers.erase(transfer);

@@ -32,6 +32,25 @@ QByteArray XConnection::property(xcb_window_t window, const char* name, bool isT
                : QByteArray();
 }
 
+void XConnection::watchProperties(xcb_window_t window) const {
+    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(raw(), window, XCB_CW_EVENT_MASK, &events);
+}
+
+xcb_generic_event_t XConnection::notification(const xcb_selection_request_event_t& request,
+                                              xcb_atom_t property) {
+    xcb_generic_event_t event{};
+    reinterpret_cast<xcb_selection_notify_event_t&>(event) = {
+        XCB_SELECTION_NOTIFY, 0,       0, request.time, request.requestor, request.selection,
+        request.target,       property};
+    return event;
+}
+
+void XConnection::answer(const xcb_selection_request_event_t& request, xcb_atom_t property) const {
+    const auto event = notification(request, property);
+    xcb_send_event(raw(), 0, request.requestor, 0, reinterpret_cast<const char*>(&event));
+}
+
 xcb_window_t XConnection::createMessageWindow() const {
     const xcb_window_t window = xcb_generate_id(raw());
     xcb_create_window(raw(), XCB_COPY_FROM_PARENT, window, root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,

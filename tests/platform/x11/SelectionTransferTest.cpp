@@ -16,8 +16,7 @@ class SelectionTransferTest : public X11Test {
 protected:
     SelectionTransferTest() {
         waitForServer();
-        const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_change_window_attributes(other->raw(), requestor, XCB_CW_EVENT_MASK, &events);
+        other->watchProperties(requestor);
         other->copy({});
     }
 

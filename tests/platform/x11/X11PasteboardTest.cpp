@@ -36,13 +36,6 @@ protected:
     X11Pasteboard pasteboard;
 };
 
-template <typename Value>
-QList<Value> valuesIn(const QByteArray& bytes) {
-    QList<Value> values(bytes.size() / qsizetype{sizeof(Value)});
-    std::memcpy(values.data(), bytes.constData(), static_cast<std::size_t>(values.size()) * sizeof(Value));
-    return values;
-}
-
 } // namespace
 
 // The end of an earlier ownership must not empty what is offered since.
@@ -155,7 +148,7 @@ TEST_F(X11PasteboardTest, TheClipboardManagerGoesFirstWhenAnOwnerExits) {
 TEST_F(X11PasteboardTest, AnswersForItsOwnTimeAndOnlyFromThenOn) {
     pasteboard.setString(QStringLiteral("text"));
     letGo();
-    const auto told = valuesIn<xcb_timestamp_t>(paste("TIMESTAMP"));
+    const auto told = valuesIn(paste("TIMESTAMP"));
     ASSERT_EQ(told.size(), 1);
     ASSERT_NE(told[0], XCB_CURRENT_TIME);
     EXPECT_TRUE(paste("UTF8_STRING", told[0] - 1).isNull());
@@ -201,7 +194,7 @@ TEST_F(X11PasteboardTest, ManyRequestsForACostlyEncodingHoldNothingUp) {
     gate.release();
     ASSERT_TRUE(other->goUntil([this] { return other->answers == 3; }));
     workers.setMaxThreadCount(usualWorkers);
-    EXPECT_EQ(valuesIn<xcb_atom_t>(other->take("LIST1")), pairs(true));
+    EXPECT_EQ(valuesIn(other->take("LIST1")), pairs(true));
     EXPECT_FALSE(other->take("JPEG").isNull());
     EXPECT_EQ(decodeImage(other->takePieces("BMP")), image);
 }

@@ -74,23 +74,6 @@ public:
         return eventually(look, deadline);
     }
 
-    static xcb_generic_event_t notification(const Request& request, xcb_atom_t property) {
-        xcb_generic_event_t event{};
-        reinterpret_cast<xcb_selection_notify_event_t&>(event) = {
-            XCB_SELECTION_NOTIFY, 0,       0, request.time, request.requestor, request.selection,
-            request.target,       property};
-        return event;
-    }
-    void answer(const Request& request, xcb_atom_t property) const {
-        const auto event = notification(request, property);
-        xcb_send_event(raw(), 0, request.requestor, 0, reinterpret_cast<const char*>(&event));
-    }
-    // The values are bytes or atoms.
-    template <typename Values>
-    void put(xcb_window_t to, xcb_atom_t property, xcb_atom_t type, const Values& values) const {
-        xcb_change_property(raw(), XCB_PROP_MODE_REPLACE, to, property, type, 8 * sizeof(*values.constData()),
-                            static_cast<quint32>(values.size()), values.constData());
-    }
     QByteArray take(const char* name) const { return property(window, name, true); }
     // All of what comes in pieces, of which the first is the announcement.
     QByteArray takePieces(const char* property) const {
