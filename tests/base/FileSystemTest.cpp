@@ -1,9 +1,7 @@
 #include "base/FileSystem.h"
+#include "support/Files.h"
 #include "support/WithoutPrivileges.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -39,10 +37,6 @@ protected:
     QTemporaryDir home;
 
     QString path(const char* name) const { return home.path() + u'/' + QString::fromUtf8(name); }
-    static QByteArray contentOf(const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
-    }
 };
 
 TEST_F(Files, WritesAreOnDiskWithTheirNamesOrNotThereAtAll) {
@@ -60,7 +54,7 @@ TEST_F(Files, WritesAreOnDiskWithTheirNamesOrNotThereAtAll) {
     failingSync = path("报告 1/images/");
     EXPECT_EQ(writeFileAtomically(file, "newer").value_or(FileError()).code, EIO);
     failingSync = QStringLiteral("(none)");
-    EXPECT_EQ(contentOf(file), bytes);
+    EXPECT_EQ(test::contentOf(file), bytes);
     EXPECT_EQ(QDir(path("报告 1/images")).entryList(QDir::Files).size(), 1) << "left-overs";
 
     const auto error = createDirectories(file + QStringLiteral("/below"));
@@ -78,7 +72,7 @@ TEST_F(Files, ARefusedWriteKeepsTheOldContent) {
     const auto written = writeFileAtomically(file, "new");
     QFile::setPermissions(home.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     EXPECT_EQ(written.value_or(FileError()).code, EACCES);
-    EXPECT_EQ(contentOf(file), "old");
+    EXPECT_EQ(test::contentOf(file), "old");
 }
 
 TEST_F(Files, RemovalStopsAtSymbolicLinks) {

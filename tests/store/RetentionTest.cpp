@@ -1,9 +1,7 @@
 #include "StoreTest.h"
 
 #include "support/Eventually.h"
-
-#include <QDir>
-#include <QFileInfo>
+#include "support/Files.h"
 
 #include <filesystem>
 
@@ -176,11 +174,7 @@ TEST_F(Retention, GoesOnAfterAFileThatCannotBeRemovedAndClearingTakesAllButTheId
     EXPECT_FALSE(QFileInfo::exists(store->imagesDir()) || QFileInfo::exists(store->thumbnailsDir()));
     record(u"s3cret"_qs.repeated(100'000));
     EXPECT_EQ(sql("SELECT id FROM clipboard_items"), texts({"5"}));
-    const auto mark = [this](const char* lastId) {
-        QFile file(path("Corvatto/clearing"));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(lastId) > 0);
-    };
-    mark("5"); // and killed before the rest
+    test::writeFile(path("Corvatto/clearing"), "5"); // and killed before the rest
     open();
     record(u"new"_qs); // waits for it
     EXPECT_EQ(contents(), texts({"new"}));
@@ -188,7 +182,7 @@ TEST_F(Retention, GoesOnAfterAFileThatCannotBeRemovedAndClearingTakesAllButTheId
     expectNothingLeft();
     EXPECT_FALSE(QFileInfo::exists(path("Corvatto/clearing")));
     record(u"later"_qs);
-    mark("6"); // could not be removed
+    test::writeFile(path("Corvatto/clearing"), "6"); // could not be removed
     open();
     EXPECT_EQ(contents(), texts({"later"}));
 }

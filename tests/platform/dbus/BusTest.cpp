@@ -1,5 +1,7 @@
 #include "BusTest.h"
 
+#include "support/Files.h"
+
 namespace corvatto::test {
 namespace {
 
@@ -49,14 +51,11 @@ bool FakeService::handleMessage(const QDBusMessage& message, const QDBusConnecti
 }
 
 BusTest::BusTest() {
-    QFile configuration(services.filePath(QStringLiteral("bus.conf")));
-    EXPECT_TRUE(configuration.open(QIODevice::WriteOnly));
-    configuration.write(QString::fromLatin1(busConfiguration).arg(services.path()).toUtf8());
-    configuration.close();
-    daemon.emplace(
-        "dbus-daemon",
-        QByteArrayList{"--nofork", "--print-address", "--config-file=" + configuration.fileName().toUtf8()},
-        QProcessEnvironment::systemEnvironment(), true);
+    const QString configuration = services.filePath(QStringLiteral("bus.conf"));
+    writeFile(configuration, QString::fromLatin1(busConfiguration).arg(services.path()).toUtf8());
+    daemon.emplace("dbus-daemon",
+                   QByteArrayList{"--nofork", "--print-address", "--config-file=" + configuration.toUtf8()},
+                   QProcessEnvironment::systemEnvironment(), true);
     EXPECT_TRUE(soon([this] { return daemon->output().endsWith('\n'); }));
     address = QString::fromUtf8(daemon->output().trimmed());
     program.emplace(address);

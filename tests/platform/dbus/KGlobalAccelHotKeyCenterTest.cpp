@@ -1,5 +1,6 @@
 #include "platform/dbus/KGlobalAccelHotKeyCenter.h"
 #include "FakePlasma.h"
+#include "support/Files.h"
 
 namespace corvatto::test {
 namespace {
@@ -79,11 +80,9 @@ TEST_F(KGlobalAccelTest, IsUnavailableWithoutKWinOrTheService) {
     registerHotKey(*center);
     EXPECT_TRUE(soonReported(hotKeysUnavailableErr));
     // The bus could start the service, which would then see no keys.
-    QFile service(services.filePath(QStringLiteral("org.kde.kglobalaccel.service")));
-    ASSERT_TRUE(service.open(QIODevice::WriteOnly));
     const QString started = services.filePath(QStringLiteral("started"));
-    service.write("[D-BUS Service]\nName=org.kde.kglobalaccel\nExec=/bin/touch " + started.toUtf8() + '\n');
-    service.close();
+    writeFile(services.filePath(QStringLiteral("org.kde.kglobalaccel.service")),
+              "[D-BUS Service]\nName=org.kde.kglobalaccel\nExec=/bin/touch " + started.toUtf8() + '\n');
     for (const char* name : {"org.kde.KWin", "org.kde.kglobalaccel"}) {
         plasma.reset();
         plasma.emplace(address, QStringList(QString::fromLatin1(name)));

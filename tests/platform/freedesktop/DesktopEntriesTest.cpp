@@ -1,10 +1,8 @@
 #include "platform/freedesktop/DesktopEntries.h"
 
+#include "support/Files.h"
 #include "support/Printing.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -20,11 +18,8 @@ protected:
     QString user = home.path() + QStringLiteral("/user");
     QString system = home.path() + QStringLiteral("/system");
 
-    void write(const QString& directory, const char* name, const char* content) const {
-        const QString path = directory + u'/' + QString::fromUtf8(name);
-        QFile file(path);
-        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly));
-        file.write(content);
+    static void write(const QString& directory, const char* name, const char* content) {
+        test::writeFile(directory + u'/' + QString::fromUtf8(name), content);
     }
     static QString nameIn(DesktopEntries& entries, const char* windowClass) {
         return entries.nameForWindowClass(QString::fromUtf8(windowClass)).value_or(QStringLiteral("(none)"));

@@ -2,11 +2,10 @@
 
 #include "support/CapturedOutput.h"
 #include "support/Eventually.h"
+#include "support/Files.h"
 #include "support/Printing.h"
 #include "support/WithoutPrivileges.h"
 
-#include <QDir>
-#include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -50,24 +49,17 @@ protected:
         defaults.emplace(path);
         QObject::connect(&*defaults, &UserDefaults::didChange, &*defaults, [this] { ++changes; });
     }
-    QByteArray onDisk() const {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-    }
-    void edit(const QByteArray& content, const QString& name) const {
-        QFile file(name);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-    }
+    QByteArray onDisk() const { return test::contentOf(path); }
 };
 
 TEST_F(IniDefaults, EditsOfTheFileAreNoticedHoweverItIsSaved) {
     open(); // there is no file yet
-    edit("[General]\nmaxItemCount=1\n", path);
+    test::writeFile(path, "[General]\nmaxItemCount=1\n");
     EXPECT_TRUE(test::eventually([this] { return changes > 0 && defaults->integer(count) == 1; }));
-    edit("maxItemCount=22\n", path); // in place, and without a heading
+    test::writeFile(path, "maxItemCount=22\n"); // in place, and without a heading
     EXPECT_TRUE(test::eventually([this] { return defaults->integer(count) == 22; }));
     for (const int replaced : {333, 4444}) { // twice, since the file that was watched has gone
-        edit("maxItemCount=" + QByteArray::number(replaced) + '\n', path + u'~');
+        test::writeFile(path + u'~', "maxItemCount=" + QByteArray::number(replaced) + '\n');
         QFile::remove(path);
         ASSERT_TRUE(QFile::rename(path + u'~', path));
         EXPECT_TRUE(test::eventually([&] { return defaults->integer(count) == replaced; }));
@@ -80,7 +72,7 @@ TEST_F(IniDefaults, OwnWritesAreAnnouncedOnceAndEditsOfTheSameMomentAreNotMissed
     EXPECT_FALSE(test::eventually([this] { return changes > 1; }, std::chrono::milliseconds(300)));
     for (int i = 2; i < 9; ++i) { // as long as before, and most likely within one tick of the clock
         defaults->setInteger(count, i);
-        edit(onDisk().replace("=" + QByteArray::number(i), "=" + QByteArray::number(i + 1)), path);
+        test::writeFile(path, onDisk().replace("=" + QByteArray::number(i), "=" + QByteArray::number(i + 1)));
         EXPECT_TRUE(test::eventually([&] { return changes == 2 * i - 1; })) << i;
         EXPECT_EQ(defaults->integer(count), i + 1);
     }
@@ -90,7 +82,7 @@ TEST_F(IniDefaults, AnEditMadeWhileTheDiskIsBusyWithOursIsKept) {
     open();
     defaults->setInteger(count, 1);
     duringSync = [this] {
-        edit("[General]\nmaxRetentionDays=7\n", path);
+        test::writeFile(path, "[General]\nmaxRetentionDays=7\n");
     };
     defaults->setInteger(count, 2);
     EXPECT_EQ(defaults->integer(days), 7);
@@ -128,8 +120,7 @@ TEST_F(IniDefaults, WhatCannotBeWrittenHoldsForTheRunAndCostsOneLine) {
 }
 
 TEST_F(IniDefaults, AFileThatIsPartlyNonsenseGivesWhatItCanAndNoFileWhatLasts) {
-    ASSERT_TRUE(QDir().mkpath(directory));
-    edit("[General]\nmaxItemCount=7\n\x01 no setting\n]]\n", path);
+    test::writeFile(path, "[General]\nmaxItemCount=7\n\x01 no setting\n]]\n");
     test::CapturedOutput output;
     open();
     EXPECT_EQ(defaults->integer(count), 7);
@@ -148,7 +139,6 @@ TEST_F(IniDefaults, AFileThatIsPartlyNonsenseGivesWhatItCanAndNoFileWhatLasts) {
 }
 
 TEST_F(IniDefaults, AWriteKeepsEveryOtherLineOfTheFile) {
-    ASSERT_TRUE(QDir().mkpath(directory));
     for (const auto& [before, after] : std::initializer_list<std::pair<QByteArray, QByteArray>>{
              {"", "[General]\nmaxItemCount=5\n"},
              {"; mine\r\n[General]\r\nmaxItemCount = 4 \r\n", "; mine\r\n[General]\r\nmaxItemCount=5\r\n"},
@@ -157,7 +147,7 @@ TEST_F(IniDefaults, AWriteKeepsEveryOtherLineOfTheFile) {
               "\n[More]\nx=\xFF\n"},
              {"maxItemCount=3\nmaxItemCount=4\n[Other]", "maxItemCount=3\nmaxItemCount=5\n[Other]"},
              {"[Other]\nmaxItemCount=1", "[Other]\nmaxItemCount=1\n[General]\nmaxItemCount=5\n"}}) {
-        edit(before, path);
+        test::writeFile(path, before);
         open();
         defaults->setInteger(count, 5);
         EXPECT_EQ(onDisk().toStdString(), after.toStdString());
@@ -192,7 +182,6 @@ TEST_F(IniDefaults, ValuesOfAnyKindReadAsNumbersOrDefaults) {
         noise += static_cast<char>(byte * byte * 31 / 7);
     }
     const test::CapturedOutput output;
-    ASSERT_TRUE(QDir().mkpath(directory));
     for (const Case& each : std::initializer_list<Case>{
              {"", 9, 9}, // what is absent is the registered 9
              {"[General]\nmaxItemCou", 9, 9},
@@ -211,7 +200,7 @@ TEST_F(IniDefaults, ValuesOfAnyKindReadAsNumbersOrDefaults) {
              {"maxItemCount=-1e300", 0, -1e300},
          }) {
         SCOPED_TRACE(each.content.left(50).toStdString());
-        edit(each.content, path);
+        test::writeFile(path, each.content);
         open();
         defaults->registerDefaults({{count, 9}});
         EXPECT_EQ(defaults->integer(count), each.integer);

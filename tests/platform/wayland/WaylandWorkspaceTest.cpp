@@ -2,20 +2,18 @@
 #include "platform/wayland/WaylandWorkspace.h"
 
 #include "FakeToplevels.h"
+#include "base/ScopedEnvironment.h"
 #include "platform/wayland/SurfaceRole.h"
 #include "support/Eventually.h"
+#include "support/Files.h"
 #include "support/Printing.h"
 
 #include <QDesktopServices>
-#include <QDir>
-#include <QFile>
 #include <QGuiApplication>
 #include <QStandardPaths>
 #include <QWindow>
 
 #include <gtest/gtest.h>
-
-#include <functional>
 
 namespace corvatto::test {
 namespace {
@@ -55,7 +53,7 @@ public Q_SLOTS:
 
 struct Protocol {
     const char* name;
-    std::function<std::unique_ptr<FakeToplevels>(WaylandServer&)> offer;
+    std::unique_ptr<FakeToplevels> (*offer)(WaylandServer&);
 };
 
 class WorkspaceWithToplevels : public Workspace, public ::testing::WithParamInterface<Protocol> {
@@ -71,28 +69,21 @@ protected:
     }
 };
 
+template <typename Toplevels, int version>
+std::unique_ptr<FakeToplevels> offer(WaylandServer& server) {
+    return std::make_unique<Toplevels>(server, version);
+}
+
 INSTANTIATE_TEST_SUITE_P(, WorkspaceWithToplevels,
-                         ::testing::Values(Protocol{"Wlr1",
-                                                    [](WaylandServer& server) {
-                                                        return std::make_unique<FakeWlrToplevels>(server, 1);
-                                                    }},
-                                           Protocol{"Wlr3",
-                                                    [](WaylandServer& server) {
-                                                        return std::make_unique<FakeWlrToplevels>(server, 3);
-                                                    }},
-                                           Protocol{"Plasma",
-                                                    [](WaylandServer& server) {
-                                                        return std::make_unique<FakePlasmaToplevels>(server,
-                                                                                                     16);
-                                                    }}),
+                         ::testing::Values(Protocol{"Wlr1", offer<FakeWlrToplevels, 1>},
+                                           Protocol{"Wlr3", offer<FakeWlrToplevels, 3>},
+                                           Protocol{"Plasma", offer<FakePlasmaToplevels, 16>}),
                          [](const auto& each) { return each.param.name; });
 
 TEST_P(WorkspaceWithToplevels, TheSourceIsTheActiveWindowOrTheLastOneUnderAWindowOfOurs) {
     const QDir entries(QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation));
-    QFile entry(entries.filePath(QStringLiteral("org.example.Writer.desktop")));
-    ASSERT_TRUE(entries.mkpath(QStringLiteral(".")) && entry.open(QIODevice::WriteOnly));
-    entry.write("[Desktop Entry]\nName=Writer\n");
-    entry.close();
+    writeFile(entries.filePath(QStringLiteral("org.example.Writer.desktop")),
+              "[Desktop Entry]\nName=Writer\n");
 
     toplevels->open(1, "org.example.Writer");
     toplevels->open(2, "unknown");
@@ -162,12 +153,11 @@ TEST_F(Workspace, WhatIsOpenedSeesNoVariableThatIsMeantForOurWindows) {
     const auto connection = server.connect();
     WaylandWorkspace workspace(*connection);
     Opened opened;
-    qputenv(rolelessVariable, "1");
+    const ScopedEnvironment ofOurs{{rolelessVariable, "1"}};
     EXPECT_TRUE(workspace.openURL(QUrl(QStringLiteral("test:page"))));
     EXPECT_EQ(opened.url.path(), u"page");
     EXPECT_FALSE(opened.seesVariable);
     EXPECT_TRUE(qEnvironmentVariableIsSet(rolelessVariable));
-    qunsetenv(rolelessVariable);
 }
 
 } // namespace
