@@ -4,12 +4,12 @@
 #include "history/HistoryView.h"
 #include "history/HistoryWindowController.h"
 #include "history/SearchField.h"
+#include "platform/WindowPresenter.h"
 #include "settings/SettingsKeys.h"
 #include "support/CapturedOutput.h"
 #include "support/Eventually.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeRelativeTimes.h"
-#include "support/FakeWindowPresenter.h"
 #include "update/UpdateChecker.h"
 
 #include <QApplication>
@@ -19,9 +19,27 @@
 namespace corvatto {
 namespace {
 
+// A window system that shows what it is asked to show.
+class FakeWindowPresenter : public WindowPresenter {
+public:
+    bool hasScreen = true;
+
+    void becomeAccessory() override {}
+    bool showPanel(QWidget& panel) override {
+        if (hasScreen) {
+            panel.show();
+            panel.activateWindow();
+        }
+        return hasScreen;
+    }
+    void hidePanel(QWidget& panel) override { panel.hide(); }
+    void activate(QWidget& window) override { window.activateWindow(); }
+    void setTakesAllKeys(QWidget& /*window*/, bool /*takes*/) override {}
+};
+
 class Window : public test::HistoryTest {
 protected:
-    test::FakeWindowPresenter presenter;
+    FakeWindowPresenter presenter;
     test::FakeRelativeTimes relativeTimes;
     HistoryWindowController controller{viewModel, pasteboard, presenter, defaults, relativeTimes};
 

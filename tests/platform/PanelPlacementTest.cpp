@@ -1,11 +1,20 @@
 #include "platform/PanelPlacement.h"
 
-#include "support/FakeScreens.h"
-
 #include <gtest/gtest.h>
 
 namespace corvatto {
 namespace {
+
+class FakeScreens : public Screens {
+public:
+    QPoint mouse;
+    std::vector<Screen> all;
+    std::optional<Screen> main;
+
+    QPoint mouseLocation() const override { return mouse; }
+    std::vector<Screen> screens() const override { return all; }
+    std::optional<Screen> mainScreen() const override { return main; }
+};
 
 TEST(PanelPlacement, ThePanelTakesTheLowerPartOfWhatIsFree) {
     EXPECT_EQ(panelFrame({0, 30, 1000, 900}), QRect(0, 552, 1000, 378)) << "42 %";
@@ -19,7 +28,7 @@ TEST(PanelPlacement, TheScreenIsTheOneUnderTheMouseOrTheMainOne) {
     const auto origin = [](const std::optional<Screen>& screen) {
         return screen ? screen->frame.topLeft() : QPoint(-1, -1);
     };
-    test::FakeScreens screens;
+    FakeScreens screens;
     EXPECT_FALSE(screenForPanel(screens));
     screens.all = {right, left};
     screens.mouse = {1800, 5}; // beside all screens
