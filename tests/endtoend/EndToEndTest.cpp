@@ -1,9 +1,6 @@
 #include "EndToEndTest.h"
 
-#include "OrdinaryUser.h"
-
 #include <QBuffer>
-#include <QCoreApplication>
 #include <QFile>
 #include <QSettings>
 #include <QUrl>
@@ -192,11 +189,3 @@ QByteArray fileUrl(const QByteArray& path) {
 }
 
 } // namespace corvatto::test
-
-int main(int argc, char** argv) {
-    ::testing::InitGoogleTest(&argc, argv);
-    corvatto::test::becomeOrdinaryUser();
-    // For pictures and processes only: the tests look at the desktop through connections of their own.
-    const QCoreApplication application(argc, argv);
-    return RUN_ALL_TESTS();
-}
