@@ -27,7 +27,14 @@ protected:
     test::FakePasteboard pasteboard;
     ClipboardMonitor monitor{store, pasteboard, defaults};
 
-    void SetUp() override { registerLaunchDefaults(defaults); }
+    int announced = 0;
+
+    void SetUp() override {
+        registerLaunchDefaults(defaults);
+        monitor.onNewItem = [this] {
+            ++announced;
+        };
+    }
     QTimer* timer() const { return monitor.findChild<QTimer*>(); }
 
     // What the monitor does when its interval has passed.
@@ -43,6 +50,11 @@ protected:
         monitor.finish();
     }
 
+    void clear() {
+        store.deleteAll();
+        store.finish();
+    }
+
     QList<ClipboardItem> items() { return store.fetchRecent(std::nullopt, 100); }
     ClipboardItem newest() { return items().value(0); }
 
@@ -54,10 +66,6 @@ protected:
 };
 
 TEST_F(Monitor, ReadsOnlyWhatChangedAndOnlyOnce) {
-    int announced = 0;
-    monitor.onNewItem = [&announced] {
-        ++announced;
-    };
     monitor.start();
     EXPECT_FALSE(timer()->isActive());
     for (const char* blank : {"", " \t\r\n\u00A0\u3000\u2028\u0085", "\v\f"}) {
@@ -85,8 +93,7 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
     EXPECT_EQ(newest().contentHash, hash);
     copy({{}, {}, {}, picture().pngData(), {}});
     EXPECT_EQ(newest().copyCount, 2) << "the same pixels in another form";
-    store.deleteAll();
-    store.finish();
+    clear();
     copy({{}, {}, picture().tiffData(), {}, {}});
     EXPECT_EQ(newest().contentHash, hash);
     for (const auto& [path, directory] : {std::pair(newest().content.prefix(), store.imagesDir()),
@@ -95,25 +102,19 @@ TEST_F(Monitor, AnImageIsItsPixelsAndADirectoryItsPathWithoutASlash) {
         EXPECT_TRUE(QFileInfo::exists(path));
     }
 
-    store.deleteAll();
-    store.finish();
+    clear();
     const QList<QUrl> urls{QUrl::fromLocalFile(QStringLiteral("/a/folder/")),
                            QUrl::fromLocalFile(QStringLiteral("/"))};
     copy({urls, picture(), {}, {}, {}}); // files come with icons
     EXPECT_EQ(newest().content.prefix(), u"/a/folder\n/");
 
-    store.deleteAll();
-    store.finish();
+    clear();
     ASSERT_TRUE(QFile(store.imagesDir()).open(QIODevice::WriteOnly)); // in the way
     copy({{}, picture(), {}, {}, QStringLiteral("caption")});
     EXPECT_EQ(newest().content.prefix(), u"caption") << "stands in for an image that cannot be saved";
 }
 
 TEST_F(Monitor, WritesTheFilesOfAnImageBesideTheEventLoopAndKeepsTheOrderOfCopies) {
-    int announced = 0;
-    monitor.onNewItem = [&announced] {
-        ++announced;
-    };
     monitor.start();
     pasteboard.copy({{}, picture(), {}, {}, {}});
     tick();
@@ -198,8 +199,7 @@ TEST_F(Monitor, FollowsTheIntervalWithinItsBoundsAndNoOtherSetting) {
         defaults.setNumber(SettingsKeys::clipboardPollingInterval, 0.05); // as effective as before
         return !items().isEmpty();
     })) << "starts over each time";
-    store.deleteAll();
-    store.finish();
+    clear();
 
     monitor.stop();
     defaults.setNumber(SettingsKeys::clipboardPollingInterval, 1);

@@ -2,6 +2,7 @@
 #include "FakePlasma.h"
 #include "FakePortal.h"
 #include "Keymap.h"
+#include "base/ScopedEnvironment.h"
 #include "support/CapturedOutput.h"
 #include "support/FakeHotKeyCenter.h"
 
@@ -10,10 +11,7 @@
 namespace corvatto::test {
 namespace {
 
-class DesktopHotKeyTest : public BusTest {
-protected:
-    ~DesktopHotKeyTest() override { qunsetenv("SWAYSOCK"); }
-};
+using DesktopHotKeyTest = BusTest;
 
 TEST_F(DesktopHotKeyTest, PlasmaComesBeforeThePortal) {
     DesktopHotKeyCenter center(program->bus());
@@ -69,7 +67,7 @@ TEST_F(DesktopHotKeyTest, OneLineSaysWhatToBindWhereNobodyGrantsShortcuts) {
     QByteArray lines = "[HotKeyCenter] This desktop grants no global shortcuts. "
                        "Bind a key in its settings to: corvatto --toggle\n";
     EXPECT_EQ(output.text(), lines);
-    qputenv("SWAYSOCK", "/run/sway");
+    const ScopedEnvironment sway{{"SWAYSOCK", "/run/sway"}};
     registerHotKey(center, 40, optionKey);
     EXPECT_TRUE(soonReported(hotKeysUnavailableErr));
     lines += "[HotKeyCenter] This desktop grants no global shortcuts. "

@@ -10,25 +10,6 @@
 
 namespace corvatto::test {
 
-struct Shortcut {
-    QString id;
-    QVariantMap properties;
-};
-
-inline QDBusArgument& operator<<(QDBusArgument& argument, const Shortcut& shortcut) {
-    argument.beginStructure();
-    argument << shortcut.id << shortcut.properties;
-    argument.endStructure();
-    return argument;
-}
-
-inline const QDBusArgument& operator>>(const QDBusArgument& argument, Shortcut& shortcut) {
-    argument.beginStructure();
-    argument >> shortcut.id >> shortcut.properties;
-    argument.endStructure();
-    return argument;
-}
-
 class FakePortal : public FakeService {
 public:
     enum class User { Grants, Declines, Thinks };
@@ -75,7 +56,7 @@ protected:
         } else if (method == QLatin1String("BindShortcuts")) {
             EXPECT_EQ(call.arguments()[0].value<QDBusObjectPath>(), session);
             const auto wanted = qdbus_cast<QList<Shortcut>>(call.arguments()[1]);
-            wish = wanted.value(0).properties.value(QStringLiteral("preferred_trigger")).toString();
+            wish = wanted.value(0).second.value(QStringLiteral("preferred_trigger")).toString();
             if (user == User::Grants) {
                 respond(request, 0, {{QStringLiteral("shortcuts"), QVariant::fromValue(granted(trigger))}});
             } else if (user == User::Declines) {
@@ -86,6 +67,8 @@ protected:
     }
 
 private:
+    using Shortcut = std::pair<QString, QVariantMap>; // its name and its properties
+
     const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
     const QString shortcuts = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
 
