@@ -25,32 +25,11 @@ protected:
         passed.erase(secretMark);
         compositor->copy(passed);
     }
-    // While the X program answers what it is asked.
-    bool soonCountedWhile(Program& program, qint64 count) {
-        return program.goUntil([&] { return pasteboard->changeCount() == count; });
-    }
 };
 
 const QByteArray text = "UTF8_STRING";
 
 } // namespace
-
-TEST_F(XwaylandOwnerTest, ASecretIsKnownAlsoWhereTheCompositorDropsItsMark) {
-    XServer server;
-    Program program(server.display);
-    program.copy({{text, "hunter2"}, {secretMark, "secret"}});
-    passOn(program.flavours);
-    EXPECT_TRUE(soonCountedWhile(program, 1));
-    EXPECT_FALSE(pasteboard->string());
-    EXPECT_EQ(compositor->requests, QByteArrayList());
-
-    pasteboard->setString(QStringLiteral("between")); // the next copy is no quick one
-    letGo();
-    program.copy({{text, "public"}});
-    passOn(program.flavours);
-    EXPECT_TRUE(soonCountedWhile(program, 3));
-    EXPECT_EQ(pasteboard->string(), QStringLiteral("public"));
-}
 
 TEST_F(XwaylandOwnerTest, AnXProgramThatDoesNotAnswerCountsAsSecret) {
     limits.silence = 100ms;
@@ -87,7 +66,7 @@ TEST_F(XwaylandOwnerTest, ContentSurvivesAnXProgramButNotItsClear) {
         program->copy({{text, "kept"}});
         passOn(program->flavours);
         const qint64 count = pasteboard->changeCount() + 1;
-        ASSERT_TRUE(soonCountedWhile(*program, count));
+        ASSERT_TRUE(program->goUntil([&] { return pasteboard->changeCount() == count; }));
         const int writes = compositor->writes;
         if (exits) {
             program.reset();
