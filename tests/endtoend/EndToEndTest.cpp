@@ -139,16 +139,25 @@ QList<Database::Row> EndToEndTest::rowsAfterNextCopy() {
 namespace {
 
 std::unique_ptr<TestDesktop> newDesktop(DesktopKind kind, const TestDesktop::Options& options) {
-    if (kind == DesktopKind::X11) {
+    switch (kind) {
+    case DesktopKind::X11:
         return std::make_unique<X11Desktop>(options);
+    case DesktopKind::Sway:
+        return std::make_unique<SwayDesktop>(options);
+    case DesktopKind::KWin:
+        return std::make_unique<KWinDesktop>(options);
     }
-    return std::make_unique<SwayDesktop>(options);
+    return nullptr;
 }
 
 } // namespace
 
 DesktopTest::DesktopTest(const TestDesktop::Options& options)
     : EndToEndTest(newDesktop(GetParam(), options)) {}
+
+QByteArray nameOf(DesktopKind kind) {
+    return kind == DesktopKind::X11 ? "X11" : kind == DesktopKind::Sway ? "Sway" : "KWin";
+}
 
 QList<Database::Entry> numberedEntries() {
     QList<Database::Entry> entries;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "Database.h"
+#include "KWinDesktop.h"
 #include "SwayDesktop.h"
 #include "X11Desktop.h"
 
@@ -74,7 +75,7 @@ private:
     int m_copies = 0;
 };
 
-enum class DesktopKind { X11, Sway };
+enum class DesktopKind { X11, Sway, KWin };
 
 class DesktopTest : public EndToEndTest, public ::testing::WithParamInterface<DesktopKind> {
 protected:
@@ -82,10 +83,12 @@ protected:
     bool isX11() const { return GetParam() == DesktopKind::X11; }
 };
 
+QByteArray nameOf(DesktopKind kind);
+
 #define ON_EVERY_DESKTOP(Suite)                                                                              \
-    INSTANTIATE_TEST_SUITE_P(                                                                                \
-        , Suite, ::testing::Values(DesktopKind::X11, DesktopKind::Sway),                                     \
-        [](const auto& desktop) { return desktop.param == DesktopKind::X11 ? "X11" : "Sway"; })
+    INSTANTIATE_TEST_SUITE_P(, Suite,                                                                        \
+                             ::testing::Values(DesktopKind::X11, DesktopKind::Sway, DesktopKind::KWin),      \
+                             [](const auto& desktop) { return nameOf(desktop.param).toStdString(); })
 
 class SwayTest : public EndToEndTest {
 protected:

@@ -25,7 +25,7 @@ QByteArray number(int value) {
 
 } // namespace
 
-SwayDesktop::SwayDesktop(const Options& options) : TestDesktop(options) {
+SwayDesktop::SwayDesktop(const Options& options) : WaylandDesktop(options) {
     for (const auto& [name, value] : {std::pair("WLR_BACKENDS", "headless"),
                                       {"WLR_LIBINPUT_NO_DEVICES", "1"},
                                       {"WLR_RENDERER", "pixman"}}) {
@@ -49,9 +49,7 @@ SwayDesktop::SwayDesktop(const Options& options) : TestDesktop(options) {
     if (options.hasXServer) {
         setVariable("DISPLAY", m_compositor->output().trimmed().split(' ').value(1));
     }
-    // The first name that is free, in a directory of the test's own.
-    setVariable("WAYLAND_DISPLAY", "wayland-1");
-    m_input = std::make_unique<WaylandInput>(home() + "/runtime/wayland-1", options.screen);
+    plugIn("wayland-1"); // the first name that is free, in a directory of the test's own
 }
 
 QImage SwayDesktop::picture(QRect area) {
@@ -59,35 +57,6 @@ QImage SwayDesktop::picture(QRect area) {
         number(area.x()) + ',' + number(area.y()) + ' ' + number(area.width()) + 'x' + number(area.height());
     return QImage::fromData(outputOf("grim", {"-t", "ppm", "-g", place, "-"}).value_or(""))
         .convertToFormat(QImage::Format_RGB32);
-}
-
-// sway tells of windows only. The panel is none, and is known by its colour, which lines one pixel high
-// divide.
-QRect SwayDesktop::panel(qint64) {
-    constexpr QRgb colour = qRgb(229, 229, 229);
-    constexpr int margin = 1; // of the panel, which nothing is drawn in
-    const QImage column = picture({margin, 0, 1, m_screen.height()});
-    const auto isPanelAt = [&](int y) {
-        return y >= 0 && column.pixel(0, y) == colour;
-    };
-    int bottom = column.height() - 1;
-    while (bottom >= 0 && !isPanelAt(bottom)) {
-        --bottom;
-    }
-    int top = bottom;
-    while (isPanelAt(top - 1) || isPanelAt(top - 2)) {
-        --top;
-    }
-    if (bottom - top < 300) { // something else
-        return {};
-    }
-    const QImage row = picture({0, bottom - margin, m_screen.width(), 1});
-    int right = margin;
-    while (right + 1 < row.width() && row.pixel(right + 1, 0) == colour) {
-        ++right;
-    }
-    constexpr int border = 1; // of another colour
-    return {QPoint(0, top - border), QPoint(right, bottom)};
 }
 
 QJsonDocument SwayDesktop::ask(const QByteArray& question) const {
@@ -124,19 +93,11 @@ TestDesktop::Window SwayDesktop::windowInFront(qint64) {
 }
 
 void SwayDesktop::openTerminal(const QByteArray& application, const QByteArray& command) {
-    m_terminals.push_back(std::make_unique<Process>(
+    m_programs.push_back(std::make_unique<Process>(
         "foot",
         QByteArrayList{"--config=/dev/null", "--override=colors.background=ff00ff", "--fullscreen",
                        "--app-id=" + application, "sh", "-c", command},
         environment(), true));
-}
-
-std::optional<QByteArray> SwayDesktop::paste(const QByteArray& target) {
-    return outputOf("wl-paste", {"--no-newline", "--type", target});
-}
-
-QList<QByteArray> SwayDesktop::targets() {
-    return outputOf("wl-paste", {"--list-types"}).value_or("").split('\n');
 }
 
 } // namespace corvatto::test

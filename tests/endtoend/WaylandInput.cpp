@@ -1,5 +1,6 @@
 #include "WaylandInput.h"
 
+#include "fake-input-client-protocol.h"
 #include "virtual-keyboard-unstable-v1-client-protocol.h"
 #include "wlr-virtual-pointer-unstable-v1-client-protocol.h"
 
@@ -30,28 +31,38 @@ WaylandInput::WaylandInput(const QByteArray& socket, QSize screen)
     constexpr wl_registry_listener listener{
         [](void* data, wl_registry* from, uint32_t name, const char* interface, uint32_t) {
             const auto self = static_cast<WaylandInput*>(data);
-            const auto bind = [&]<typename Type>(Type*& global, const wl_interface& wanted) {
+            const auto bind = [&]<typename Type>(Type*& global, const wl_interface& wanted,
+                                                 uint32_t version = 1) {
                 if (std::strcmp(interface, wanted.name) == 0) {
-                    global = static_cast<Type*>(wl_registry_bind(from, name, &wanted, 1));
+                    global = static_cast<Type*>(wl_registry_bind(from, name, &wanted, version));
                 }
             };
             bind(self->m_seat, wl_seat_interface);
             bind(self->m_keyboards, zwp_virtual_keyboard_manager_v1_interface);
             bind(self->m_pointers, zwlr_virtual_pointer_manager_v1_interface);
+            bind(self->m_kwinsDevices, org_kde_kwin_fake_input_interface,
+                 ORG_KDE_KWIN_FAKE_INPUT_KEYBOARD_KEY_SINCE_VERSION);
         },
         [](void*, wl_registry*, uint32_t) {
         }};
     wl_registry_add_listener(registry, &listener, this);
     sync();
-    if (m_seat == nullptr || m_keyboards == nullptr || m_pointers == nullptr) {
-        throw std::runtime_error("the compositor takes no virtual keyboard or no virtual mouse");
-    }
-    m_pointer = zwlr_virtual_pointer_manager_v1_create_virtual_pointer(m_pointers, m_seat);
-
     // A real keyboard's map, or programs that go by the places of the keys would get others.
     const xkb_rule_names names{nullptr, "pc105", "us", nullptr, nullptr};
     m_keymap.reset(xkb_keymap_new_from_names(m_context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS));
     m_state.reset(xkb_state_new(m_keymap.get()));
+    if (m_kwinsDevices != nullptr) { // with the same map
+        org_kde_kwin_fake_input_authenticate(m_kwinsDevices, "test", "test");
+    } else if (m_seat != nullptr && m_keyboards != nullptr && m_pointers != nullptr) {
+        m_pointer = zwlr_virtual_pointer_manager_v1_create_virtual_pointer(m_pointers, m_seat);
+        plugInKeyboard();
+    } else {
+        throw std::runtime_error("the compositor takes no virtual keyboard or no virtual mouse");
+    }
+    sync();
+}
+
+void WaylandInput::plugInKeyboard() {
     const std::unique_ptr<char, decltype(&std::free)> text(
         xkb_keymap_get_as_string(m_keymap.get(), XKB_KEYMAP_FORMAT_TEXT_V1), &std::free);
     const auto size = std::strlen(text.get()) + 1;
@@ -62,7 +73,6 @@ WaylandInput::WaylandInput(const QByteArray& socket, QSize screen)
     m_keyboard = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(m_keyboards, m_seat);
     zwp_virtual_keyboard_v1_keymap(m_keyboard, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, file.handle(),
                                    static_cast<uint32_t>(size));
-    sync();
 }
 
 WaylandInput::~WaylandInput() = default;
@@ -74,6 +84,10 @@ void WaylandInput::sync() {
 }
 
 void WaylandInput::strike(xkb_keycode_t code, bool isDown) {
+    if (m_kwinsDevices != nullptr) {
+        org_kde_kwin_fake_input_keyboard_key(m_kwinsDevices, code - evdevOffset, isDown);
+        return;
+    }
     zwp_virtual_keyboard_v1_key(m_keyboard, now(), code - evdevOffset, isDown);
     // The compositor leaves it to the keyboard what that does to the modifiers.
     xkb_state_update_key(m_state.get(), code, isDown ? XKB_KEY_DOWN : XKB_KEY_UP);
@@ -140,16 +154,31 @@ void WaylandInput::type(const QByteArray& text) {
     sync();
 }
 
-void WaylandInput::click(QPoint position, int times, int button) {
+void WaylandInput::move(QPoint position) {
+    if (m_kwinsDevices != nullptr) {
+        org_kde_kwin_fake_input_pointer_motion_absolute(m_kwinsDevices, wl_fixed_from_int(position.x()),
+                                                        wl_fixed_from_int(position.y()));
+        return;
+    }
     zwlr_virtual_pointer_v1_motion_absolute(
         m_pointer, now(), static_cast<uint32_t>(position.x()), static_cast<uint32_t>(position.y()),
         static_cast<uint32_t>(m_screen.width()), static_cast<uint32_t>(m_screen.height()));
     zwlr_virtual_pointer_v1_frame(m_pointer);
+}
+
+void WaylandInput::strikeButton(quint32 button, bool isDown) {
+    if (m_kwinsDevices != nullptr) {
+        org_kde_kwin_fake_input_button(m_kwinsDevices, button, isDown);
+        return;
+    }
+    zwlr_virtual_pointer_v1_button(m_pointer, now(), button, isDown);
+    zwlr_virtual_pointer_v1_frame(m_pointer);
+}
+
+void WaylandInput::click(QPoint position, int times, int button) {
+    move(position);
     for (int i = 0; i < 2 * times; ++i) {
-        zwlr_virtual_pointer_v1_button(m_pointer, now(), button == 3 ? BTN_RIGHT : BTN_LEFT,
-                                       i % 2 == 0 ? WL_POINTER_BUTTON_STATE_PRESSED
-                                                  : WL_POINTER_BUTTON_STATE_RELEASED);
-        zwlr_virtual_pointer_v1_frame(m_pointer);
+        strikeButton(button == 3 ? BTN_RIGHT : BTN_LEFT, i % 2 == 0);
     }
     sync();
 }

@@ -10,6 +10,7 @@
 
 #include <xkbcommon/xkbcommon.h>
 
+struct org_kde_kwin_fake_input;
 struct wl_display;
 struct wl_seat;
 struct zwlr_virtual_pointer_manager_v1;
@@ -35,6 +36,9 @@ public:
 private:
     void press(const QByteArrayList& symbols); // those before the last are held meanwhile
     void strike(xkb_keycode_t code, bool isDown);
+    void plugInKeyboard();
+    void move(QPoint position);
+    void strikeButton(quint32 button, bool isDown);
     void sync();
     quint32 now() { return ++m_time; }
 
@@ -47,6 +51,7 @@ private:
     zwlr_virtual_pointer_manager_v1* m_pointers = nullptr;
     zwp_virtual_keyboard_v1* m_keyboard = nullptr;
     zwlr_virtual_pointer_v1* m_pointer = nullptr;
+    org_kde_kwin_fake_input* m_kwinsDevices = nullptr; // keyboard and mouse, instead of all these
     Owned<xkb_context> m_context;
     Owned<xkb_keymap> m_keymap;
     Owned<xkb_state> m_state;

@@ -1,0 +1,59 @@
+// What KWin does that other compositors leave to programs or to the user: it grants the shortcut.
+#include "EndToEndTest.h"
+
+namespace corvatto::test {
+
+namespace {
+
+class KWinTest : public EndToEndTest {
+protected:
+    KWinTest()
+        : EndToEndTest(std::make_unique<KWinDesktop>(TestDesktop::Options())),
+          kwin(static_cast<KWinDesktop&>(desktop)) {}
+
+    bool soonInFront(const QByteArray& application) {
+        return soon([&] { return desktop.windowInFront(program->pid()).application == application; });
+    }
+
+    KWinDesktop& kwin;
+};
+
+} // namespace
+
+TEST_F(KWinTest, TheShortcutIsTheProgramsOverOtherWindowsAndGivenBackAtTheEnd) {
+    launch();
+    EXPECT_TRUE(soonPrinted("[CorvattoApp] Wayland session: native."));
+    hidePanel();
+    desktop.openWindow("Falcon");
+    showPanel();
+    hidePanel();
+    ASSERT_TRUE(soonInFront("Falcon"));
+    EXPECT_EQ(kwin.printedByWindow(), "");
+    EXPECT_EQ(program->stop(), 0);
+    desktop.key("super+shift+v");
+    EXPECT_TRUE(soon([this] { return kwin.printedByWindow() == "key\n"; }));
+    launch(); // and takes it again
+    hidePanel();
+    showPanel();
+}
+
+TEST_F(KWinTest, AnOrdinaryProgramCopiesAndPastes) {
+    launch();
+    hidePanel();
+    desktop.openWindow("Falcon");
+    desktop.key("ctrl+c");
+    ASSERT_TRUE(soonStored("copied in a window"));
+    EXPECT_EQ(database.find("copied in a window")->sourceApp, "Falcon");
+    for (const char* text : {"chosen", "newest"}) {
+        copyText(text);
+        ASSERT_TRUE(soonStored(text));
+    }
+    showPanel();
+    desktop.key("Return");
+    ASSERT_TRUE(soonHidden());
+    ASSERT_TRUE(soonInFront("Falcon"));
+    desktop.key("ctrl+v");
+    EXPECT_TRUE(soon([this] { return kwin.printedByWindow() == "chosen\n"; }));
+}
+
+} // namespace corvatto::test
