@@ -76,6 +76,8 @@ std::optional<DisplaySystem> nextAfter(DisplaySystem system, const DisplayFacts&
 } // namespace
 
 StartedSession startSession(int& argc, char** argv) {
+    // It was given to this start. Programs that we open would use it as if it were theirs.
+    qunsetenv("XDG_ACTIVATION_TOKEN");
     StartedSession started;
     const DisplayFacts facts = lookAround();
     auto system = chooseDisplaySystem(facts, bestWanted());
