@@ -28,9 +28,10 @@ std::unique_ptr<WaylandConnection> CompositorServices::connect() {
     return connection;
 }
 
-CompositorServices::CompositorServices(std::unique_ptr<WaylandConnection> connection)
+CompositorServices::CompositorServices(std::unique_ptr<WaylandConnection> connection,
+                                       const QByteArray& dataControl)
     : m_connection(std::move(connection)), m_workspace(*m_connection),
-      m_pasteboard(*m_connection, [this] { return m_workspace.nameOfCopySource(isOwnCopy()); }),
+      m_pasteboard(*m_connection, dataControl, [this] { return m_workspace.nameOfCopySource(isOwnCopy()); }),
       m_keymap(*m_connection) {
     QObject::connect(m_connection.get(), &WaylandConnection::disconnected, m_connection.get(), [] {
         Session::displayLost(QStringLiteral("[CorvattoApp] ERROR: The Wayland compositor is gone."));

@@ -18,7 +18,8 @@ public:
     // A connection to the compositor of $WAYLAND_DISPLAY. Null when it takes no more, after a printed line.
     static std::unique_ptr<WaylandConnection> connect();
 
-    explicit CompositorServices(std::unique_ptr<WaylandConnection> connection);
+    // `dataControl` as for the pasteboard.
+    CompositorServices(std::unique_ptr<WaylandConnection> connection, const QByteArray& dataControl);
 
     WaylandWorkspace& workspace() { return m_workspace; }
     WaylandPasteboard& pasteboard() { return m_pasteboard; }

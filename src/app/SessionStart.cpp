@@ -25,10 +25,9 @@ bool hasWaylandPlugin() {
     });
 }
 
-DisplayFacts lookAround() {
-    const CompositorAbilities compositor = probeCompositor();
-    return {compositor.isReachable, compositor.controlsClipboard, compositor.hasLayers, hasWaylandPlugin(),
-            &XcbConnection::serverIsReachable};
+DisplayFacts displayFacts(const CompositorAbilities& compositor) {
+    return {compositor.isReachable, !compositor.dataControl.isEmpty(), compositor.hasLayers,
+            hasWaylandPlugin(), &XcbConnection::serverIsReachable};
 }
 
 DisplaySystem bestWanted() {
@@ -51,12 +50,12 @@ std::unique_ptr<QApplication> newApplication(DisplaySystem system, int& argc, ch
     return std::make_unique<QApplication>(argc, argv);
 }
 
-std::unique_ptr<Session> openSession(DisplaySystem system) {
+std::unique_ptr<Session> openSession(DisplaySystem system, const QByteArray& dataControl) {
     switch (system) {
     case DisplaySystem::wayland:
-        return WaylandSession::open();
+        return WaylandSession::open(dataControl);
     case DisplaySystem::waylandClipboard:
-        return WaylandClipboardSession::open();
+        return WaylandClipboardSession::open(dataControl);
     case DisplaySystem::xwayland:
         return X11Session::open(X11Session::Server::xwayland);
     case DisplaySystem::x11:
@@ -79,7 +78,8 @@ StartedSession startSession(int& argc, char** argv) {
     // It was given to this start. Programs that we open would use it as if it were theirs.
     qunsetenv("XDG_ACTIVATION_TOKEN");
     StartedSession started;
-    const DisplayFacts facts = lookAround();
+    const CompositorAbilities compositor = probeCompositor();
+    const DisplayFacts facts = displayFacts(compositor);
     auto system = chooseDisplaySystem(facts, bestWanted());
     if (!system) {
         // Qt would abort here, with a message for developers.
@@ -91,7 +91,7 @@ StartedSession startSession(int& argc, char** argv) {
         system = nextAfter(*system, facts); // Qt could not talk to the compositor
     }
     for (; system && !started.session; system = nextAfter(*system, facts)) {
-        started.session = openSession(*system);
+        started.session = openSession(*system, compositor.dataControl);
         started.displaySystem = *system;
     }
     if (started.session) {

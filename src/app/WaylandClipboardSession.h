@@ -15,13 +15,13 @@ namespace corvatto {
 class WaylandClipboardSession : public Session {
 public:
     // Opens a session on the compositor of $WAYLAND_DISPLAY and on its X server. Null when either refuses,
-    // after a printed line.
-    static std::unique_ptr<WaylandClipboardSession> open();
+    // after a printed line. `dataControl` is the interface that it accepts.
+    static std::unique_ptr<WaylandClipboardSession> open(const QByteArray& dataControl);
 
     Platform platform() override;
 
 private:
-    WaylandClipboardSession(std::unique_ptr<WaylandConnection> compositor,
+    WaylandClipboardSession(std::unique_ptr<WaylandConnection> compositor, const QByteArray& dataControl,
                             std::unique_ptr<X11Windows> windows);
 
     CompositorServices m_compositor;

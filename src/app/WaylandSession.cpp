@@ -6,7 +6,7 @@
 
 namespace corvatto {
 
-std::unique_ptr<WaylandSession> WaylandSession::open() {
+std::unique_ptr<WaylandSession> WaylandSession::open(const QByteArray& dataControl) {
     auto connection = CompositorServices::connect();
     if (!connection) {
         return nullptr;
@@ -16,12 +16,13 @@ std::unique_ptr<WaylandSession> WaylandSession::open() {
         printLine(u"[CorvattoApp] ERROR: The Wayland compositor takes no panel.");
         return nullptr;
     }
-    return std::unique_ptr<WaylandSession>(new WaylandSession(std::move(connection), std::move(presenter)));
+    return std::unique_ptr<WaylandSession>(
+        new WaylandSession(std::move(connection), dataControl, std::move(presenter)));
 }
 
-WaylandSession::WaylandSession(std::unique_ptr<WaylandConnection> connection,
+WaylandSession::WaylandSession(std::unique_ptr<WaylandConnection> connection, const QByteArray& dataControl,
                                std::unique_ptr<LayerShellPresenter> presenter)
-    : m_compositor(std::move(connection)), m_hotKeyCenter(QDBusConnection::sessionBus()),
+    : m_compositor(std::move(connection), dataControl), m_hotKeyCenter(QDBusConnection::sessionBus()),
       m_presenter(std::move(presenter)) {
     m_compositor.tellKeymapTo(m_hotKeyCenter);
 }

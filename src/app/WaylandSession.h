@@ -15,13 +15,13 @@ namespace corvatto {
 class WaylandSession : public Session {
 public:
     // Opens a session on the compositor of $WAYLAND_DISPLAY, which Qt runs on, too. Null when that refuses,
-    // after a printed line.
-    static std::unique_ptr<WaylandSession> open();
+    // after a printed line. `dataControl` is the interface that it accepts.
+    static std::unique_ptr<WaylandSession> open(const QByteArray& dataControl);
 
     Platform platform() override;
 
 private:
-    WaylandSession(std::unique_ptr<WaylandConnection> connection,
+    WaylandSession(std::unique_ptr<WaylandConnection> connection, const QByteArray& dataControl,
                    std::unique_ptr<LayerShellPresenter> presenter);
 
     CompositorServices m_compositor;

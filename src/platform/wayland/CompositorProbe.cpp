@@ -64,6 +64,7 @@ private:
     std::map<std::string, uint32_t> m_globals;
     bool m_isAlive = false;
 };
+
 // Its destructor came with version 3.
 void destroyLayerShell(zwlr_layer_shell_v1* shell) {
     wl_proxy_destroy(reinterpret_cast<wl_proxy*>(shell));
@@ -76,8 +77,8 @@ struct Release {
 template <typename T, void (*release)(T*)>
 using Proxy = std::unique_ptr<T, Release<T, release>>;
 
-// Under its newer name or its older one.
-bool controlsClipboard() {
+// Its newer name, or else its older one, under which it is the same on the wire.
+QByteArray acceptedDataControl() {
     for (const char* name : {"ext_data_control_manager_v1", "zwlr_data_control_manager_v1"}) {
         Probe probe;
         const Proxy<wl_seat, wl_seat_destroy> seat(probe.bind<wl_seat>("wl_seat", wl_seat_interface));
@@ -89,10 +90,10 @@ bool controlsClipboard() {
         const Proxy<zwlr_data_control_device_v1, zwlr_data_control_device_v1_destroy> device(
             zwlr_data_control_manager_v1_get_data_device(manager.get(), seat.get()));
         if (probe.isAccepted()) {
-            return true;
+            return name;
         }
     }
-    return false;
+    return {};
 }
 
 // A layer surface that is never given a content, and so never shown.
@@ -120,7 +121,7 @@ CompositorAbilities probeCompositor() {
     CompositorAbilities abilities;
     abilities.isReachable = Probe().isAlive();
     if (abilities.isReachable) {
-        abilities.controlsClipboard = controlsClipboard();
+        abilities.dataControl = acceptedDataControl();
         abilities.hasLayers = hasLayers();
     }
     return abilities;

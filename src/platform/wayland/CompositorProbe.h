@@ -4,12 +4,16 @@
 // the connection. So each protocol is tried, without visible effect, over a connection of its own.
 #pragma once
 
+#include <QByteArray>
+
 namespace corvatto {
 
 struct CompositorAbilities {
     bool isReachable = false;
-    bool controlsClipboard = false; // the clipboard can be read and written without the focus
-    bool hasLayers = false;         // windows can be placed along an edge, above all others
+    // The name of the interface by which the clipboard can be read and written without the focus; empty when
+    // there is none.
+    QByteArray dataControl;
+    bool hasLayers = false; // windows can be placed along an edge, above all others
 };
 
 // Connects to the compositor of $WAYLAND_DISPLAY, and waits for its answers. Needs no application object.

@@ -11,9 +11,6 @@
 namespace corvatto {
 namespace {
 
-// The newer name first. Both are the same on the wire.
-constexpr const char* managerNames[] = {"ext_data_control_manager_v1", "zwlr_data_control_manager_v1"};
-
 // The first version: in the second, compositors tell of the primary selection as well.
 constexpr quint32 managerVersion = 1;
 
@@ -42,21 +39,13 @@ struct DataControl::Listeners {
                                                                  primarySelected};
 };
 
-bool DataControl::isOffered(const WaylandConnection& connection) {
-    return std::any_of(std::begin(managerNames), std::end(managerNames),
-                       [&](const char* name) { return connection.version(name) > 0; });
-}
-
-DataControl::DataControl(WaylandConnection& connection, Selected selected, std::function<void()> seatGone)
+DataControl::DataControl(WaylandConnection& connection, const QByteArray& interface, Selected selected,
+                         std::function<void()> seatGone)
     : m_connection(connection), m_selected(std::move(selected)), m_seatGone(std::move(seatGone)),
-      m_manager(nullptr), m_markPrefix("application/x-corvatto-" +
-                                       QByteArray::number(QRandomGenerator::system()->generate64(), 16)) {
-    for (const char* name : managerNames) {
-        if (m_manager == nullptr) {
-            m_manager = connection.bind<zwlr_data_control_manager_v1>(
-                name, zwlr_data_control_manager_v1_interface, managerVersion);
-        }
-    }
+      m_manager(connection.bind<zwlr_data_control_manager_v1>(
+          interface, zwlr_data_control_manager_v1_interface, managerVersion)),
+      m_markPrefix("application/x-corvatto-" +
+                   QByteArray::number(QRandomGenerator::system()->generate64(), 16)) {
     connect(&connection, &WaylandConnection::seatChanged, this, [this] {
         detach();
         attachToSeat();

@@ -1,6 +1,5 @@
 // The clipboard of a Wayland seat by the data-control protocol, which tells of every copy and takes every
-// write whatever window has the focus. Both names of the protocol will do. The primary selection, of marked
-// text, is left alone.
+// write whatever window has the focus. The primary selection, of marked text, is left alone.
 //
 // Requests to the compositor and what other programs do cross on the wire. While a write of ours has not been
 // announced, all other announcements are older, and not passed on.
@@ -28,11 +27,11 @@ public:
     };
     using Selected = std::function<void(const Selection& selection)>;
 
-    static bool isOffered(const WaylandConnection& connection);
-
-    // `selected` is called from the event loop, and never for writes of our own; `seatGone` when there is no
-    // clipboard any more, until another seat comes. The connection outlives this object.
-    DataControl(WaylandConnection& connection, Selected selected, std::function<void()> seatGone);
+    // `interface` is the name of the protocol's manager, which has two; the compositor offers it. `selected`
+    // is called from the event loop, and never for writes of our own; `seatGone` when there is no clipboard
+    // any more, until another seat comes. The connection outlives this object.
+    DataControl(WaylandConnection& connection, const QByteArray& interface, Selected selected,
+                std::function<void()> seatGone);
     ~DataControl() override;
 
     // Takes the clipboard over from whoever has it.

@@ -20,12 +20,13 @@ constexpr milliseconds managersPrecedence{100};
 
 } // namespace
 
-WaylandPasteboard::WaylandPasteboard(WaylandConnection& connection, NameOfSource nameOfSource,
-                                     const ClipboardReadLimits& limits, XPrograms xPrograms)
+WaylandPasteboard::WaylandPasteboard(WaylandConnection& connection, const QByteArray& dataControl,
+                                     NameOfSource nameOfSource, const ClipboardReadLimits& limits,
+                                     XPrograms xPrograms)
     : SnapshotPasteboard(limits), m_connection(connection), m_nameOfSource(std::move(nameOfSource)),
       m_xPrograms(xPrograms),
       m_control(
-          connection, [this](const DataControl::Selection& selection) { selected(selection); },
+          connection, dataControl, [this](const DataControl::Selection& selection) { selected(selection); },
           [this] { seatGone(); }) {
     m_endOfOwner.setSingleShot(true);
     m_endOfOwner.setInterval(longestExit);

@@ -27,9 +27,9 @@ public:
     // Whether X programs take part in the session, by an X server of the compositor's.
     enum class XPrograms { none, possible };
 
-    // The connection, and what the function refers to, outlive the pasteboard. Without data control nothing
-    // is ever copied: DataControl::isOffered().
-    WaylandPasteboard(WaylandConnection& connection, NameOfSource nameOfSource,
+    // The connection, and what the function refers to, outlive the pasteboard. `dataControl` is the name of
+    // the interface that the compositor was found to accept.
+    WaylandPasteboard(WaylandConnection& connection, const QByteArray& dataControl, NameOfSource nameOfSource,
                       const ClipboardReadLimits& limits = {}, XPrograms xPrograms = XPrograms::possible);
     ~WaylandPasteboard() override;
 

@@ -133,19 +133,38 @@ struct FakeCompositor::Requests {
     }
 };
 
-FakeCompositor::FakeCompositor(QByteArray manager, int version) : m_managerName(std::move(manager)) {
-    // The interface's name goes over the wire.
+namespace {
+
+// The interface's name goes over the wire.
+const wl_interface* managerNamed(const QByteArray& name) {
     static std::map<QByteArray, wl_interface> interfaces;
-    const auto interface =
-        interfaces.try_emplace(m_managerName, zwlr_data_control_manager_v1_interface).first;
+    const auto interface = interfaces.try_emplace(name, zwlr_data_control_manager_v1_interface).first;
     interface->second.name = interface->first.constData();
-    wl_global_create(m_server.display, &interface->second, version, this, Requests::bindManager);
+    return &interface->second;
+}
+
+} // namespace
+
+FakeCompositor::FakeCompositor(QByteArray manager, int version) : m_managerName(std::move(manager)) {
+    wl_global_create(m_server.display, managerNamed(m_managerName), version, this, Requests::bindManager);
     addSeat();
     m_logger = wl_display_add_protocol_logger(m_server.display, Requests::logged, this);
 }
 
 FakeCompositor::~FakeCompositor() {
     wl_protocol_logger_destroy(m_logger);
+}
+
+void FakeCompositor::announceInVain(const QByteArray& manager) {
+    wl_global_create(m_server.display, managerNamed(manager), 1, nullptr,
+                     [](wl_client* client, void* /*data*/, uint32_t /*version*/, uint32_t /*id*/) {
+                         wl_client_post_implementation_error(client, "refused");
+                     });
+}
+
+CompositorAbilities FakeCompositor::probe() {
+    m_server.listen();
+    return m_server.during(probeCompositor);
 }
 
 void FakeCompositor::disconnect() {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "WaylandServer.h"
+#include "platform/wayland/CompositorProbe.h"
 #include "platform/wayland/FileDescriptor.h"
 
 #include <QByteArrayList>
@@ -27,6 +28,10 @@ public:
     // The connection that is tested. Before it is opened again, the one before is to be gone.
     std::unique_ptr<WaylandConnection> connect() { return m_server.connect(); }
     void disconnect();
+
+    // Announces data control under that name, too, and refuses it to all.
+    void announceInVain(const QByteArray& manager);
+    CompositorAbilities probe();
 
     // Another program copies, or the clipboard is emptied. `asked` is called with each type that the program
     // is asked for, and the descriptor that it is to write to; otherwise it writes the flavour.

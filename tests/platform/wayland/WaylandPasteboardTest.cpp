@@ -112,6 +112,32 @@ TEST(IncomingStream, TakesTheTextOfATextFieldWithoutAnybodyReading) {
               longest.size());
 }
 
+TEST_F(WaylandPasteboardTest, GoesByTheNameThatTheCompositorDoesNotRefuse) {
+    for (const auto& [refused, accepted] :
+         {std::pair("ext_data_control_manager_v1", "zwlr_data_control_manager_v1"),
+          {"zwlr_data_control_manager_v1", "ext_data_control_manager_v1"}}) {
+        compositor.emplace(accepted, 1);
+        compositor->announceInVain(refused);
+        const auto abilities = compositor->probe();
+        EXPECT_EQ(abilities.dataControl, accepted);
+        connectAndLook(abilities.dataControl);
+        compositor->copy({{text, accepted}});
+        EXPECT_TRUE(soonCopied(QLatin1String(accepted)));
+        pasteboard.reset();
+    }
+}
+
+TEST_F(WaylandPasteboardTest, AsksForTheMarkOfSecrecyFirstAndForNothingOfASecret) {
+    start();
+    compositor->copy({{secretMark, "secret"}, {text, "hunter2"}});
+    EXPECT_TRUE(soonCounted(1));
+    EXPECT_EQ(compositor->requests, QByteArrayList({secretMark}));
+    EXPECT_FALSE(pasteboard->string());
+    compositor->empty();
+    letGo();
+    EXPECT_FALSE(compositor->offered());
+}
+
 TEST_F(WaylandPasteboardTest, BadOwnersCostTheirOwnCopyOnly) {
     limits.silence = 60ms;
     limits.total = 2s;

@@ -4,6 +4,7 @@
 #include "platform/wayland/WaylandConnection.h"
 
 #include <QSocketNotifier>
+#include <QTemporaryDir>
 
 #include <wayland-server-core.h>
 
@@ -32,7 +33,22 @@ public:
 
     wl_display* const display;
 
-    // A connection of the program's. Opening it waits for the server, so a thread serves in that time.
+    // Does what waits for the server, so a thread serves in that time.
+    template <typename Work>
+    auto during(const Work& work) {
+        std::atomic_bool isDone = false;
+        std::thread server([this, &isDone] {
+            while (!isDone) {
+                serve(1);
+            }
+        });
+        auto result = work();
+        isDone = true;
+        server.join();
+        return result;
+    }
+
+    // A connection of the program's.
     std::unique_ptr<WaylandConnection> connect() {
         int ends[2];
         if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
@@ -40,16 +56,13 @@ public:
         }
         wl_client_create(display, ends[0]);
         qputenv("WAYLAND_SOCKET", QByteArray::number(ends[1]));
-        std::atomic_bool isOpen = false;
-        std::thread server([this, &isOpen] {
-            while (!isOpen) {
-                serve(1);
-            }
-        });
-        auto connection = WaylandConnection::open();
-        isOpen = true;
-        server.join();
-        return connection;
+        return during(WaylandConnection::open);
+    }
+
+    // Lets whoever likes connect to $WAYLAND_DISPLAY from now on.
+    void listen() {
+        qputenv("XDG_RUNTIME_DIR", m_sockets.path().toUtf8());
+        qputenv("WAYLAND_DISPLAY", wl_display_add_socket_auto(display));
     }
 
     // Sends what has been announced.
@@ -61,6 +74,7 @@ private:
         flush();
     }
 
+    QTemporaryDir m_sockets;
     QSocketNotifier m_readable;
 };
 

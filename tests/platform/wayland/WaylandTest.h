@@ -19,13 +19,13 @@ protected:
 
     void start(const char* manager = "zwlr_data_control_manager_v1", int version = 2) {
         compositor.emplace(manager, version);
-        connectAndLook();
+        connectAndLook(manager);
     }
-    void connectAndLook() {
+    void connectAndLook(const QByteArray& dataControl = "zwlr_data_control_manager_v1") {
         connection = compositor->connect();
         ASSERT_TRUE(connection);
         pasteboard.emplace(
-            *connection, [this] { return inFront; }, limits, xPrograms);
+            *connection, dataControl, [this] { return inFront; }, limits, xPrograms);
         letGo();
     }
     // Has the connection deal with all that it and the compositor have sent each other.
