@@ -129,9 +129,9 @@ TEST_F(WaylandPasteboardTest, GoesByTheNameThatTheCompositorDoesNotRefuse) {
 
 TEST_F(WaylandPasteboardTest, AsksForTheMarkOfSecrecyFirstAndForNothingOfASecret) {
     start();
-    compositor->copy({{secretMark, "secret"}, {text, "hunter2"}});
+    compositor->copy({{ClipboardReadPlan::secrecyHintTarget, "secret"}, {text, "hunter2"}});
     EXPECT_TRUE(soonCounted(1));
-    EXPECT_EQ(compositor->requests, QByteArrayList({secretMark}));
+    EXPECT_EQ(compositor->requests, QByteArrayList({ClipboardReadPlan::secrecyHintTarget}));
     EXPECT_FALSE(pasteboard->string());
     compositor->empty();
     letGo();
