@@ -4,6 +4,11 @@ namespace corvatto::test {
 
 void WaylandDesktop::plugIn(const QByteArray& compositor) {
     setVariable("WAYLAND_DISPLAY", compositor);
+    // Qt never lets go of what it binds of a compositor.
+    setVariable("LSAN_OPTIONS", environment()
+                                    .value(QStringLiteral("LSAN_OPTIONS"))
+                                    .toUtf8()
+                                    .replace("leaks.supp", "leaks_on_wayland.supp"));
     m_input = std::make_unique<WaylandInput>(home() + "/runtime/" + compositor, m_screen);
 }
 
