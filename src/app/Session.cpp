@@ -4,18 +4,21 @@
 
 #include <QApplication>
 
+#include <atomic>
 #include <cstdlib>
-#include <utility>
+#include <mutex>
 
 namespace corvatto {
 namespace {
 
-bool isInEventLoop = false;
+std::atomic_bool isInEventLoop = false;
+std::once_flag isReported;
 QtMessageHandler printMessage = nullptr;
 
 void report(const QString& line) {
-    if (std::exchange(isInEventLoop, false)) {
-        printLine(line);
+    if (isInEventLoop) {
+        // Qt has a thread that ends the process as its next step. If it comes second, it waits for the line.
+        std::call_once(isReported, printLine, line);
     }
 }
 
