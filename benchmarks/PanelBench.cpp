@@ -1,4 +1,5 @@
 // Painting: single cards, and the shelf while it scrolls over texts of any size.
+#include "Stall.h"
 #include "Suites.h"
 
 #include "history/CardImages.h"
@@ -52,10 +53,14 @@ struct LongTexts {
     QImage canvas{1920, HistoryShelf::shelfHeight, QImage::Format_RGB32};
 
     LongTexts() {
-        for (int i = 0; i < 60; ++i) {
+        constexpr int count = 60;
+        int written = 0; // beside the main thread
+        for (int i = 0; i < count; ++i) {
             const bool isLong = i % 6 == 0;
-            store.insertOrUpdate(QString::number(i) + textOf(isLong ? 5'000'000 : 300), {});
+            store.insertOrUpdate(QString::number(i) + textOf(isLong ? 5'000'000 : 300), {},
+                                 [&written] { ++written; });
         }
+        Stall().timeUntil([&written] { return written == count; });
         viewModel.refresh();
         shelf.resize(canvas.size());
         shelf.show();
