@@ -1,7 +1,9 @@
 # Installing the program, and the Debian package of it: cpack -G DEB --config BUILD/CPackConfig.cmake
 include(GNUInstallDirs)
 install(TARGETS corvatto RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(TARGETS corvatto_program LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/corvatto)
+if(NOT CORVATTO_ONE_BINARY)
+    install(TARGETS corvatto_program LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/corvatto)
+endif()
 
 # The changelog says which revision of the package this is. It and the metainfo must know this version of the program.
 file(STRINGS ${PROJECT_SOURCE_DIR}/resources/debian/changelog newest_entry LIMIT_COUNT 1)

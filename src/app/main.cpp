@@ -13,6 +13,10 @@
 
 using namespace corvatto;
 
+#ifdef CORVATTO_ONE_BINARY
+extern "C" int runProgram(int argc, char** argv);
+#endif
+
 namespace {
 
 constexpr int usageError = 2; // exit status, as is usual for arguments that make no sense
@@ -26,6 +30,7 @@ int ask(std::string_view request) {
     return EXIT_SUCCESS;
 }
 
+#ifndef CORVATTO_ONE_BINARY
 // One binary is the whole program to those who look at the process, as KWin does before it grants anything.
 int loadAndRun(int argc, char** argv) {
     void* library = dlopen(CORVATTO_LIBRARY, RTLD_NOW); // found by the run path of this binary
@@ -36,6 +41,7 @@ int loadAndRun(int argc, char** argv) {
     }
     return reinterpret_cast<int (*)(int, char**)>(entry)(argc, argv);
 }
+#endif
 
 } // namespace
 
@@ -69,5 +75,9 @@ int main(int argc, char** argv) {
     case CommandLine::Action::run:
         break;
     }
+#ifdef CORVATTO_ONE_BINARY
+    return runProgram(argc, argv);
+#else
     return loadAndRun(argc, argv);
+#endif
 }

@@ -47,6 +47,7 @@ WaylandInput::WaylandInput(const QByteArray& socket, QSize screen)
         }};
     wl_registry_add_listener(registry, &listener, this);
     sync();
+    wl_registry_destroy(registry);
     // A real keyboard's map, or programs that go by the places of the keys would get others.
     const xkb_rule_names names{nullptr, "pc105", "us", nullptr, nullptr};
     m_keymap.reset(xkb_keymap_new_from_names(m_context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS));
@@ -75,7 +76,15 @@ void WaylandInput::plugInKeyboard() {
                                    static_cast<uint32_t>(size));
 }
 
-WaylandInput::~WaylandInput() = default;
+// The devices go with the connection; here only memory is given back.
+WaylandInput::~WaylandInput() {
+    for (void* proxy : std::initializer_list<void*>{m_pointer, m_keyboard, m_pointers, m_keyboards,
+                                                    m_kwinsDevices, m_seat}) {
+        if (proxy != nullptr) {
+            wl_proxy_destroy(static_cast<wl_proxy*>(proxy));
+        }
+    }
+}
 
 void WaylandInput::sync() {
     if (wl_display_roundtrip(m_display.get()) < 0) {
