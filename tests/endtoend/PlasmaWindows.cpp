@@ -55,9 +55,9 @@ struct PlasmaWindows::Listeners {
         listener.stacking_order_uuid_changed = ignore;
         listener.window_with_uuid = [](void* data, auto* sender, uint32_t, const char* uuid) {
             auto& entries = static_cast<PlasmaWindows*>(data)->m_entries;
-            org_kde_plasma_window_add_listener(
-                org_kde_plasma_window_management_get_window_by_uuid(sender, uuid), &window,
-                entries.emplace_back(std::make_unique<Entry>()).get());
+            Entry& added = *entries.emplace_back(std::make_unique<Entry>());
+            added.handle.reset(org_kde_plasma_window_management_get_window_by_uuid(sender, uuid));
+            org_kde_plasma_window_add_listener(added.handle.get(), &window, &added);
         };
         return listener;
     }();
@@ -74,10 +74,16 @@ struct PlasmaWindows::Listeners {
         }};
 };
 
+void PlasmaWindows::Release::operator()(org_kde_plasma_window* window) const {
+    org_kde_plasma_window_destroy(window);
+}
+
 PlasmaWindows::PlasmaWindows(const QByteArray& socket) : m_display(wl_display_connect(socket.constData())) {
     if (m_display != nullptr) {
-        wl_registry_add_listener(wl_display_get_registry(m_display), &Listeners::registry, this);
+        wl_registry* registry = wl_display_get_registry(m_display);
+        wl_registry_add_listener(registry, &Listeners::registry, this);
         wl_display_roundtrip(m_display);
+        wl_registry_destroy(registry);
     }
     if (m_management == nullptr) {
         throw std::runtime_error("the compositor tells of no windows");
@@ -86,6 +92,8 @@ PlasmaWindows::PlasmaWindows(const QByteArray& socket) : m_display(wl_display_co
 }
 
 PlasmaWindows::~PlasmaWindows() {
+    m_entries.clear();
+    org_kde_plasma_window_management_destroy(m_management);
     wl_display_disconnect(m_display);
 }
 

@@ -4,6 +4,7 @@
 #include "TestDesktop.h"
 
 struct wl_display;
+struct org_kde_plasma_window;
 struct org_kde_plasma_window_management;
 
 namespace corvatto::test {
@@ -20,7 +21,11 @@ public:
     TestDesktop::Window active();
 
 private:
+    struct Release {
+        void operator()(org_kde_plasma_window* window) const;
+    };
     struct Entry {
+        std::unique_ptr<org_kde_plasma_window, Release> handle;
         TestDesktop::Window window;
         bool isActive = false;
     };
