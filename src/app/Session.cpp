@@ -32,7 +32,9 @@ void reportWhenQtExits() {
 void reportWhenQtComplains(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     if (message.startsWith(QLatin1String("The Wayland connection "))) {
         report(QStringLiteral("[CorvattoApp] ERROR: The Wayland compositor is gone."));
-    } else {
+    } else if (!message.contains(QLatin1String("setNetWmStateOnUnmappedWindow() called on mapped window"))) {
+        // That one tells of a window shown again before the server has hidden it, as by a quick second press
+        // of the shortcut. The presenter asks for the states again in any case.
         printMessage(type, context, message);
     }
 }
