@@ -65,6 +65,10 @@ KWinDesktop::KWinDesktop(const Options& options)
     }
 }
 
+void KWinDesktop::minimizeWindowInFront() {
+    m_windows->minimizeActive();
+}
+
 KWinDesktop::~KWinDesktop() {
     QDBusConnection::disconnectFromBus(busName);
 }

@@ -20,6 +20,7 @@ public:
     bool panelHasKeyboard(qint64 pid) override;
     Window windowInFront(qint64 panelsPid) override;
     QList<QByteArray> targets() override;
+    void minimizeWindowInFront();
     QByteArray printedByWindow() const { return m_programs.back()->output(); } // the last one opened
 
 private:

@@ -37,6 +37,20 @@ TEST_F(KWinTest, TheShortcutIsTheProgramsOverOtherWindowsAndGivenBackAtTheEnd) {
     showPanel();
 }
 
+TEST_F(KWinTest, PreferencesThatAreMinimisedComeBackWhenAskedFor) {
+    launch();
+    desktop.key("ctrl+comma");
+    ASSERT_TRUE(soon([this] { return isInFront("Corvatto Preferences"); }));
+    kwin.minimizeWindowInFront();
+    ASSERT_TRUE(soon([this] { return !isInFront("Corvatto Preferences"); }));
+    // Not by themselves, and after a second Qt takes them for hidden as well.
+    EXPECT_FALSE(soon([this] { return isInFront("Corvatto Preferences"); }, std::chrono::seconds(1)));
+    showPanel();
+    desktop.key("ctrl+comma");
+    EXPECT_TRUE(soon([this] { return isInFront("Corvatto Preferences"); }));
+    EXPECT_TRUE(soonHidden());
+}
+
 TEST_F(KWinTest, AnOrdinaryProgramCopiesAndPastes) {
     launch();
     hidePanel();

@@ -97,15 +97,28 @@ PlasmaWindows::~PlasmaWindows() {
     wl_display_disconnect(m_display);
 }
 
-TestDesktop::Window PlasmaWindows::active() {
+const PlasmaWindows::Entry* PlasmaWindows::activeEntry() {
     wl_display_roundtrip(m_display); // which windows there are,
     wl_display_roundtrip(m_display); // and of what kind
     for (const auto& entry : m_entries) {
         if (entry->isActive) {
-            return entry->window;
+            return entry.get();
         }
     }
-    return {};
+    return nullptr;
+}
+
+TestDesktop::Window PlasmaWindows::active() {
+    const Entry* entry = activeEntry();
+    return entry != nullptr ? entry->window : TestDesktop::Window();
+}
+
+void PlasmaWindows::minimizeActive() {
+    constexpr auto minimized = ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_MINIMIZED;
+    if (const Entry* entry = activeEntry()) {
+        org_kde_plasma_window_set_state(entry->handle.get(), minimized, minimized);
+        wl_display_flush(m_display);
+    }
 }
 
 } // namespace corvatto::test

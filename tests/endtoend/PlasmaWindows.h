@@ -19,6 +19,8 @@ public:
 
     // As of now. Empty when none has the keyboard.
     TestDesktop::Window active();
+    // Minimises it.
+    void minimizeActive();
 
 private:
     struct Release {
@@ -30,6 +32,8 @@ private:
         bool isActive = false;
     };
     struct Listeners;
+
+    const Entry* activeEntry();
 
     wl_display* m_display;
     org_kde_plasma_window_management* m_management = nullptr;

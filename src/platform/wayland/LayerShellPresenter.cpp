@@ -119,7 +119,9 @@ void LayerShellPresenter::activate(QWidget& window) {
     if (m_panel) {
         m_panel->hide();
     }
-    if (window.windowHandle()->isExposed() && !window.isActiveWindow()) {
+    // One that is being opened will be in front anyway. Whether it is exposed does not tell: a minimised
+    // window is not either.
+    if (window.windowHandle() != m_opening && !window.isActiveWindow()) {
         window.hide(); // a program cannot raise a window, but a new one is in front
         window.show();
     }
@@ -146,6 +148,7 @@ bool LayerShellPresenter::eventFilter(QObject* watched, QEvent* event) {
     QWindow& window = static_cast<QWindow&>(*watched);
     switch (event->type()) {
     case QEvent::Show: // comes before the window has a surface
+        m_opening = &window;
         chooseRole(window);
         if (isModal(window)) {
             arrangePanel(true);
@@ -157,6 +160,10 @@ bool LayerShellPresenter::eventFilter(QObject* watched, QEvent* event) {
         }
         return false;
     case QEvent::Expose:
+        if (window.isExposed() && m_opening == &window) {
+            m_opening = nullptr;
+        }
+        return isHeldBack(window);
     case QEvent::Paint:
         return isHeldBack(window);
     default:

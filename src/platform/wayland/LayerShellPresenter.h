@@ -62,6 +62,7 @@ private:
 
     std::unique_ptr<LayerShell> m_shell;
     QPointer<QWidget> m_panel;                         // the one that was shown last
+    QPointer<QWindow> m_opening;                       // shown, and not on the screen yet
     std::vector<std::unique_ptr<SurfaceRole>> m_roles; // of visible windows
     QTimer m_pictureTimer;
     zwp_keyboard_shortcuts_inhibitor_v1* m_inhibitor = nullptr;
