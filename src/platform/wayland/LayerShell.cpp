@@ -35,13 +35,10 @@ struct LayerShell::Listeners {
             if (object == nullptr && std::strcmp(interface, wanted.name) == 0) {
                 object = static_cast<std::remove_reference_t<decltype(object)>>(
                     wl_registry_bind(registry, name, &wanted, std::min(version, wantedVersion)));
-                return true;
             }
-            return false;
         };
-        if (version >= lowestLayersVersion &&
-            bind(zwlr_layer_shell_v1_interface, self.m_layers, highestLayersVersion)) {
-            self.m_layersVersion = std::min(version, highestLayersVersion);
+        if (version >= lowestLayersVersion) {
+            bind(zwlr_layer_shell_v1_interface, self.m_layers, highestLayersVersion);
         }
         bind(xdg_wm_base_interface, self.m_popups, 1);
         bind(wl_subcompositor_interface, self.m_attachments, 1);
@@ -69,7 +66,8 @@ std::unique_ptr<LayerShell> LayerShell::bind() {
 LayerShell::LayerShell(wl_display* display) : m_display(display) {}
 
 LayerShell::~LayerShell() {
-    if (m_layers != nullptr && m_layersVersion >= ZWLR_LAYER_SHELL_V1_DESTROY_SINCE_VERSION) {
+    if (m_layers != nullptr &&
+        zwlr_layer_shell_v1_get_version(m_layers) >= ZWLR_LAYER_SHELL_V1_DESTROY_SINCE_VERSION) {
         zwlr_layer_shell_v1_destroy(m_layers);
     } else if (m_layers != nullptr) {
         wl_proxy_destroy(proxy(m_layers));

@@ -30,7 +30,6 @@ public:
     LayerShell& operator=(const LayerShell&) = delete;
 
     zwlr_layer_shell_v1* layers() const { return m_layers; }
-    quint32 layersVersion() const { return m_layersVersion; }
     xdg_wm_base* popups() const { return m_popups; }
     wl_subcompositor* attachments() const { return m_attachments; }
     zwp_keyboard_shortcuts_inhibit_manager_v1* inhibitors() const { return m_inhibitors; } // null without
@@ -54,7 +53,6 @@ private:
 
     wl_display* m_display;
     zwlr_layer_shell_v1* m_layers = nullptr;
-    quint32 m_layersVersion = 0;
     xdg_wm_base* m_popups = nullptr;
     wl_subcompositor* m_attachments = nullptr;
     zwp_keyboard_shortcuts_inhibit_manager_v1* m_inhibitors = nullptr;
