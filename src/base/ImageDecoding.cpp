@@ -14,18 +14,6 @@
 namespace corvatto {
 namespace {
 
-struct Format {
-    const char* name; // Qt's
-    const char* mimeType;
-};
-
-// What programs copy, the best first; a format may have had names before it was registered. Decoders for
-// anything else are not even asked: some know no limits, some recognise almost any bytes as theirs, and one
-// for drawings opens whatever files the drawing names.
-constexpr Format formats[] = {{"png", "image/png"},   {"tiff", "image/tiff"},    {"bmp", "image/bmp"},
-                              {"bmp", "image/x-bmp"}, {"bmp", "image/x-MS-bmp"}, {"webp", "image/webp"},
-                              {"jpeg", "image/jpeg"}, {"gif", "image/gif"}};
-
 // The format of bytes that begin with `header`, whatever their owner calls them. Empty when it is none of
 // ours.
 QByteArray formatOf(const QByteArray& header) {
@@ -170,18 +158,11 @@ std::optional<QImage> decode(QIODevice& device, QSize target) {
 
 } // namespace
 
-const QList<QByteArray>& decodableImageTypes() {
-    static const QList<QByteArray> types = [] {
-        const QList<QByteArray> installed = QImageReader::supportedImageFormats();
-        QList<QByteArray> ours;
-        for (const Format& format : formats) {
-            if (installed.contains(format.name)) {
-                ours.append(format.mimeType);
-            }
-        }
-        return ours;
-    }();
-    return types;
+// Decoders for anything else are not even asked: some know no limits, some recognise almost any bytes as
+// theirs, and one for drawings opens whatever files the drawing names.
+QList<QByteArray> imageTypes() {
+    return {"image/png",      "image/tiff", "image/bmp",  "image/x-bmp",
+            "image/x-MS-bmp", "image/webp", "image/jpeg", "image/gif"};
 }
 
 bool looksDecodable(const QByteArray& bytes) {

@@ -10,8 +10,10 @@
 
 namespace corvatto {
 
-// The MIME types that decodeImage() understands, the preferred ones first: PNG, then TIFF, then the others.
-const QList<QByteArray>& decodableImageTypes();
+// The MIME types that decodeImage() understands, the preferred ones first: PNG, then TIFF, then the others; a
+// format may have had names before it was registered. Whether the plug-in of one is installed shows when an
+// image is decoded: to ask would load all there are, which takes 10 ms and some megabytes.
+QList<QByteArray> imageTypes();
 
 // The largest image that is decoded, in bytes of decoded pixels: several 8K screenshots, but not what a small
 // malicious file can claim to unpack to.

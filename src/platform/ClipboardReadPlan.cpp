@@ -25,16 +25,6 @@ bool isFormattedText(const QByteArrayList& offered) {
            });
 }
 
-QByteArrayList imageTargets(const QByteArrayList& offered) {
-    QByteArrayList targets;
-    if (!isFormattedText(offered)) {
-        std::copy_if(decodableImageTypes().cbegin(), decodableImageTypes().cend(),
-                     std::back_inserter(targets),
-                     [&](const QByteArray& type) { return offered.contains(type); });
-    }
-    return targets;
-}
-
 QByteArrayList textTargets(const QByteArrayList& offered) {
     QByteArrayList targets;
     std::copy_if(offered.cbegin(), offered.cend(), std::back_inserter(targets),
@@ -78,7 +68,7 @@ ClipboardReadPlan::ClipboardReadPlan(const QByteArrayList& offered, const Clipbo
     add(Kind::cutSelection, {cutSelectionTarget}, flagBytes);
     add(Kind::gnomeCopiedFiles, {"x-special/gnome-copied-files", "x-special/mate-copied-files"},
         m_limits.textBytes);
-    add(Kind::image, imageTargets(offered), m_limits.imageBytes);
+    add(Kind::image, isFormattedText(offered) ? QByteArrayList() : imageTypes(), m_limits.imageBytes);
     add(Kind::text, textTargets(offered), m_limits.textBytes);
 }
 
