@@ -14,14 +14,17 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 
 namespace corvatto {
 namespace {
 
-constexpr char listSql[] = "    SELECT " CORVATTO_ITEM_COLUMNS "\n"
+constexpr char listSql[] = "    SELECT id\n"
                            "      FROM clipboard_items\n"
                            "     ORDER BY last_copied_at DESC\n"
                            "     LIMIT ?";
+
+constexpr char rowSql[] = "SELECT " CORVATTO_ITEM_COLUMNS " FROM clipboard_items WHERE id = ?";
 
 constexpr char searchSql[] = "    SELECT " CORVATTO_ITEM_COLUMNS "\n"
                              "      FROM clipboard_items\n"
@@ -70,6 +73,42 @@ private:
     QElapsedTimer m_timer;
 };
 
+struct Rows {
+    QList<ClipboardItem> items;
+    int status = SQLITE_OK; // of the last step
+};
+
+Rows search(SqliteStatement& query) {
+    Rows rows;
+    while ((rows.status = query.step()) == SQLITE_ROW) {
+        rows.items.append(rowToItem(query));
+    }
+    return rows;
+}
+
+using FindUnchanged = std::function<const ClipboardItem*(qint64 id)>;
+
+// Unchanged rows are not read again. It takes long where contents are, which SQLite goes through to reach the
+// columns behind them.
+Rows list(SqliteStatement& query, SqliteStatement& row, const FindUnchanged& findUnchanged) {
+    Rows rows;
+    while ((rows.status = query.step()) == SQLITE_ROW) {
+        const qint64 id = query.columnInt64(0);
+        if (const ClipboardItem* unchanged = findUnchanged(id)) {
+            rows.items.append(*unchanged);
+            continue;
+        }
+        row.reset();
+        row.bindInt64(1, id);
+        rows.status = row.step(); // the same state of the database, since the query is still under way
+        if (rows.status != SQLITE_ROW) {
+            break;
+        }
+        rows.items.append(rowToItem(row));
+    }
+    return rows;
+}
+
 } // namespace
 
 QList<ClipboardItem> ClipboardStore::fetchRecent(const std::optional<QString>& searchQuery, int limit) {
@@ -105,33 +144,33 @@ ClipboardStore::SearchResult ClipboardStore::fetch(const std::optional<QString>&
         }
     }
     SqliteStatement query(m_db, fetch.pattern ? searchSql : listSql);
-    if (!query.isPrepared()) {
+    SqliteStatement row(m_db, rowSql);
+    if (!query.isPrepared() || !row.isPrepared()) {
         printLine(QStringLiteral("[ClipboardStore] ERROR: Query failed: ") + lastSqliteError(m_db));
         return {};
     }
+    Rows rows;
     if (fetch.pattern) {
         for (int parameter = 1; parameter <= 4; ++parameter) {
             query.bindUtf8(parameter, *fetch.pattern);
         }
+        query.bindInt64(5, limit);
+        std::optional<TimeLimit> timeLimit;
+        if (found) {
+            timeLimit.emplace(m_db, m_longestSearch);
+        }
+        rows = corvatto::search(query);
+    } else {
+        query.bindInt64(1, limit);
+        rows = list(query, row,
+                    [&](qint64 id) { return version ? m_fetchCache->findUnchanged(*version, id) : nullptr; });
     }
-    query.bindInt64(fetch.pattern ? 5 : 1, limit);
-
-    std::optional<TimeLimit> timeLimit;
-    if (fetch.pattern && found) {
-        timeLimit.emplace(m_db, m_longestSearch);
+    const bool areAll = addContents(rows.items, m_db, m_database);
+    if (version && rows.status == SQLITE_DONE && areAll) {
+        m_fetchCache->insert(*version, fetch, rows.items);
     }
-    QList<ClipboardItem> items;
-    int status = query.step();
-    for (; status == SQLITE_ROW; status = query.step()) {
-        items.append(rowToItem(query));
-    }
-    timeLimit.reset();
-    const bool areAll = addContents(items, m_db, m_database);
-    if (version && status == SQLITE_DONE && areAll) {
-        m_fetchCache->insert(*version, fetch, items);
-    }
-    if (status != SQLITE_INTERRUPT) {
-        return {withoutDue(items)};
+    if (rows.status != SQLITE_INTERRUPT) {
+        return {withoutDue(rows.items)};
     }
     m_backgroundSearch->start(*fetch.pattern, limit,
                               [this, fetch, version, found = std::move(found),
@@ -141,7 +180,7 @@ ClipboardStore::SearchResult ClipboardStore::fetch(const std::optional<QString>&
                                   }
                                   found(result ? withoutDue(*result) : fetchRecent(searchQuery, fetch.limit));
                               });
-    return {withoutDue(items), false};
+    return {withoutDue(rows.items), false};
 }
 
 // What exceeds the limits is the oldest, so it comes last.

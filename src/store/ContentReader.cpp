@@ -74,6 +74,10 @@ bool addContents(QList<ClipboardItem>& items, sqlite3* db, const QByteArray& dat
     ContentBlob blob(db);
     QList<ClipboardItem> complete;
     for (ClipboardItem& item : items) {
+        if (!item.content.prefix().isEmpty()) {
+            complete.append(std::move(item));
+            continue;
+        }
         const auto content =
             isUtf8 && blob.open(item.id) ? contentOf(item, blob, database) : convertedContent(db, item.id);
         if (content) {

@@ -11,9 +11,9 @@ struct sqlite3;
 
 namespace corvatto {
 
-// Gives each item its content, read over `db`, which may be a worker's connection to the database at that
-// path, as the system spells it. Items whose content cannot be read are left out, and the result is false
-// then.
+// Gives each item that has none its content, read over `db`, which may be a worker's connection to the
+// database at that path, as the system spells it. Items whose content cannot be read are left out, and the
+// result is false then.
 bool addContents(QList<ClipboardItem>& items, sqlite3* db, const QByteArray& database);
 
 } // namespace corvatto

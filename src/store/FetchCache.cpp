@@ -19,6 +19,18 @@ bool isNarrowed(const QByteArray& pattern, const QByteArray& wider) {
 
 } // namespace
 
+FetchCache::FetchCache(sqlite3* db) : m_db(db) {
+    const auto rowChanged = [](void* cache, int /*operation*/, const char* /*database*/,
+                               const char* /*table*/, sqlite3_int64 id) {
+        static_cast<FetchCache*>(cache)->m_unchanged.remove(id);
+    };
+    sqlite3_update_hook(m_db, rowChanged, this);
+}
+
+FetchCache::~FetchCache() {
+    sqlite3_update_hook(m_db, nullptr, nullptr);
+}
+
 std::optional<FetchCache::Version> FetchCache::currentVersion() const {
     // A number that changes with each commit of another connection.
     SqliteStatement foreign(m_db, "PRAGMA data_version");
@@ -43,8 +55,23 @@ std::optional<QList<ClipboardItem>> FetchCache::find(const Version& version, con
     return std::nullopt;
 }
 
+const ClipboardItem* FetchCache::findUnchanged(const Version& version, qint64 id) const {
+    // The hook tells what this connection changes, and nothing of others.
+    if (!m_entry || m_entry->version.foreignChanges != version.foreignChanges) {
+        return nullptr;
+    }
+    const auto found = m_unchanged.constFind(id);
+    return found != m_unchanged.cend() ? &m_entry->items[*found] : nullptr;
+}
+
 void FetchCache::insert(const Version& version, const Fetch& fetch, const QList<ClipboardItem>& items) {
     m_entry = {version, fetch, items};
+    m_unchanged.clear();
+    if (version == currentVersion()) {
+        for (qsizetype index = 0; index < items.size(); ++index) {
+            m_unchanged.insert(items[index].id, index);
+        }
+    }
 }
 
 // Those of `items` that the search statement would find, in the same order. Absent when SQLite fails.

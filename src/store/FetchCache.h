@@ -1,11 +1,12 @@
 // Keeps the result of the last fetch. Until somebody changes the database, the same fetch is answered from
 // it, and so is a search for a longer word, which can only match a part of what the shorter one matched.
-// Private to this room.
+// Of items that have not changed since, the next fetch takes what it needs. Private to this room.
 #pragma once
 
 #include "store/ClipboardItem.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 
 #include <optional>
@@ -27,14 +28,21 @@ public:
         int limit;
     };
 
-    // The connection outlives the cache.
-    explicit FetchCache(sqlite3* db) : m_db(db) {}
+    // The connection outlives the cache, which takes its update hook.
+    explicit FetchCache(sqlite3* db);
+    ~FetchCache();
+    FetchCache(const FetchCache&) = delete;
+    FetchCache& operator=(const FetchCache&) = delete;
 
     // Read before a fetch, so that a change made meanwhile is not missed. Absent when it cannot be read.
     std::optional<Version> currentVersion() const;
 
     // What the statement would find in the database of that version; absent when the cache cannot tell.
     std::optional<QList<ClipboardItem>> find(const Version& version, const Fetch& fetch) const;
+
+    // The item as it was found by the last fetch, if it is in the database of that version unchanged, as far
+    // as can be told; else null. Valid until the next insert().
+    const ClipboardItem* findUnchanged(const Version& version, qint64 id) const;
 
     // Replaces what was kept.
     void insert(const Version& version, const Fetch& fetch, const QList<ClipboardItem>& items);
@@ -51,6 +59,7 @@ private:
 
     sqlite3* m_db;
     std::optional<Entry> m_entry;
+    QHash<qint64, qsizetype> m_unchanged; // by the id of the item, where it is in the entry
 };
 
 } // namespace corvatto

@@ -44,6 +44,10 @@ int SqliteStatement::step() {
     return sqlite3_step(m_statement);
 }
 
+void SqliteStatement::reset() {
+    sqlite3_reset(m_statement);
+}
+
 QByteArrayView SqliteStatement::columnUtf8(int column) const {
     // The text first: asking for it may convert the value, and the length is that of the converted one.
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));

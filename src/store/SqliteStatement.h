@@ -31,6 +31,8 @@ public:
 
     // SQLITE_ROW, SQLITE_DONE or an error.
     int step();
+    // To the beginning, for other parameters.
+    void reset();
 
     // Columns of the current row, numbered from 0. A NULL text is the empty string.
     QString columnText(int column) const;
