@@ -105,6 +105,24 @@ TEST_F(WindowManagerTest, AWilfulOneIsAskedAgain) {
     }));
 }
 
+TEST_F(WindowManagerTest, ALateOneShowsThePanelThatIsHiddenMeanwhile) {
+    desktop.stopWindowManager();
+    XClient late(desktop.display());
+    ASSERT_TRUE(late.takeRequestsToShow());
+    start();
+    XClient::Window shown = XCB_NONE;
+    ASSERT_TRUE(soon([&] { return (shown = late.windowToShow()) != XCB_NONE; }));
+    ASSERT_EQ(corvatto({"--toggle"}), 0);
+    ASSERT_TRUE(soon([&] { return late.hiddenWindow() == shown; }));
+    late.show(shown);
+    ASSERT_TRUE(soon([&] { return late.keyboard() == shown; })) << "the program has not noticed";
+    EXPECT_EQ(corvatto({"--toggle"}), 0); // to show what Qt believes hidden
+    EXPECT_TRUE(soon([this] { return setting("corvattoHistoryWindowOpenCount") == 2; }));
+    EXPECT_EQ(panel(), shown);
+    desktop.key("Escape");
+    EXPECT_TRUE(soonHidden());
+}
+
 TEST_F(WindowManagerTest, ABarTakesSpaceOfItsMonitorOnly) {
     run("xrandr --setmonitor left 640/170x1100/291+0+0 screen");
     run("xrandr --setmonitor right 640/170x1100/291+640+0 none");

@@ -96,13 +96,23 @@ bool XClient::takeRequestsToShow() {
     return owned(xcb_request_check(raw(), cookie)) == nullptr;
 }
 
-XClient::Window XClient::windowToShow() {
+XClient::Window XClient::nextWindow(quint8 eventType) {
+    static_assert(offsetof(xcb_map_request_event_t, window) == offsetof(xcb_unmap_notify_event_t, window));
     while (const auto event = owned(xcb_poll_for_event(raw()))) {
-        if ((event->response_type & 0x7F) == XCB_MAP_REQUEST) {
+        if ((event->response_type & 0x7F) == eventType) {
             return reinterpret_cast<const xcb_map_request_event_t&>(*event).window;
         }
     }
     return XCB_NONE;
+}
+
+void XClient::show(Window window) {
+    xcb_map_window(raw(), window);
+    sync();
+}
+
+XClient::Window XClient::keyboard() {
+    return owned(xcb_get_input_focus_reply(raw(), xcb_get_input_focus(raw()), nullptr))->focus;
 }
 
 void XClient::own(const QByteArray& selection) {

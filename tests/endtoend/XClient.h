@@ -43,13 +43,19 @@ public:
 
     // Has windows wait to be shown until a window manager, here this client, agrees. False when there is one.
     bool takeRequestsToShow();
-    Window windowToShow(); // that it is asked to show since the last look; 0 when there is none
+    // The next one that this window manager is asked to show, or that its program says it has hidden, since
+    // the last look at either; 0 when there is none.
+    Window windowToShow() { return nextWindow(XCB_MAP_REQUEST); }
+    Window hiddenWindow() { return nextWindow(XCB_UNMAP_NOTIFY); }
+    void show(Window window);
+    Window keyboard(); // what the server gives it to, whatever a window manager says
 
     void own(const QByteArray& selection); // and answer nobody who asks for it
 
     QImage picture(QRect area);
 
 private:
+    Window nextWindow(quint8 eventType);
     void xdotool(const QByteArrayList& arguments);
 
     QByteArray m_display;
