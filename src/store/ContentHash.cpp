@@ -1,34 +1,25 @@
-// OpenSSL uses the processor's SHA instructions, which makes it six times as fast as QCryptographicHash.
+// Nettle uses the processor's SHA instructions, which makes it several times as fast as QCryptographicHash.
+// It takes a tenth of the memory of OpenSSL, which is as fast.
 #include "store/ContentHash.h"
 
 #include <QByteArray>
-#include <QCryptographicHash>
 
-#include <openssl/evp.h>
-
-#include <array>
+#include <nettle/sha2.h>
 
 namespace corvatto {
-namespace {
-
-constexpr std::size_t digestLength = 32;
-
-} // namespace
 
 QString sha256(QStringView text) {
     return sha256Hex(text.toUtf8());
 }
 
 QString sha256Hex(QByteArrayView bytes) {
-    std::array<unsigned char, digestLength> digest{};
-    const int succeeded = EVP_Digest(bytes.data(), static_cast<std::size_t>(bytes.size()), digest.data(),
-                                     nullptr, EVP_sha256(), nullptr);
-    if (succeeded != 1) {
-        // Happens only when OpenSSL cannot allocate memory, or its configuration disables SHA-256. Without a
-        // correct hash, different copies would become one entry.
-        return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
-    }
-    return QString::fromLatin1(QByteArrayView(digest).toByteArray().toHex());
+    sha256_ctx context;
+    sha256_init(&context);
+    sha256_update(&context, static_cast<std::size_t>(bytes.size()),
+                  reinterpret_cast<const uint8_t*>(bytes.data()));
+    QByteArray digest(SHA256_DIGEST_SIZE, Qt::Uninitialized);
+    sha256_digest(&context, SHA256_DIGEST_SIZE, reinterpret_cast<uint8_t*>(digest.data()));
+    return QString::fromLatin1(digest.toHex());
 }
 
 } // namespace corvatto
