@@ -22,6 +22,7 @@ ClipboardStore::~ClipboardStore() {
     if (m_db != nullptr) {
         finish();
         m_backgroundSearch.reset();
+        m_fetchCache.reset();
         sqlite3_close(m_db);
     }
 }
