@@ -52,7 +52,7 @@ public:
     void removeEverything() {
         store.reset();
         QDir(path("Corvatto")).removeRecursively();
-        vfs.disk.clear();
+        vfs.clearDisk();
     }
     void create(const QByteArray& statements) {
         removeEverything();
@@ -82,7 +82,8 @@ public:
     }
     QString filesAfterLossOfPower() const {
         const QString directory = emptyCopy("unpowered");
-        for (auto file = vfs.disk.begin(); file != vfs.disk.end(); ++file) {
+        const auto disk = vfs.disk();
+        for (auto file = disk.begin(); file != disk.end(); ++file) {
             if (file.key().startsWith(path("Corvatto/"))) { // the others are copies such as this one
                 QFile copy(directory + file.key().mid(home.path().size()));
                 EXPECT_TRUE(copy.open(QIODevice::WriteOnly) && copy.write(*file) == file->size());

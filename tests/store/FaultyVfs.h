@@ -1,6 +1,6 @@
 // SQLite's way to the disk with faults on demand, for all connections that are opened while it lives: fails
 // the n-th call that reaches the disk, or all from the n-th on. Knows besides what a loss of power would
-// leave.
+// leave. Any thread, since the store's workers use it beside the tests.
 #pragma once
 
 #include <QFile>
@@ -9,6 +9,7 @@
 #include <sqlite3.h>
 
 #include <map>
+#include <mutex>
 
 namespace corvatto::test {
 
@@ -18,8 +19,7 @@ public:
         ioError,  // any call fails, with the code of its kind; a write has written half by then
         diskFull, // only what needs space fails: writes, and files that would be created or grow
     };
-    // What is on the disk for sure: of each file, its content at its last synchronisation.
-    QMap<QString, QByteArray> disk;
+    using Disk = QMap<QString, QByteArray>;
 
     FaultyVfs() : m_original(sqlite3_vfs_find(nullptr)), m_vfs(*m_original) {
         s_instance = this;
@@ -29,7 +29,8 @@ public:
             if (fails(false)) {
                 return SQLITE_IOERR_DELETE;
             }
-            s_instance->disk.remove(QString::fromUtf8(name));
+            const Lock lock(s_instance->m_mutex);
+            s_instance->m_disk.remove(QString::fromUtf8(name));
             return s_instance->m_original->xDelete(s_instance->m_original, name, 0);
         };
         m_vfs.xAccess = [](sqlite3_vfs*, const char* name, int flags, int* result) {
@@ -45,8 +46,19 @@ public:
     FaultyVfs(const FaultyVfs&) = delete;
     FaultyVfs& operator=(const FaultyVfs&) = delete;
 
+    // What is on the disk for sure: of each file, its content at its last synchronisation.
+    Disk disk() const {
+        const Lock lock(m_mutex);
+        return m_disk;
+    }
+    void clearDisk() {
+        const Lock lock(m_mutex);
+        m_disk.clear();
+    }
+
     // The n-th call from now on fails, counted from 1, and with `persistently` all after it.
     void arm(Fault fault, int n, bool persistently) {
+        const Lock lock(m_mutex);
         m_fault = fault;
         m_countdown = n;
         m_persistently = persistently;
@@ -54,11 +66,13 @@ public:
     }
     // Ends the faults. Whether there were any.
     bool disarm() {
+        const Lock lock(m_mutex);
         m_countdown = 0;
         return m_hasFailed;
     }
 
 private:
+    using Lock = std::lock_guard<std::mutex>;
     using Methods = sqlite3_io_methods;
     struct OpenFile {
         QString path; // empty for a file without a name
@@ -69,6 +83,8 @@ private:
 
     sqlite3_vfs* m_original;
     sqlite3_vfs m_vfs;
+    mutable std::mutex m_mutex; // of what follows
+    Disk m_disk;
     std::map<sqlite3_file*, OpenFile> m_files; // those that have been closed stay until the next of that name
     Fault m_fault = Fault::ioError;
     int m_countdown = 0; // calls until the fault; 0 when none is to come
@@ -76,6 +92,7 @@ private:
 
     static bool fails(bool needsSpace) {
         FaultyVfs& vfs = *s_instance;
+        const Lock lock(vfs.m_mutex);
         if (vfs.m_countdown == 0 || (vfs.m_fault == Fault::diskFull && !needsSpace) ||
             --vfs.m_countdown > 0) {
             return false;
@@ -86,7 +103,10 @@ private:
     }
 
     // A call that is passed on unless it is to fail.
-    static const Methods& original(sqlite3_file* file) { return *s_instance->m_files[file].original; }
+    static const Methods& original(sqlite3_file* file) {
+        const Lock lock(s_instance->m_mutex);
+        return *s_instance->m_files[file].original;
+    }
     template <auto method, int error, typename... Arguments>
     static int pass(sqlite3_file* file, Arguments... arguments) {
         return fails(false) ? error : (original(file).*method)(file, arguments...);
@@ -94,6 +114,7 @@ private:
     static int write(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 offset) {
         const bool isHalf = fails(true);
         const int status = original(file).xWrite(file, bytes, isHalf ? size / 2 : size, offset);
+        const Lock lock(s_instance->m_mutex);
         const int error = s_instance->m_fault == Fault::diskFull ? SQLITE_FULL : SQLITE_IOERR_WRITE;
         return isHalf ? error : status;
     }
@@ -101,9 +122,10 @@ private:
         if (fails(false)) {
             return SQLITE_IOERR_FSYNC;
         }
+        const Lock lock(s_instance->m_mutex);
         const QString path = s_instance->m_files[file].path;
         if (QFile content(path); content.open(QIODevice::ReadOnly)) {
-            s_instance->disk[path] = content.readAll();
+            s_instance->m_disk[path] = content.readAll();
         }
         return SQLITE_OK;
     }
@@ -118,6 +140,7 @@ private:
         sqlite3_vfs* vfs = s_instance->m_original;
         const int status = vfs->xOpen(vfs, name, file, flags, outFlags);
         if (status == SQLITE_OK) {
+            const Lock lock(s_instance->m_mutex);
             OpenFile& open = s_instance->m_files[file] = {path, file->pMethods, *file->pMethods};
             Methods& faulty = open.faulty;
             faulty.iVersion = 2; // the methods of later versions map the database itself, unused here
@@ -132,10 +155,10 @@ private:
                 return fails(extend != 0) ? SQLITE_IOERR_SHMMAP
                                           : original(f).xShmMap(f, region, size, extend, memory);
             };
-            faulty.xShmLock = [](sqlite3_file* f, int offset, int count, int lock) {
-                return (lock & SQLITE_SHM_LOCK) != 0 && fails(false) // giving a lock back does not fail
+            faulty.xShmLock = [](sqlite3_file* f, int offset, int count, int action) {
+                return (action & SQLITE_SHM_LOCK) != 0 && fails(false) // giving a lock back does not fail
                            ? SQLITE_IOERR_SHMLOCK
-                           : original(f).xShmLock(f, offset, count, lock);
+                           : original(f).xShmLock(f, offset, count, action);
             };
             file->pMethods = &faulty;
         }
