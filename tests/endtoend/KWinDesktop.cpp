@@ -115,9 +115,4 @@ QList<QByteArray> KWinDesktop::targets() {
     return outputOf("timeout", {"4", "wl-paste", "--list-types"}).value_or("").split('\n');
 }
 
-void KWinDesktop::startWindow(const QByteArray& application) {
-    m_programs.push_back(
-        std::make_unique<Process>(WINDOW_CLIENT, QByteArrayList{application}, environment(), true));
-}
-
 } // namespace corvatto::test

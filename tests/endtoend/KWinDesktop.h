@@ -21,11 +21,8 @@ public:
     Window windowInFront(qint64 panelsPid) override;
     QList<QByteArray> targets() override;
     void minimizeWindowInFront();
-    QByteArray printedByWindow() const { return m_programs.back()->output(); } // the last one opened
 
 private:
-    void startWindow(const QByteArray& application) override;
-
     QDBusConnection m_bus;
     std::unique_ptr<Process> m_taskBar;
     std::unique_ptr<PlasmaWindows> m_windows;

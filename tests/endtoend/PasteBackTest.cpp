@@ -41,6 +41,24 @@ TEST_P(PasteBackTest, TextInEveryFlavourAndNoNewEntry) {
     EXPECT_TRUE(soonStored(text, 3));
 }
 
+// One that may copy and paste only while it has the keyboard, where the desktop sees to that.
+TEST_P(PasteBackTest, AnOrdinaryProgramCopiesAndPastes) {
+    launch();
+    hidePanel();
+    desktop.openWindow("Falcon");
+    desktop.key("ctrl+c");
+    ASSERT_TRUE(soonStored("copied in a window"));
+    EXPECT_EQ(database.find("copied in a window")->sourceApp, "Falcon");
+    copyText("a later copy");
+    ASSERT_TRUE(soonStored("a later copy"));
+    showPanel();
+    desktop.key("Return");
+    ASSERT_TRUE(soonHidden());
+    ASSERT_TRUE(soon([this] { return desktop.windowInFront(program->pid()).application == "Falcon"; }));
+    desktop.key("ctrl+v");
+    EXPECT_TRUE(soon([this] { return desktop.printedByWindow() == "copied in a window\n"; }));
+}
+
 TEST_P(PasteBackTest, AnImagePixelForPixel) {
     const QImage image = testImage({640, 480});
     const auto file = desktop.writeFile("full.png", encoded(image, "png"));

@@ -92,12 +92,4 @@ TestDesktop::Window SwayDesktop::windowInFront(qint64) {
     return {};
 }
 
-void SwayDesktop::openTerminal(const QByteArray& application, const QByteArray& command) {
-    m_programs.push_back(std::make_unique<Process>(
-        "foot",
-        QByteArrayList{"--config=/dev/null", "--override=colors.background=ff00ff", "--fullscreen",
-                       "--app-id=" + application, "sh", "-c", command},
-        environment(), true));
-}
-
 } // namespace corvatto::test

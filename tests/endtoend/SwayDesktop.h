@@ -17,12 +17,7 @@ public:
     bool panelHasKeyboard(qint64 pid) override;
     Window windowInFront(qint64 panelsPid) override;
 
-    // An ordinary program that copies and pastes: a terminal over the full screen, in which a shell runs
-    // that.
-    void openTerminal(const QByteArray& application, const QByteArray& command);
-
 private:
-    void startWindow(const QByteArray& application) override { openTerminal(application, "sleep inf"); }
     QJsonDocument ask(const QByteArray& question) const;
 };
 

@@ -63,7 +63,8 @@ QByteArray TestDesktop::writeFile(const QByteArray& name, const QByteArray& byte
 }
 
 void TestDesktop::openWindow(const QByteArray& application) {
-    startWindow(application);
+    m_windows.push_back(
+        std::make_unique<Process>(WINDOW_CLIENT, QByteArrayList{application}, environment(), true));
     if (!soon([&] {
             return windowInFront(0).application == application && pixel({9, 9}) == QColor(Qt::magenta);
         })) {

@@ -57,6 +57,7 @@ public:
     virtual Window windowInFront(qint64 panelsPid) = 0;
     // Of another program, magenta, over the full screen. Returns when it has the keyboard and is painted.
     void openWindow(const QByteArray& application);
+    QByteArray printedByWindow() const { return m_windows.back()->output(); } // the last one opened
 
     // What a plain text goes by here.
     virtual QByteArray textTarget() const = 0;
@@ -70,8 +71,6 @@ public:
 protected:
     explicit TestDesktop(const Options& options);
 
-    virtual void startWindow(const QByteArray& application) = 0;
-
     void setVariable(const char* name, const QByteArray& value);
     // What a program prints, when it succeeds.
     std::optional<QByteArray> outputOf(const QByteArray& program, const QByteArrayList& arguments) const;
@@ -83,6 +82,7 @@ private:
     QProcessEnvironment m_environment;
     QByteArray m_sessionBus;
     std::unique_ptr<Process> m_bus;
+    std::vector<std::unique_ptr<Process>> m_windows;
 };
 
 } // namespace corvatto::test

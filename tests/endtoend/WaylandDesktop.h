@@ -24,7 +24,6 @@ protected:
     void plugIn(const QByteArray& compositor);
 
     std::unique_ptr<Process> m_compositor;
-    std::vector<std::unique_ptr<Process>> m_programs;
 
 private:
     std::unique_ptr<WaylandInput> m_input;

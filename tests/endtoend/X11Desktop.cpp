@@ -77,10 +77,6 @@ TestDesktop::Window X11Desktop::windowInFront(qint64 panelsPid) {
     return {m_client->windowClass(window), m_client->title(window), m_client->geometry(window)};
 }
 
-void X11Desktop::startWindow(const QByteArray& application) {
-    m_client->createWindow(QRect(QPoint(0, 0), m_screen), application, {}, true);
-}
-
 std::optional<QByteArray> X11Desktop::paste(const QByteArray& target) {
     return outputOf("xclip", {"-out", "-selection", "clipboard", "-target", target});
 }

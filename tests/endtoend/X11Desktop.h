@@ -37,8 +37,6 @@ public:
     void stopServer() override { m_server.reset(); }
 
 private:
-    void startWindow(const QByteArray& application) override;
-
     QByteArray m_display, m_windowManagerSettings;
     std::unique_ptr<Process> m_server, m_windowManager;
     std::unique_ptr<XClient> m_client;

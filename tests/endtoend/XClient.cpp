@@ -66,7 +66,7 @@ XClient::Window XClient::topWindow() {
 }
 
 XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowClass,
-                                      const QByteArray& desktopEntry, bool isFullScreen) {
+                                      const QByteArray& desktopEntry) {
     const Window window = xcb_generate_id(raw());
     const quint32 magenta = 0xff00ff;
     xcb_create_window(raw(), XCB_COPY_FROM_PARENT, window, root(), static_cast<qint16>(geometry.x()),
@@ -76,9 +76,6 @@ XClient::Window XClient::createWindow(QRect geometry, const QByteArray& windowCl
     const QByteArray both = windowClass.toLower() + '\0' + windowClass + '\0';
     put(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, both);
     put(window, atom("_GTK_APPLICATION_ID"), atom("UTF8_STRING"), desktopEntry);
-    if (isFullScreen) {
-        put(window, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, QList{atom("_NET_WM_STATE_FULLSCREEN")});
-    }
     xcb_map_window(raw(), window);
     sync();
     return window;

@@ -35,8 +35,7 @@ public:
 
     // A window of another application, which the window manager shows and gives the keyboard. Filled with
     // magenta.
-    Window createWindow(QRect geometry, const QByteArray& windowClass, const QByteArray& desktopEntry = {},
-                        bool isFullScreen = false);
+    Window createWindow(QRect geometry, const QByteArray& windowClass, const QByteArray& desktopEntry = {});
 
     // Registers the key at that place of the keyboard for this client. False when somebody else has it.
     bool grabKey(xcb_keycode_t code, quint16 modifierMask);

@@ -1,6 +1,6 @@
-// A window of another program: magenta, over the full screen. Its argument is the name of its desktop entry.
-// Ctrl+C copies "copied in a window", Ctrl+V prints the text on the clipboard, and Super+Shift+V prints
-// "key".
+// A window of another program: magenta, over the full screen. Its argument is the name of its desktop entry
+// and of its class. Ctrl+C copies "copied in a window", Ctrl+V prints the text on the clipboard, and
+// Super+Shift+V prints "key".
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -32,6 +32,7 @@ class Window : public QRasterWindow {
 int main(int argc, char** argv) {
     const QGuiApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(QString::fromLocal8Bit(argv[1]));
+    QGuiApplication::setApplicationName(QGuiApplication::desktopFileName());
     Window window;
     window.showFullScreen();
     return QGuiApplication::exec();
