@@ -119,8 +119,7 @@ TEST_P(DesktopSleepTest, WhatIsCopiedLastBeforeItWakesIsRecorded) {
 
 TEST_P(DesktopEndTest, WithoutTheServerTheProgramEndsWithALineAndItsHistory) {
     launch();
-    copyText("before the end");
-    ASSERT_TRUE(soonStored("before the end"));
+    record("before the end");
     desktop.stopServer();
     EXPECT_EQ(program->exitStatus(), 1);
     EXPECT_TRUE(program->hasPrinted(isX11() ? "[CorvattoApp] ERROR: The X server is gone."

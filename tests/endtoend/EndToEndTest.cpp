@@ -110,6 +110,14 @@ Process& EndToEndTest::copy(const QList<Offer>& offers, const QByteArrayList& op
     return *owner;
 }
 
+Database::Row EndToEndTest::record(const QByteArray& text) {
+    copyText(text);
+    if (!soonStored(text)) {
+        throw std::runtime_error("not recorded: " + text.toStdString());
+    }
+    return *database.find(text);
+}
+
 bool EndToEndTest::soonStored(const QByteArray& content, qint64 copyCount) {
     return soon([&] {
         const auto row = database.find(content);
@@ -129,8 +137,7 @@ QList<Database::Row> EndToEndTest::rowsAfterNextCopy() {
     };
     soon([&, before = copies()] { return copies() != before; }, std::chrono::milliseconds(400));
     const QByteArray next = "the next good copy " + QByteArray::number(++m_copies);
-    copyText(next);
-    EXPECT_TRUE(soonStored(next));
+    record(next);
     auto rows = database.rows();
     rows.removeIf([&](const Database::Row& row) { return row.content == next; });
     return rows;

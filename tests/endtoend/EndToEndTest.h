@@ -52,6 +52,8 @@ protected:
     // are those of clipboard_client.
     Process& copy(const QList<Offer>& offers, const QByteArrayList& options = {});
     Process& copyText(const QByteArray& text) { return copy({{textTarget, text}}); }
+    // Has it copied, and returns its entry. Throws std::runtime_error when there is none.
+    Database::Row record(const QByteArray& text);
     std::optional<QByteArray> paste() { return desktop.paste(textTarget); }
 
     bool soonStored(const QByteArray& content, qint64 copyCount = 1);

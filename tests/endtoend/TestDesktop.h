@@ -58,6 +58,7 @@ public:
     // Of another program, magenta, over the full screen. Returns when it has the keyboard and is painted.
     void openWindow(const QByteArray& application);
     QByteArray printedByWindow() const { return m_windows.back()->output(); } // the last one opened
+    void closeWindow() { m_windows.pop_back(); }                              // likewise
 
     // What a plain text goes by here.
     virtual QByteArray textTarget() const = 0;
