@@ -1,17 +1,14 @@
-// Where a copy comes from, as both protocols tell it.
+// What no compositor of the end-to-end tests tells, or tells in this order.
 #include "platform/wayland/WaylandWorkspace.h"
 
 #include "FakeToplevels.h"
 #include "base/ScopedEnvironment.h"
 #include "platform/wayland/SurfaceRole.h"
 #include "support/Eventually.h"
-#include "support/Files.h"
 #include "support/Printing.h"
 
 #include <QDesktopServices>
 #include <QGuiApplication>
-#include <QStandardPaths>
-#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -23,11 +20,6 @@ protected:
     Workspace() {
         QGuiApplication::setApplicationName(QStringLiteral("Corvatto"));
         QGuiApplication::setDesktopFileName(QStringLiteral("corvatto"));
-    }
-
-    bool soonNamed(WaylandWorkspace& workspace, const char* name) {
-        return eventually([&] { return workspace.nameOfCopySource(false) == QLatin1String(name); },
-                          std::chrono::seconds(2));
     }
 
     WaylandServer server;
@@ -51,75 +43,8 @@ public Q_SLOTS:
     }
 };
 
-struct Protocol {
-    const char* name;
-    std::unique_ptr<FakeToplevels> (*offer)(WaylandServer&);
-};
-
-class WorkspaceWithToplevels : public Workspace, public ::testing::WithParamInterface<Protocol> {
-protected:
-    std::unique_ptr<FakeToplevels> toplevels = GetParam().offer(server);
-    std::unique_ptr<WaylandConnection> connection = server.connect();
-    WaylandWorkspace workspace{*connection};
-
-    void SetUp() override {
-        bool isBound = false;
-        connection->sync([&isBound] { isBound = true; });
-        ASSERT_TRUE(eventually([&isBound] { return isBound; }));
-    }
-};
-
-template <typename Toplevels, int version>
-std::unique_ptr<FakeToplevels> offer(WaylandServer& server) {
-    return std::make_unique<Toplevels>(server, version);
-}
-
-INSTANTIATE_TEST_SUITE_P(, WorkspaceWithToplevels,
-                         ::testing::Values(Protocol{"Wlr1", offer<FakeWlrToplevels, 1>},
-                                           Protocol{"Wlr3", offer<FakeWlrToplevels, 3>},
-                                           Protocol{"Plasma", offer<FakePlasmaToplevels, 16>}),
-                         [](const auto& each) { return each.param.name; });
-
-TEST_P(WorkspaceWithToplevels, TheSourceIsTheActiveWindowOrTheLastOneUnderAWindowOfOurs) {
-    const QDir entries(QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation));
-    writeFile(entries.filePath(QStringLiteral("org.example.Writer.desktop")),
-              "[Desktop Entry]\nName=Writer\n");
-
-    toplevels->open(1, "org.example.Writer");
-    toplevels->open(2, "unknown");
-    toplevels->activate(1);
-    EXPECT_TRUE(soonNamed(workspace, "Writer"));
-    toplevels->activate(2);
-    EXPECT_TRUE(soonNamed(workspace, "unknown"));
-    toplevels->activate(0);
-    EXPECT_TRUE(soonNamed(workspace, "")) << "nothing is in front of an empty desktop";
-
-    QWindow panel;
-    panel.show();
-    panel.requestActivate();
-    EXPECT_TRUE(soonNamed(workspace, "unknown"));
-    toplevels->close(1);
-    toplevels->close(2);
-    EXPECT_TRUE(soonNamed(workspace, ""));
-    toplevels->open(3, "third");
-    toplevels->close(3);
-    toplevels->open(4, "fourth");
-    toplevels->activate(4);
-    EXPECT_TRUE(soonNamed(workspace, "fourth"));
-}
-
-TEST_P(WorkspaceWithToplevels, OurOwnWindowsAreTheSourceOnlyOfWhatIsCopiedInThem) {
-    toplevels->open(1, "other");
-    toplevels->open(2, "Corvatto");
-    toplevels->activate(1);
-    EXPECT_TRUE(soonNamed(workspace, "other"));
-    toplevels->activate(2);
-    EXPECT_TRUE(soonNamed(workspace, ""));
-    EXPECT_EQ(workspace.nameOfCopySource(true), u"Corvatto");
-}
-
 TEST_F(Workspace, AWindowIsActiveWithTheEndOfWhatIsSaidOfIt) {
-    FakeWlrToplevels toplevels(server, 3);
+    FakeToplevels toplevels(server);
     const auto connection = server.connect();
     WaylandWorkspace workspace(*connection);
     const auto hear = [&connection] {
@@ -130,7 +55,7 @@ TEST_F(Workspace, AWindowIsActiveWithTheEndOfWhatIsSaidOfIt) {
     ASSERT_TRUE(hear());
     toplevels.open(1, "first");
     toplevels.open(2, "second");
-    toplevels.activate(1);
+    toplevels.announceState(1, true);
     toplevels.announceStateWithoutDone(2, true);
     ASSERT_TRUE(hear());
     EXPECT_EQ(workspace.nameOfCopySource(false), u"first");
@@ -142,7 +67,6 @@ TEST_F(Workspace, AWindowIsActiveWithTheEndOfWhatIsSaidOfIt) {
 }
 
 TEST_F(Workspace, NamesAreEmptyWhereTheCompositorDoesNotTell) {
-    const FakePlasmaToplevels tooOld(server, 12);
     const auto connection = server.connect();
     WaylandWorkspace workspace(*connection);
     EXPECT_EQ(workspace.nameOfCopySource(false), QString());
