@@ -31,7 +31,7 @@ protected:
         return m_wishes.options.value(name, otherwise);
     }
     const QMap<QByteArray, QByteArray>& content() const { return m_wishes.content; }
-    QByteArrayList targets() const; // those of the content, after as many others as wished
+    QByteArrayList targets() const; // those of the content, with as many others as wished before the last
     qsizetype chunkSize() const { return option("chunk", 256 << 10); }
 
     static void say(const QByteArray& line);

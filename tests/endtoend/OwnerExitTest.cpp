@@ -52,20 +52,4 @@ TEST_F(XOwnerExitTest, AClipboardManagerThatHangsIsWaitedForButNotLong) {
     launch(); // and it starts again
 }
 
-TEST_P(OwnerExitTest, SecretsAreNeitherAskedForNorStoredNorKept) {
-    launch();
-    copy({{textTarget, "hunter2"}, {"text/plain", "hunter2"}, {"x-kde-passwordManagerHint", "secret"}});
-    ASSERT_TRUE(soon([this] { return owner->hasPrinted("sent x-kde-passwordManagerHint"); }));
-    hidePanel();
-    showPanel();
-    EXPECT_FALSE(owner->output().contains("request " + textTarget));
-    EXPECT_FALSE(owner->output().contains("request text/plain"));
-    owner.reset();
-    hidePanel();
-    showPanel(); // the program has heard of the owner's end long ago
-    EXPECT_TRUE(desktop.clipboardIsEmpty());
-    EXPECT_TRUE(rowsAfterNextCopy().isEmpty());
-    EXPECT_FALSE(program->output().contains("hunter2"));
-}
-
 } // namespace corvatto::test

@@ -14,14 +14,14 @@ class XClipboardOwner : public ClipboardOwner {
 public:
     explicit XClipboardOwner(const Wishes& wishes)
         : ClipboardOwner(wishes), x(QByteArray()), m_window(x.createMessageWindow()),
-          m_clipboard(x.atom("CLIPBOARD")),
           m_notifier(xcb_get_file_descriptor(x.raw()), QSocketNotifier::Read) {
         for (const QByteArray& target : targets()) {
             m_targets.append(x.atom(target));
         }
-        x.watchProperties(m_window);
         QObject::connect(&m_notifier, &QSocketNotifier::activated, [this] { drain(); });
-        askForTimestamp();
+        xcb_set_selection_owner(x.raw(), m_window, x.atom("CLIPBOARD"), XCB_CURRENT_TIME);
+        x.sync();
+        say("owner");
         drain();
     }
 
@@ -48,21 +48,6 @@ private:
         }
     }
 
-    // The server's time comes with the notification of a change, and the announcement follows it.
-    void askForTimestamp() {
-        xcb_change_property(x.raw(), XCB_PROP_MODE_APPEND, m_window, m_clipboard, XCB_ATOM_STRING, 8, 0,
-                            nullptr);
-    }
-
-    void announce() {
-        xcb_set_selection_owner(x.raw(), m_window, m_clipboard, m_timestamp);
-        x.sync();
-        say("owner");
-        if (option("again") > 0) {
-            afterwards(option("again"), [this] { option("renew") > 0 ? askForTimestamp() : announce(); });
-        }
-    }
-
     void handle(const xcb_generic_event_t& event) {
         switch (event.response_type & 0x7f) {
         case XCB_SELECTION_CLEAR:
@@ -78,10 +63,7 @@ private:
         }
         case XCB_PROPERTY_NOTIFY: {
             const auto notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-            if (notify.window == m_window) {
-                m_timestamp = notify.time;
-                announce();
-            } else if (notify.state == XCB_PROPERTY_DELETE) {
+            if (notify.state == XCB_PROPERTY_DELETE) {
                 afterwards(option("trickle"), [this, notify] { goOn(notify.window, notify.atom); });
             }
             break;
@@ -127,9 +109,7 @@ private:
 
     XConnection x;
     xcb_window_t m_window;
-    xcb_atom_t m_clipboard;
     QSocketNotifier m_notifier;
-    xcb_timestamp_t m_timestamp = XCB_CURRENT_TIME;
     QList<xcb_atom_t> m_targets;
     std::list<PropertyTransfer> m_transfers;
 };

@@ -9,14 +9,12 @@
 //       --trickle     waits that many milliseconds before each chunk
 //       --stop-after  sends no more chunks of a transfer than that
 //       --die-after   exits when it has sent that many chunks
-//       --targets     lists that many other targets before its own
+//       --targets     lists that many other targets before its last
 //       --age         takes the clipboard when it has run for that many milliseconds
 //       --x           1: on the X server, whatever else there is
 //       --stay        1: goes on when somebody else has taken over, with what it has begun to send
 //     on X alone
 //       --announce    the size that a transfer in chunks is announced with, whatever it is
-//       --again       announces itself again every so many milliseconds
-//       --renew       1: with a new timestamp each time
 //
 // Prints "owner" when it has taken the clipboard, "request TARGET", "chunk TARGET" and "sent TARGET" as it
 // serves others, and ends with "lost" when somebody else takes over.
@@ -31,11 +29,11 @@
 namespace corvatto::test {
 
 QByteArrayList ClipboardOwner::targets() const {
-    QByteArrayList all;
+    QByteArrayList all = content().keys();
     for (qint64 i = option("targets"); i > 0; --i) {
-        all.append("application/x-other-" + QByteArray::number(i));
+        all.insert(all.size() - 1, "application/x-other-" + QByteArray::number(i));
     }
-    return all + content().keys();
+    return all;
 }
 
 void ClipboardOwner::say(const QByteArray& line) {

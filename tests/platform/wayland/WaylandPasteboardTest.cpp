@@ -127,17 +127,6 @@ TEST_F(WaylandPasteboardTest, GoesByTheNameThatTheCompositorDoesNotRefuse) {
     }
 }
 
-TEST_F(WaylandPasteboardTest, AsksForTheMarkOfSecrecyFirstAndForNothingOfASecret) {
-    start();
-    compositor->copy({{ClipboardReadPlan::secrecyHintTarget, "secret"}, {text, "hunter2"}});
-    EXPECT_TRUE(soonCounted(1));
-    EXPECT_EQ(compositor->requests, QByteArrayList({ClipboardReadPlan::secrecyHintTarget}));
-    EXPECT_FALSE(pasteboard->string());
-    compositor->empty();
-    letGo();
-    EXPECT_FALSE(compositor->offered());
-}
-
 TEST_F(WaylandPasteboardTest, BadOwnersCostTheirOwnCopyOnly) {
     limits.silence = 60ms;
     limits.total = 2s;

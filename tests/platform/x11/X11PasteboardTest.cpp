@@ -159,6 +159,14 @@ TEST_F(X11PasteboardTest, AnswersForItsOwnTimeAndOnlyFromThenOn) {
         other->copy({{"UTF8_STRING", text}}, told[0]);
         EXPECT_TRUE(soonCopied(QString::fromLatin1(text)));
     }
+    // Or announce one copy again and again.
+    const qint64 count = pasteboard.changeCount();
+    const int reads = other->reads;
+    other->copy(other->flavours, told[0]);
+    EXPECT_TRUE(other->goUntil([&] { return other->reads > reads; }));
+    letGo(); // the answer is heard of
+    letGo(); // and read
+    EXPECT_EQ(pasteboard.changeCount(), count);
 }
 
 TEST_F(X11PasteboardTest, ManyRequestsForACostlyEncodingHoldNothingUp) {
