@@ -7,12 +7,6 @@ namespace {
 
 class DesktopChangeTest : public X11Test {
 protected:
-    void run(const QByteArray& command) {
-        auto words = command.split(' ');
-        Process process(words.takeFirst(), words, desktop.environment());
-        ASSERT_EQ(process.exitStatus(), 0) << command.constData();
-    }
-
     // The panel lies there and answers.
     void expectPanelAt(const QRect& expected) {
         EXPECT_TRUE(soon([&] { return x.geometry(panel()) == expected; }))
@@ -90,20 +84,6 @@ TEST_F(DesktopChangeTest, TheWindowManagerStartsAnew) {
     showPanel();
     expectPanelAt(place);
     EXPECT_TRUE(soon([this] { return x.states(panel()).contains("_NET_WM_STATE_ABOVE"); }));
-}
-
-TEST_F(DesktopChangeTest, ARequestToShowIsLostWhileTheSessionStarts) {
-    desktop.stopWindowManager();
-    {
-        XClient earlier(desktop.display()); // a window manager that ends before it shows anything
-        ASSERT_TRUE(earlier.takeRequestsToShow());
-        program = std::make_unique<Process>(CORVATTO_PROGRAM, QByteArrayList(), desktop.environment());
-        XClient::Window shown = XCB_NONE;
-        ASSERT_TRUE(soon([&] { return (shown = earlier.windowToShow()) != XCB_NONE; }));
-        EXPECT_TRUE(earlier.states(shown).contains("_NET_WM_STATE_SKIP_TASKBAR")) << "before it appears";
-    }
-    desktop.startWindowManager();
-    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
 }
 
 TEST_P(DesktopSleepTest, WhatIsCopiedLastBeforeItWakesIsRecorded) {

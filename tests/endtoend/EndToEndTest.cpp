@@ -54,8 +54,12 @@ QVariant EndToEndTest::setting(const char* key) {
     return QSettings(copy.fileName(), QSettings::IniFormat).value(QLatin1String(key));
 }
 
-void EndToEndTest::launch() {
+void EndToEndTest::start() {
     program = std::make_unique<Process>(CORVATTO_PROGRAM, QByteArrayList(), desktop.environment());
+}
+
+void EndToEndTest::launch() {
+    start();
     if (!soon([this] { return panelHasKeyboard() || !program->isRunning(); }) || !program->isRunning()) {
         throw std::runtime_error("the panel does not come up");
     }
@@ -158,6 +162,12 @@ std::unique_ptr<TestDesktop> newDesktop(DesktopKind kind, const TestDesktop::Opt
 }
 
 } // namespace
+
+void X11Test::run(const QByteArray& command) {
+    auto words = command.split(' ');
+    Process process(words.takeFirst(), words, desktop.environment());
+    ASSERT_EQ(process.exitStatus(), 0) << command.constData();
+}
 
 DesktopTest::DesktopTest(const TestDesktop::Options& options)
     : EndToEndTest(newDesktop(GetParam(), options)) {}

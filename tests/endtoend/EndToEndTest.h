@@ -28,8 +28,9 @@ protected:
     void setSetting(const char* key, const QVariant& value);
     QVariant setting(const char* key); // invalid when it is not stored
 
+    void start(); // the program
     // These throw std::runtime_error when what they wait for does not happen.
-    void launch();    // starts the program, until its panel has the keyboard
+    void launch();    // starts it, until its panel has the keyboard
     void showPanel(); // by the global shortcut, likewise
     void hidePanel(); // by Escape
 
@@ -106,6 +107,7 @@ protected:
     explicit X11Test(const TestDesktop::Options& options = {})
         : EndToEndTest(std::make_unique<X11Desktop>(options)),
           desktop(static_cast<X11Desktop&>(EndToEndTest::desktop)), x(desktop.client()) {}
+    void run(const QByteArray& command); // on the desktop, such as "xrandr --delmonitor left"
     XClient::Window panel() { return desktop.panelWindow(program->pid()); } // 0 while it is hidden
 
     X11Desktop& desktop;

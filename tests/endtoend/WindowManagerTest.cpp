@@ -23,13 +23,25 @@ public:
         sync();
     }
 
+    bool showsWindows = true;
+    xcb_window_t requested = XCB_NONE; // that it was asked last to show
+    xcb_window_t hidden = XCB_NONE;    // that its program said last it has hidden
+
+    void show(xcb_window_t window) {
+        xcb_map_window(raw(), window);
+        sync();
+    }
     void handleRequests() {
         while (const auto event = owned(xcb_poll_for_event(raw()))) {
             if ((event->response_type & 0x7F) == XCB_MAP_REQUEST) {
-                const auto window = reinterpret_cast<const xcb_map_request_event_t&>(*event).window;
+                requested = reinterpret_cast<const xcb_map_request_event_t&>(*event).window;
                 const quint32 middle = 300;
-                xcb_configure_window(raw(), window, XCB_CONFIG_WINDOW_Y, &middle);
-                xcb_map_window(raw(), window);
+                xcb_configure_window(raw(), requested, XCB_CONFIG_WINDOW_Y, &middle);
+                if (showsWindows) {
+                    xcb_map_window(raw(), requested);
+                }
+            } else if ((event->response_type & 0x7F) == XCB_UNMAP_NOTIFY) {
+                hidden = reinterpret_cast<const xcb_unmap_notify_event_t&>(*event).window;
             } else if ((event->response_type & 0x7F) == XCB_CONFIGURE_REQUEST) {
                 const auto& request = reinterpret_cast<const xcb_configure_request_event_t&>(*event);
                 const quint32 values[] = {static_cast<quint32>(request.x), static_cast<quint32>(request.y),
@@ -46,14 +58,6 @@ public:
 
 class WindowManagerTest : public X11Test {
 protected:
-    void run(const QByteArray& command) {
-        auto words = command.split(' ');
-        Process process(words.takeFirst(), words, desktop.environment());
-        ASSERT_EQ(process.exitStatus(), 0) << command.constData();
-    }
-    void start() {
-        program = std::make_unique<Process>(CORVATTO_PROGRAM, QByteArrayList(), desktop.environment());
-    }
     bool soonAt(const QRect& expected) {
         return soon([&] { return x.geometry(panel()) == expected; });
     }
@@ -107,20 +111,42 @@ TEST_F(WindowManagerTest, AWilfulOneIsAskedAgain) {
 
 TEST_F(WindowManagerTest, ALateOneShowsThePanelThatIsHiddenMeanwhile) {
     desktop.stopWindowManager();
-    XClient late(desktop.display());
-    ASSERT_TRUE(late.takeRequestsToShow());
+    WilfulWindowManager late(desktop.display(), "Late");
+    late.showsWindows = false;
+    const auto isTold = [&late](const xcb_window_t& window) {
+        return soon([&] {
+            late.handleRequests();
+            return window != XCB_NONE;
+        });
+    };
     start();
-    XClient::Window shown = XCB_NONE;
-    ASSERT_TRUE(soon([&] { return (shown = late.windowToShow()) != XCB_NONE; }));
+    ASSERT_TRUE(isTold(late.requested));
     ASSERT_EQ(corvatto({"--toggle"}), 0);
-    ASSERT_TRUE(soon([&] { return late.hiddenWindow() == shown; }));
-    late.show(shown);
-    ASSERT_TRUE(soon([&] { return late.keyboard() == shown; })) << "the program has not noticed";
+    ASSERT_TRUE(isTold(late.hidden));
+    late.show(late.hidden);
+    ASSERT_TRUE(soon([&] { return x.keyboard() == late.hidden; })) << "the program has not noticed";
     EXPECT_EQ(corvatto({"--toggle"}), 0); // to show what Qt believes hidden
     EXPECT_TRUE(soon([this] { return setting("corvattoHistoryWindowOpenCount") == 2; }));
-    EXPECT_EQ(panel(), shown);
+    EXPECT_EQ(panel(), late.hidden);
     desktop.key("Escape");
     EXPECT_TRUE(soonHidden());
+}
+
+TEST_F(WindowManagerTest, ARequestToShowIsLostWhileTheSessionStarts) {
+    desktop.stopWindowManager();
+    {
+        WilfulWindowManager earlier(desktop.display(), "Earlier");
+        earlier.showsWindows = false; // before it ends
+        start();
+        ASSERT_TRUE(soon([&] {
+            earlier.handleRequests();
+            return earlier.requested != XCB_NONE;
+        }));
+        EXPECT_TRUE(x.states(earlier.requested).contains("_NET_WM_STATE_SKIP_TASKBAR"))
+            << "before it appears";
+    }
+    desktop.startWindowManager();
+    EXPECT_TRUE(soon([this] { return panelHasKeyboard(); }));
 }
 
 TEST_F(WindowManagerTest, ABarTakesSpaceOfItsMonitorOnly) {
@@ -130,19 +156,15 @@ TEST_F(WindowManagerTest, ABarTakesSpaceOfItsMonitorOnly) {
     launch();
     EXPECT_TRUE(soonAt({640, 660, 640, 440}));
     const auto bar = x.createWindow({640, 1040, 640, 60}, "Bar");
-    XConnection client(desktop.display());
-    const auto keepFree = [&](const QList<quint32>& strut) {
-        client.put(bar, client.atom("_NET_WM_STRUT_PARTIAL"), XCB_ATOM_CARDINAL, strut);
-        client.sync();
-    };
-    keepFree({0, 0, 0, 60, 0, 0, 0, 0, 0, 0, 640, 1279});
+    const XConnection client(desktop.display());
+    client.put(bar, client.atom("_NET_WM_STRUT_PARTIAL"), XCB_ATOM_CARDINAL,
+               QList<quint32>{0, 0, 0, 60, 0, 0, 0, 0, 0, 0, 640, 1279});
+    client.sync();
     EXPECT_TRUE(soonAt({640, 603, 640, 437}));
-    keepFree({50, 0, 0, 0, 0, 1099, 0, 0, 0, 0, 0, 0}); // at the left of the other monitor
-    EXPECT_TRUE(soonAt({640, 660, 640, 440}));
     ASSERT_TRUE(soonToggled("super+shift+v"));
     x.click({300, 100});
     showPanel();
-    EXPECT_TRUE(soonAt({50, 660, 590, 440}));
+    EXPECT_TRUE(soonAt({0, 660, 640, 440}));
 }
 
 TEST_F(WindowManagerTest, PreferencesComeToTheDesktopAndTheMiddle) {

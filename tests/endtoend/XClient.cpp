@@ -87,27 +87,6 @@ bool XClient::grabKey(xcb_keycode_t code, quint16 modifierMask) {
     return owned(xcb_request_check(raw(), cookie)) == nullptr;
 }
 
-bool XClient::takeRequestsToShow() {
-    const quint32 mask = XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
-    const auto cookie = xcb_change_window_attributes_checked(raw(), root(), XCB_CW_EVENT_MASK, &mask);
-    return owned(xcb_request_check(raw(), cookie)) == nullptr;
-}
-
-XClient::Window XClient::nextWindow(quint8 eventType) {
-    static_assert(offsetof(xcb_map_request_event_t, window) == offsetof(xcb_unmap_notify_event_t, window));
-    while (const auto event = owned(xcb_poll_for_event(raw()))) {
-        if ((event->response_type & 0x7F) == eventType) {
-            return reinterpret_cast<const xcb_map_request_event_t&>(*event).window;
-        }
-    }
-    return XCB_NONE;
-}
-
-void XClient::show(Window window) {
-    xcb_map_window(raw(), window);
-    sync();
-}
-
 XClient::Window XClient::keyboard() {
     return owned(xcb_get_input_focus_reply(raw(), xcb_get_input_focus(raw()), nullptr))->focus;
 }

@@ -40,13 +40,6 @@ public:
     // Registers the key at that place of the keyboard for this client. False when somebody else has it.
     bool grabKey(xcb_keycode_t code, quint16 modifierMask);
 
-    // Has windows wait to be shown until a window manager, here this client, agrees. False when there is one.
-    bool takeRequestsToShow();
-    // The next one that this window manager is asked to show, or that its program says it has hidden, since
-    // the last look at either; 0 when there is none.
-    Window windowToShow() { return nextWindow(XCB_MAP_REQUEST); }
-    Window hiddenWindow() { return nextWindow(XCB_UNMAP_NOTIFY); }
-    void show(Window window);
     Window keyboard(); // what the server gives it to, whatever a window manager says
 
     void own(const QByteArray& selection); // and answer nobody who asks for it
