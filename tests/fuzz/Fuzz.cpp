@@ -58,29 +58,14 @@ QByteArray mutated(QByteArray bytes, const QList<QByteArray>& seeds) {
     const auto below = [](qsizetype limit) {
         return static_cast<qsizetype>(random()) % limit;
     };
-    static const QByteArrayList words{QByteArray(4, '\0'),
-                                      QByteArray(4, '\xFF'),
-                                      "\xFF\xFF\xFF\x7F",
-                                      "\x7F\xFF\xFF\xFF",
-                                      "\xFF\xD9",
-                                      "%",
-                                      "\n",
-                                      "[",
-                                      "]",
-                                      "=",
-                                      "\"",
-                                      "\xED\xA0\x80"};
     for (qsizetype steps = 1 + below(4); steps > 0; --steps) {
-        const qsizetype at = below(bytes.size() + 1);
+        // A part gives way to one of a seed, or all that follows to nothing; and a bit flips.
         const QByteArray& other = seeds[below(seeds.size())];
-        const QByteArray& word = words[below(words.size())];
-        const auto flipped = static_cast<char>(at < bytes.size() ? bytes[at] ^ (1 << below(8)) : 0);
-        // So many bytes give way to others.
-        const std::pair<qsizetype, QByteArray> changes[] = {
-            {bytes.size(), {}}, {0, word},         {4, word},
-            {below(8), {}},     {1, {1, flipped}}, {bytes.size(), other.mid(below(other.size() + 1))}};
-        const auto& [count, replacement] = changes[below(std::size(changes))];
-        bytes.replace(at, count, replacement);
+        const qsizetype count = below(4) == 0 ? bytes.size() : below(8);
+        bytes.replace(below(bytes.size() + 1), count, other.mid(below(other.size() + 1), count));
+        if (!bytes.isEmpty()) {
+            bytes[below(bytes.size())] ^= static_cast<char>(1 << below(8));
+        }
     }
     return bytes;
 }
