@@ -90,7 +90,7 @@ TEST_F(IniDefaults, AnEditMadeWhileTheDiskIsBusyWithOursIsKept) {
         << onDisk().data();
 }
 
-TEST_F(IniDefaults, WhatCannotBeWrittenHoldsForTheRunAndCostsOneLine) {
+TEST_F(IniDefaults, WhatCannotBeWrittenOrReadCostsOneLine) {
     open();
     defaults->setInteger(count, 1);
     const test::WithoutPrivileges user(
@@ -117,6 +117,12 @@ TEST_F(IniDefaults, WhatCannotBeWrittenHoldsForTheRunAndCostsOneLine) {
     ASSERT_TRUE(setWritable(false));
     defaults->setInteger(count, 5);
     EXPECT_EQ(output.text(), line + line);
+
+    ASSERT_TRUE(QFile::setPermissions(path, {}));
+    open();
+    EXPECT_EQ(defaults->integer(count), 0);
+    EXPECT_EQ(output.text(),
+              line + line + "[UserDefaults] ERROR: Cannot read " + path.toUtf8() + ", the defaults hold.\n");
 }
 
 TEST_F(IniDefaults, AFileThatIsPartlyNonsenseGivesWhatItCanAndNoFileWhatLasts) {

@@ -1,5 +1,7 @@
 #include "FakeCompositor.h"
 
+#include <QTemporaryFile>
+
 #include <gtest/gtest.h>
 
 #include "wlr-data-control-unstable-v1-server-protocol.h"
@@ -118,9 +120,18 @@ struct FakeCompositor::Requests {
                                                    static_cast<int>(version), id);
         wl_resource_set_implementation(resource, &manager, data, nullptr);
     }
-    static void bindSeat(wl_client* client, void* /*data*/, uint32_t version, uint32_t id) {
-        wl_seat_send_capabilities(
-            wl_resource_create(client, &wl_seat_interface, static_cast<int>(version), id), 0);
+    static void getKeyboard(wl_client* client, wl_resource* seat, uint32_t id) {
+        of<FakeCompositor>(seat).m_keyboard = wl_resource_create(client, &wl_keyboard_interface, 1, id);
+    }
+    static constexpr struct wl_seat_interface seat { nullptr, getKeyboard, nullptr, destroy };
+    static void seatGone(wl_resource* resource) {
+        of<FakeCompositor>(resource).m_boundSeats.removeOne(resource);
+    }
+    static void bindSeat(wl_client* client, void* data, uint32_t version, uint32_t id) {
+        wl_resource* resource = wl_resource_create(client, &wl_seat_interface, static_cast<int>(version), id);
+        wl_resource_set_implementation(resource, &seat, data, seatGone);
+        of<FakeCompositor>(resource).m_boundSeats.append(resource);
+        wl_seat_send_capabilities(resource, 0);
     }
 
     static void logged(void* data, wl_protocol_logger_type direction,
@@ -261,6 +272,21 @@ void FakeCompositor::removeSeat() {
     wl_global_destroy(std::exchange(m_seat, nullptr));
     m_isOwned = false;
     cancelSource();
+    m_server.flush();
+}
+
+void FakeCompositor::setKeyboard(bool isThere) {
+    m_keyboard = nullptr;
+    for (wl_resource* seat : m_boundSeats) {
+        wl_seat_send_capabilities(seat, isThere ? WL_SEAT_CAPABILITY_KEYBOARD : WL_SEAT_CAPABILITY_POINTER);
+    }
+    m_server.flush();
+}
+
+void FakeCompositor::sendKeymap(const QByteArray& text, quint32 size, quint32 format) {
+    QTemporaryFile file;
+    EXPECT_TRUE(file.open() && file.write(text) == text.size() && file.flush());
+    wl_keyboard_send_keymap(m_keyboard, format, file.handle(), size);
     m_server.flush();
 }
 

@@ -8,6 +8,8 @@
 
 #include <QByteArrayList>
 
+#include <wayland-server-protocol.h>
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -58,6 +60,10 @@ public:
     bool marksText();
     void removeSeat();
     void addSeat();
+    // A keyboard is plugged into the seat, or out.
+    void setKeyboard(bool isThere);
+    bool isKeyboardWanted() const { return m_keyboard != nullptr; } // by the tested program
+    void sendKeymap(const QByteArray& text, quint32 size, quint32 format = WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1);
     void finishDevice(); // the clipboard of this seat is at its end
 
 private:
@@ -70,6 +76,8 @@ private:
 
     QByteArray m_managerName;
     wl_global* m_seat = nullptr;
+    QList<wl_resource*> m_boundSeats;
+    wl_resource* m_keyboard = nullptr;
     wl_resource* m_device = nullptr;
     Flavours m_flavours;    // of another program
     bool m_isOwned = false; // by another program

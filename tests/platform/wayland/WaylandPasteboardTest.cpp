@@ -58,10 +58,9 @@ int openDescriptors() {
 
 } // namespace
 
-TEST_F(WaylandPasteboardTest, CopiesAndPastesEachKindUnderEachNameOfTheProtocol) {
+TEST_F(WaylandPasteboardTest, CopiesAndPastesUnderEachNameOfTheProtocol) {
     QImage pixels(40, 30, QImage::Format_RGB32);
     pixels.fill(Qt::darkCyan);
-    const QByteArray png = Image(pixels).pngData();
     const struct {
         const char* manager;
         int version;
@@ -70,33 +69,22 @@ TEST_F(WaylandPasteboardTest, CopiesAndPastesEachKindUnderEachNameOfTheProtocol)
                      {"ext_data_control_manager_v1", 1}};
     for (const auto& [manager, version] : protocols) {
         start(manager, version);
+        pasteboard->writeImage(Image(pixels));
+        letGo();
+        EXPECT_EQ(decodeImage(paste("image/bmp")), pixels); // which has to be made
+
         inFront = QStringLiteral("Editor");
         compositor->copy({{text, "中文"}, {"text/html", "<b>"}});
         letGo(); // it is announced
         inFront = QStringLiteral("Other");
-        EXPECT_TRUE(soonCounted(1)) << manager << version;
+        EXPECT_TRUE(soonCounted(2)) << manager << version;
         EXPECT_EQ(pasteboard->string(), QStringLiteral("中文"));
         EXPECT_EQ(pasteboard->sourceApplicationName(), QStringLiteral("Editor"));
         EXPECT_EQ(compositor->requests, QByteArrayList({text}));
 
-        pasteboard->writeImage(Image(pixels));
-        letGo();
-        EXPECT_EQ(paste("image/png"), png);
-        EXPECT_EQ(decodeImage(paste("image/bmp")), pixels);
-        compositor->copy({{"image/png", png}});
-        EXPECT_TRUE(soonCounted(3));
-        EXPECT_EQ(pasteboard->image()->pixels(), pixels);
-
-        pasteboard->writeFileURLs({QUrl(QStringLiteral("file:///a"))});
-        letGo();
-        EXPECT_EQ(paste("text/uri-list"), "file:///a\r\n");
-        compositor->copy({{"text/uri-list", "file:///b\r\n"}});
-        EXPECT_TRUE(soonCounted(5));
-        EXPECT_EQ(pasteboard->fileURLs(), QList<QUrl>({QUrl(QStringLiteral("file:///b"))}));
-
         EXPECT_EQ(compositor->marksText(), QByteArray(manager).startsWith("ext")) << "where it must be";
         letGo();
-        EXPECT_EQ(pasteboard->changeCount(), 5);
+        EXPECT_EQ(pasteboard->changeCount(), 2);
         EXPECT_EQ(compositor->primaryWrites, 0);
         EXPECT_EQ(compositor->offers, 1) << "all others are given back";
         pasteboard.reset();
