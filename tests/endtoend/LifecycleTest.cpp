@@ -54,6 +54,22 @@ TEST_P(LifecycleTest, FilesAreTheUsersOwn) {
     EXPECT_GE(files, 4); // database, image, thumbnail, settings
 }
 
+TEST_F(XLifecycleTest, ADatabaseThatCannotBeWritten) {
+    using std::filesystem::perms;
+    database.fill({{"newest"}, {"second"}});
+    std::filesystem::permissions(database.path().constData(), perms::owner_read);
+    std::filesystem::permissions(desktop.dataDirectory().constData(), perms::owner_read | perms::owner_exec);
+    launch();
+    copyText("nowhere to go");
+    EXPECT_TRUE(soonPrinted("[ClipboardStore] ERROR: Insert failed: attempt to write a readonly database"));
+    desktop.key("Return"); // what is stored is of use nevertheless
+    EXPECT_TRUE(soonHidden());
+    EXPECT_EQ(paste(), "second");
+    EXPECT_TRUE(soonPrinted(
+        "[ClipboardStore] ERROR: incrementCopyCount failed: attempt to write a readonly database"));
+    std::filesystem::permissions(desktop.dataDirectory().constData(), perms::owner_all);
+}
+
 TEST_F(XLifecycleTest, TheShortcutIsGivenBackAtTheEnd) {
     launch();
     EXPECT_FALSE(x.grabKey(keyV, shift | super));

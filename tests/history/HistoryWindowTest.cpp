@@ -127,6 +127,9 @@ TEST_F(Window, EveryHundredthOpeningMayCheckForUpdates) {
     controller.show(); // visible already, and counted all the same
     EXPECT_TRUE(test::eventually([&] { return openings() > 301; }));
     EXPECT_EQ(openings(), 302);
+    defaults.setInteger(SettingsKeys::corvattoHistoryWindowOpenCount, std::numeric_limits<qint64>::max());
+    controller.show();
+    EXPECT_TRUE(test::eventually([&] { return openings() == 1; })) << "no number follows";
 }
 
 } // namespace
