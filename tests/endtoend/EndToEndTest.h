@@ -93,15 +93,6 @@ QByteArray nameOf(DesktopKind kind);
                              ::testing::Values(DesktopKind::X11, DesktopKind::Sway, DesktopKind::KWin),      \
                              [](const auto& desktop) { return nameOf(desktop.param).toStdString(); })
 
-class SwayTest : public EndToEndTest {
-protected:
-    explicit SwayTest(const TestDesktop::Options& options = {})
-        : EndToEndTest(std::make_unique<SwayDesktop>(options)),
-          desktop(static_cast<SwayDesktop&>(EndToEndTest::desktop)) {}
-
-    SwayDesktop& desktop;
-};
-
 class X11Test : public EndToEndTest {
 protected:
     explicit X11Test(const TestDesktop::Options& options = {})

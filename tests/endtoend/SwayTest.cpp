@@ -1,36 +1,16 @@
-// What only a Wayland compositor has: pipes that a reader does not empty, and X programs behind a bridge.
+// What only a Wayland compositor has: X programs behind a bridge.
 #include "EndToEndTest.h"
 
 namespace corvatto::test {
 
 namespace {
 
-struct SwayClipboardTest : SwayTest {};
-
-struct SwayBridgeTest : SwayTest {
-    SwayBridgeTest() : SwayTest({.hasXServer = true}) {}
+struct SwayBridgeTest : EndToEndTest {
+    SwayBridgeTest()
+        : EndToEndTest(std::make_unique<SwayDesktop>(TestDesktop::Options{.hasXServer = true})) {}
 };
 
 } // namespace
-
-TEST_F(SwayClipboardTest, AReaderThatStopsHoldsNothingUp) {
-    const QByteArray text(20 << 20, 'x');
-    database.fill({{text}, {"other"}});
-    launch();
-    desktop.key("ctrl+1");
-    ASSERT_TRUE(soonHidden());
-    const QByteArray allowed = desktop.home() + "/allowed";
-    Process reader("sh",
-                   {"-c", "wl-paste --no-newline | (until [ -e " + allowed + " ]; do sleep 0.1; done; cat)"},
-                   desktop.environment(), true);
-    showPanel();
-    EXPECT_EQ(paste(), text);
-    hidePanel();
-    EXPECT_EQ(reader.output(), "");
-    desktop.writeFile("allowed", "");
-    EXPECT_EQ(reader.exitStatus(), 0);
-    EXPECT_EQ(reader.output(), text);
-}
 
 // The bridge does not tell of the mark, and hands out what it marks.
 TEST_F(SwayBridgeTest, SecretsOfXProgramsAreNeitherAskedForNorStored) {
