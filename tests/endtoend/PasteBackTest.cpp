@@ -59,32 +59,6 @@ TEST_P(PasteBackTest, AnOrdinaryProgramCopiesAndPastes) {
     EXPECT_TRUE(soon([this] { return desktop.printedByWindow() == "copied in a window\n"; }));
 }
 
-TEST_P(PasteBackTest, AnImagePixelForPixel) {
-    const QImage image = testImage({640, 480});
-    const auto file = desktop.writeFile("full.png", encoded(image, "png"));
-    database.fill({{file, "image", "Image 640×480"}});
-    launch();
-    ASSERT_TRUE(copyBack());
-    EXPECT_TRUE(soonStored(file, 2));
-    EXPECT_EQ(decoded(desktop.paste("image/png").value_or("")), image);
-    EXPECT_FALSE(desktop.targets().contains("text/uri-list"));
-    EXPECT_EQ(rowsAfterNextCopy().size(), 1);
-}
-
-TEST_P(PasteBackTest, FilesInOrderWithoutThoseThatHaveGone) {
-    const auto first = desktop.writeFile("first 50%.txt", "x");
-    const auto gone = desktop.home() + "/gone.txt";
-    const auto last = desktop.writeFile("最后.txt", "x");
-    const QByteArray content = first + '\n' + gone + '\n' + last;
-    database.fill({{content, "file", "first 50%.txt + 2 more"}});
-    launch();
-    ASSERT_TRUE(copyBack());
-    EXPECT_TRUE(soonStored(content, 2));
-    const QByteArray urls = fileUrl(first) + '\n' + fileUrl(last);
-    EXPECT_EQ(desktop.paste("text/uri-list").value_or("").replace("\r\n", "\n").trimmed(), urls);
-    EXPECT_EQ(rowsAfterNextCopy().size(), 1);
-}
-
 TEST_P(PasteBackTest, FilesWhoseNamesAreNotUtf8) {
     const std::filesystem::path directory = desktop.home().constData();
     for (const char* name : {"caf\xe9.txt", "caf\xe8.txt", "two\nlines.txt"}) {

@@ -2,6 +2,7 @@
 
 #include "support/CapturedOutput.h"
 #include "support/Eventually.h"
+#include "support/Files.h"
 
 #include <QDir>
 
@@ -114,6 +115,22 @@ TEST_F(ViewModel, ClearingTakesTheImageThatIsBeingSavedToo) {
     store.finish();
     EXPECT_TRUE(viewModel.items().isEmpty() && store.fetchRecent(std::nullopt, 1).isEmpty());
     EXPECT_TRUE(QDir(store.imagesDir()).isEmpty());
+}
+
+TEST_F(ViewModel, CopiesFilesInOrderWithoutThoseThatHaveGoneAndAnImageAsItIsStored) {
+    const QStringList paths{home.filePath(u"last 50%.txt"_qs), u"/gone"_qs, home.filePath(u"文件"_qs)};
+    test::writeFile(paths[0], "x");
+    test::writeFile(paths[2], "x");
+    QImage pixels(4, 3, QImage::Format_RGB32);
+    pixels.fill(Qt::darkCyan);
+    ASSERT_TRUE(pixels.save(home.filePath(u"image.png"_qs)));
+    store.insertOrUpdateFile(paths, {});
+    store.insertOrUpdateImage(home.filePath(u"image.png"_qs), {}, u"hash"_qs, {}, {});
+    viewModel.refresh();
+    viewModel.copyItem(1);
+    EXPECT_EQ(pasteboard.content.urls, QList({QUrl::fromLocalFile(paths[0]), QUrl::fromLocalFile(paths[2])}));
+    viewModel.copyItem(0);
+    EXPECT_EQ(pasteboard.content.image->pixels(), pixels);
 }
 
 TEST_F(ViewModel, WhatIsNotThereAnyMoreIsNotCopied) {

@@ -1,6 +1,7 @@
 #include "BusTest.h"
 
 #include "support/Files.h"
+#include "support/Printing.h"
 
 namespace corvatto::test {
 namespace {
@@ -75,15 +76,10 @@ void BusTest::registerHotKey(HotKeyCenter& center, quint32 keyCode, quint32 modi
 }
 
 bool BusTest::soonReported(HotKeyStatus status, const QString& trigger) {
-    const bool isReported = eventually([this] { return !reports.isEmpty(); });
-    EXPECT_TRUE(isReported);
-    if (!isReported) {
-        return false;
-    }
-    const auto first = reports.takeFirst();
-    EXPECT_EQ(first.first, status);
-    EXPECT_EQ(first.second.toStdString(), trigger.toStdString());
-    return first.first == status && first.second == trigger;
+    const std::pair expected(status, trigger);
+    EXPECT_TRUE(eventually([this] { return !reports.isEmpty(); }));
+    EXPECT_EQ(reports.value(0), expected);
+    return !reports.isEmpty() && reports.takeFirst() == expected;
 }
 
 } // namespace corvatto::test
