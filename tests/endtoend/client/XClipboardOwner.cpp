@@ -1,5 +1,5 @@
 #include "ClipboardOwner.h"
-#include "XConnection.h"
+#include "endtoend/XConnection.h"
 
 #include <QSocketNotifier>
 
