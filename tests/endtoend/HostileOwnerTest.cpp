@@ -8,6 +8,8 @@ namespace corvatto::test {
 
 namespace {
 
+using ::testing::Each, ::testing::Field;
+
 class HostileOwnerTest : public DesktopTest {
 protected:
     void SetUp() override {
@@ -31,9 +33,7 @@ protected:
     void expectOnlyTheNextCopyStored(int expected = 3) {
         const auto rows = rowsAfterNextCopy();
         EXPECT_EQ(rows.size(), expected);
-        for (const auto& row : rows) {
-            EXPECT_EQ(row.copyCount, 1) << row.content.left(100).constData();
-        }
+        EXPECT_THAT(rows, Each(Field(&Database::Row::copyCount, 1)));
     }
 };
 

@@ -32,12 +32,16 @@ protected:
         copy({{"image/png", encoded(testImage(size), "png")}});
         return QStringLiteral("Image %1×%2").arg(size.width()).arg(size.height()).toUtf8();
     }
-    static QByteArray nameOf(const Database::Row& row) {
-        return row.type == "image" ? row.preview : row.content;
+    QSet<QByteArray> namesStored() const {
+        QSet<QByteArray> names;
+        for (const auto& row : database.rows()) {
+            names << (row.type == "image" ? row.preview : row.content);
+        }
+        return names;
     }
 
-    void expectWholeFiles(const QList<Database::Row>& rows) {
-        for (const auto& row : rows) {
+    void expectWholeFiles() const {
+        for (const auto& row : database.rows()) {
             if (row.type == "image") {
                 const QImage image = decoded(bytesOf(row.content));
                 EXPECT_TRUE(image == testImage(image.size()) && image.width() > 600) << row.preview.data();
@@ -66,28 +70,19 @@ TEST_F(KillTest, NothingThatWasStoredIsLost) {
         const Process killer = killAfter(0.5 + static_cast<double>(random() % 2500) / 1000);
         while (program->isRunning()) {
             const QByteArray name = copySomething();
-            const auto isStored = [&] {
-                const auto rows = database.rows();
-                return std::any_of(rows.begin(), rows.end(),
-                                   [&](const auto& row) { return nameOf(row) == name; });
-            };
             bool seen = false;
-            ASSERT_TRUE(soon([&] { return (seen = isStored()) || !program->isRunning(); }));
+            ASSERT_TRUE(soon([&] { return (seen = namesStored().contains(name)) || !program->isRunning(); }));
             if (seen) {
                 stored << name;
             }
         }
         EXPECT_TRUE(database.isWhole());
-        const auto rows = database.rows();
-        expectWholeFiles(rows);
-        QSet<QByteArray> names;
-        for (const auto& row : rows) {
-            names << nameOf(row);
-        }
+        expectWholeFiles();
+        const QSet<QByteArray> names = namesStored();
         if (round < limitedFrom) {
             EXPECT_TRUE(names.contains(QSet<QByteArray>(stored.begin(), stored.end())));
         } else {
-            EXPECT_GE(rows.size(), limit);
+            EXPECT_GE(names.size(), limit);
             EXPECT_TRUE(names.contains(stored.last()));
         }
     }

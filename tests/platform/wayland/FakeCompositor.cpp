@@ -185,15 +185,15 @@ void FakeCompositor::disconnect() {
 void FakeCompositor::copy(const Flavours& flavours, Asked asked) {
     m_flavours = flavours;
     m_asked = std::move(asked);
-    m_isOwned = true;
-    ++m_generation;
-    cancelSource();
-    announce();
-    m_server.flush();
+    change(true);
 }
 
 void FakeCompositor::empty() {
-    m_isOwned = false;
+    change(false);
+}
+
+void FakeCompositor::change(bool isOwned) {
+    m_isOwned = isOwned;
     ++m_generation;
     cancelSource();
     announce();

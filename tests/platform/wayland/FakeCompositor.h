@@ -70,6 +70,7 @@ private:
     struct Requests;
     struct Source;
 
+    void change(bool isOwned);
     void announce();
     void cancelSource();
     wl_resource* newOffer();

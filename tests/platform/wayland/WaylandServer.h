@@ -12,8 +12,6 @@
 #include <memory>
 #include <thread>
 
-#include <sys/socket.h>
-
 namespace corvatto::test {
 
 class WaylandServer {
@@ -50,12 +48,7 @@ public:
 
     // A connection of the program's.
     std::unique_ptr<WaylandConnection> connect() {
-        int ends[2];
-        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-            return nullptr;
-        }
-        wl_client_create(display, ends[0]);
-        qputenv("WAYLAND_SOCKET", QByteArray::number(ends[1]));
+        listen();
         return during(WaylandConnection::open);
     }
 
