@@ -50,7 +50,7 @@ TEST_F(XCopyTest, TheSourcesDesktopEntryIsKnownByItsOwnProperty) {
 
 TEST_P(CopyTest, WhatIsCopiedLastIsRecordedBeforeTheNextLook) {
     setSetting("clipboardPollingInterval", 5); // seconds
-    database.fill({{"newest"}, {"second"}});
+    database.fill({"newest", "second"});
     launch();
     hidePanel();
     const auto copyUnseen = [this](const QByteArray& text) {

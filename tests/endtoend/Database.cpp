@@ -61,20 +61,19 @@ bool Database::isWhole() const {
     return run(m_path, SQLITE_OPEN_READONLY, "PRAGMA integrity_check") == QList<QByteArrayList>{{"ok"}};
 }
 
-void Database::fill(const QList<Entry>& entries) const {
+void Database::fill(const QByteArrayList& texts) const {
     QByteArray sql = "CREATE TABLE IF NOT EXISTS clipboard_items (id INTEGER PRIMARY KEY AUTOINCREMENT, "
                      "content, content_hash UNIQUE, preview, content_type, source_app DEFAULT '', "
                      "thumbnail_path, copy_count DEFAULT 1, first_copied_at, last_copied_at);"
                      "BEGIN; DELETE FROM clipboard_items;";
     qint64 time = QDateTime::currentSecsSinceEpoch();
-    for (const Entry& entry : entries) {
+    for (const QByteArray& text : texts) {
         time -= 60;
-        const QByteArray hash = QCryptographicHash::hash(entry.content, QCryptographicHash::Sha256).toHex();
+        const QByteArray hash = QCryptographicHash::hash(text, QCryptographicHash::Sha256).toHex();
+        const QByteArray content = "CAST(x'" + text.toHex() + "' AS TEXT)", at = QByteArray::number(time);
         sql += "INSERT INTO clipboard_items (content, content_hash, preview, content_type, first_copied_at, "
-               "last_copied_at) VALUES (CAST(x'" +
-               entry.content.toHex() + "' AS TEXT), '" + hash + "', CAST(x'" + entry.preview.toHex() +
-               "' AS TEXT), '" + entry.type + "', " + QByteArray::number(time) + ", " +
-               QByteArray::number(time) + ");";
+               "last_copied_at) VALUES (" +
+               content + ", '" + hash + "', " + content + ", 'text', " + at + ", " + at + ");";
     }
     execute(sql + "COMMIT");
 }

@@ -15,12 +15,6 @@ public:
         qint64 copyCount = 0;
     };
 
-    struct Entry {
-        QByteArray content;
-        QByteArray type = "text";
-        QByteArray preview = content;
-    };
-
     explicit Database(QByteArray path) : m_path(std::move(path)) {}
 
     const QByteArray& path() const { return m_path; }
@@ -32,9 +26,9 @@ public:
 
     bool isWhole() const; // in SQLite's opinion
 
-    // Replaces the history, the first entry being the newest and each a minute older than the one before. For
-    // times when the program does not run or has nothing to do.
-    void fill(const QList<Entry>& entries) const;
+    // Replaces the history by texts, the first being the newest and each a minute older than the one before.
+    // For times when the program does not run or has nothing to do.
+    void fill(const QByteArrayList& texts) const;
     void execute(const QByteArray& sql) const;
 
 private:

@@ -176,10 +176,10 @@ QByteArray nameOf(DesktopKind kind) {
     return kind == DesktopKind::X11 ? "X11" : kind == DesktopKind::Sway ? "Sway" : "KWin";
 }
 
-QList<Database::Entry> numberedEntries() {
-    QList<Database::Entry> entries;
+QByteArrayList numberedEntries() {
+    QByteArrayList entries;
     for (int i = 0; i < 17; ++i) {
-        entries.append({"entry " + QByteArray::number(i)});
+        entries.append("entry " + QByteArray::number(i));
     }
     return entries;
 }

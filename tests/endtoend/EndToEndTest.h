@@ -105,7 +105,7 @@ protected:
     XClient& x;
 };
 
-QList<Database::Entry> numberedEntries(); // "entry 0", the newest, to "entry 16"
+QByteArrayList numberedEntries(); // "entry 0", the newest, to "entry 16"
 
 QImage testImage(QSize size); // no pixel of it is like the next
 QByteArray encoded(const QImage& image, const char* format);

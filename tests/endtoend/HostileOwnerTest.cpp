@@ -13,7 +13,7 @@ using ::testing::Each, ::testing::Field;
 class HostileOwnerTest : public DesktopTest {
 protected:
     void SetUp() override {
-        database.fill({{"newest"}, {"second"}, {"needle"}});
+        database.fill({"newest", "second", "needle"});
         launch();
         hidePanel();
     }

@@ -56,7 +56,7 @@ TEST_P(LifecycleTest, FilesAreTheUsersOwn) {
 
 TEST_F(XLifecycleTest, ADatabaseThatCannotBeWritten) {
     using std::filesystem::perms;
-    database.fill({{"newest"}, {"second"}});
+    database.fill({"newest", "second"});
     std::filesystem::permissions(database.path().constData(), perms::owner_read);
     std::filesystem::permissions(desktop.dataDirectory().constData(), perms::owner_read | perms::owner_exec);
     launch();

@@ -36,7 +36,7 @@ TEST_P(OwnerExitTest, TextImagesAndFilesRemain) {
 
 // However often the program is told to end.
 TEST_F(XOwnerExitTest, AClipboardManagerThatHangsIsWaitedForButNotLong) {
-    database.fill({{"newest"}, {"chosen"}});
+    database.fill({"newest", "chosen"});
     launch();
     x.own("CLIPBOARD_MANAGER");
     desktop.key("Return");

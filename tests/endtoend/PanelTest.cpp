@@ -68,7 +68,7 @@ TEST_F(XPanelTest, LiesAlongTheBottomOfWhatIsFreeAboveOtherWindowsOnEveryDesktop
 }
 
 TEST_P(PanelTest, CoversAFullScreenWindowThatThenHasTheKeyboardAgain) {
-    database.fill({{"newest"}, {"second"}});
+    database.fill({"newest", "second"});
     launch();
     hidePanel();
     desktop.openWindow("Falcon");
@@ -92,7 +92,7 @@ TEST_P(PanelTest, CoversAFullScreenWindowThatThenHasTheKeyboardAgain) {
 }
 
 TEST_P(PanelTest, TheShortcutTogglesAndAShowingStartsAfresh) {
-    database.fill({{"newest"}, {"second"}});
+    database.fill({"newest", "second"});
     launch();
     desktop.key("super+shift+v");
     EXPECT_TRUE(soonHidden());

@@ -26,7 +26,7 @@ ON_EVERY_DESKTOP(PasteBackTest);
 TEST_P(PasteBackTest, TextInEveryFlavourAndNoNewEntry) {
     const QByteArray text =
         QByteArray("  Zwölf\nBoxkämpfer 和 👩‍👩‍👧‍👦 ") + '\0' + "end \t\r\n";
-    database.fill({{text}, {"other"}});
+    database.fill({text, "other"});
     launch();
     ASSERT_TRUE(copyBack());
     EXPECT_TRUE(soonStored(text, 2));

@@ -30,7 +30,6 @@ public:
 
     xcb_connection_t* raw() const { return m_connection.get(); }
     xcb_window_t root() const { return m_screen->root; }
-    const xcb_screen_t& screen() const { return *m_screen; }
     xcb_atom_t atom(const QByteArray& name) const;
     QByteArray name(xcb_atom_t atom) const;
     // Null when there is no such property, or no window. Taking it deletes it, as who waits for it does.

@@ -16,6 +16,8 @@
 #include <QClipboard>
 #include <QTest>
 
+#include <limits>
+
 namespace corvatto {
 namespace {
 
