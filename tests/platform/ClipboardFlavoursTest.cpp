@@ -14,7 +14,7 @@ namespace corvatto {
 namespace {
 
 const QByteArray png = Image(QImage(3, 2, QImage::Format_ARGB32)).pngData();
-const QByteArray file = "file:///a.txt\r\n";
+const QByteArray file = "file:///a.txt\r\nfile:///b.txt\r\n";
 
 using Names = QByteArrayList;
 using Flavours = std::map<QByteArray, QByteArray>;
@@ -63,13 +63,14 @@ TEST(ClipboardReadPlan, TellsACutWithoutPastingIt) {
     // Of those that offer the mark, some take a reading of the list for the paste.
     EXPECT_EQ(asked({{general, file}, {mark, "1"}, {list, "cut\n" + file}}, &read), Names({general, mark}));
     EXPECT_TRUE(read.filesAreCut);
+    EXPECT_EQ(read.fileURLs().size(), 2);
     asked({{general, file}, {mark, QByteArray()}, {list, "copy\n" + file}}, &read);
     EXPECT_FALSE(read.filesAreCut);
     EXPECT_EQ(asked({{general, file}, {list, "cut\n" + file}}, &read), Names({general, list}));
     EXPECT_TRUE(read.filesAreCut);
     EXPECT_EQ(asked({{"x-special/mate-copied-files", "copy\n" + file}, {mark, "1"}}, &read),
               Names({mark, "x-special/mate-copied-files"}));
-    EXPECT_EQ(read.fileURLs().size(), 1);
+    EXPECT_EQ(read.fileURLs().size(), 2);
 }
 
 TEST(ClipboardReadPlan, NeverAsksForASecret) {
