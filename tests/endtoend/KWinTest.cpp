@@ -53,23 +53,4 @@ TEST_F(KWinTest, PreferencesThatAreMinimisedComeBackWhenAskedFor) {
     EXPECT_TRUE(soonHidden());
 }
 
-TEST_F(KWinTest, AnOrdinaryProgramCopiesAndPastes) {
-    launch();
-    hidePanel();
-    desktop.openWindow("Falcon");
-    desktop.key("ctrl+c");
-    ASSERT_TRUE(soonStored("copied in a window"));
-    EXPECT_EQ(database.find("copied in a window")->sourceApp, "Falcon");
-    for (const char* text : {"chosen", "newest"}) {
-        copyText(text);
-        ASSERT_TRUE(soonStored(text));
-    }
-    showPanel();
-    desktop.key("Return");
-    ASSERT_TRUE(soonHidden());
-    ASSERT_TRUE(soonInFront("Falcon"));
-    desktop.key("ctrl+v");
-    EXPECT_TRUE(soon([this] { return kwin.printedByWindow() == "chosen\n"; }));
-}
-
 } // namespace corvatto::test
