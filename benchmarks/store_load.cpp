@@ -1,12 +1,10 @@
 // Loads the recording of copies and the store, prints figures as rows of a table, and exits with a failure
 // when a bound is broken.
 //
-//   store_load --hour [--seed=N]      an hour of ten copies a second, recorded by the monitor into the store,
-//   each
-//                                     followed by what the panel does then. The clock is the load's own; the
-//                                     work is done in full
-//   store_load --history=DIR          the operations of the store on the history in DIR, which is changed by
-//   it
+//   store_load --hour [--seed=N]   an hour of ten copies a second, recorded by the monitor into the store,
+//                                  and after each what the panel does then. The clock is the load's own;
+//                                  the work is done in full
+//   store_load --history=DIR       the operations of the store on the history in DIR, which is changed by it
 #include "history/HistoryViewModel.h"
 #include "settings/LaunchDefaults.h"
 #include "settings/SettingsKeys.h"
@@ -92,11 +90,14 @@ struct Program {
         };
         monitor.start();
     }
-    // What happens when the monitor's interval has passed.
+    // What happens when the monitor's interval has passed, with what that starts beside the main thread.
     void tick() {
         auto* timer = monitor.findChild<QTimer*>();
         QTimerEvent event(timer->timerId());
         QCoreApplication::sendEvent(timer, &event);
+        monitor.finish();
+        store.finish();
+        QCoreApplication::processEvents();
     }
 };
 
