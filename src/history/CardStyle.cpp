@@ -8,10 +8,16 @@
 
 namespace corvatto {
 
+namespace {
+
+// How far from its corner a rounded rectangle begins to bend.
+constexpr double reachPerRadius = 1.2818;
+
+} // namespace
+
 QPainterPath continuousRoundedRect(const QRectF& rect, double radius) {
     // Each corner is one cubic from `reach` before the corner to `reach` behind it; `pull` puts its middle
     // where the middle of a circular corner of that radius would be.
-    constexpr double reachPerRadius = 1.2818;
     constexpr double middlePerRadius = 1.0 - 0.70710678;
     const double reach = std::min({radius * reachPerRadius, rect.width() / 2, rect.height() / 2});
     const double pull = std::max(0.0, (8 * middlePerRadius * radius - reach) / 3);
@@ -32,27 +38,61 @@ QPainterPath continuousRoundedRect(const QRectF& rect, double radius) {
 
 namespace {
 
-// Draws what `draw` paints around `rect`, up to `margin` outside it, from a picture that all cards share.
-// Filling so large a shape with smooth edges anew for each card costs more than drawing all of its text.
+// Where a picture and what is drawn of it are cut, in device pixels. Of the picture, the middle part is one
+// pixel, which is stretched.
+struct Cuts {
+    std::array<int, 4> picture, drawn;
+};
+
+// `length` is that of the rounded rectangle and `corner` how much of each end is not straight, both in
+// points.
+Cuts cuts(double length, double corner, double margin, double ratio) {
+    const int saved = std::max(0, static_cast<int>((length - 2 * corner) * ratio) - 2);
+    const int drawn = static_cast<int>(std::lround((length + 2 * margin) * ratio));
+    const int picture = drawn - saved;
+    const int middle = picture / 2;
+    return {{0, middle, middle + 1, picture}, {0, middle, middle + 1 + saved, drawn}};
+}
+
+// Draws what `draw` paints around the rounded rectangle, up to `margin` outside it, from a picture that all
+// cards share. Filling so large a shape with smooth edges anew for each card costs more than drawing all of
+// its text. The picture holds the corners and a pixel of what is straight between them.
 template <typename Draw>
-void drawShared(QPainter& painter, const QRectF& rect, double margin, const QString& name, Draw draw) {
+void drawShared(QPainter& painter, const QRectF& rect, double radius, double margin, const QString& name,
+                Draw draw) {
     const double ratio = painter.device()->devicePixelRatioF();
+    const double corner = reachPerRadius * (radius + margin);
+    const Cuts x = cuts(rect.width(), corner, margin, ratio);
+    const Cuts y = cuts(rect.height(), corner, margin, ratio);
+    const QSizeF saved(x.drawn[3] - x.picture[3], y.drawn[3] - y.picture[3]);
+    const QSizeF size = rect.size() - saved / ratio;
     const QString key =
-        QStringLiteral("card/%1/%2/%3/%4").arg(name).arg(rect.width()).arg(rect.height()).arg(ratio);
+        QStringLiteral("card/%1/%2/%3/%4").arg(name).arg(size.width()).arg(size.height()).arg(ratio);
     QPixmap picture;
     if (!QPixmapCache::find(key, &picture)) {
-        picture = QPixmap(((rect.size() + 2 * QSizeF(margin, margin)) * ratio).toSize());
+        picture = QPixmap(x.picture[3], y.picture[3]);
         picture.setDevicePixelRatio(ratio);
         picture.fill(Qt::transparent);
         QPainter inside(&picture);
         inside.setRenderHint(QPainter::Antialiasing);
-        draw(inside, QRectF(QPointF(margin, margin), rect.size()));
+        draw(inside, QRectF(QPointF(margin, margin), size));
         inside.end();
         QPixmapCache::insert(key, picture);
     }
     const QPainter::RenderHints hints = painter.renderHints();
     painter.setRenderHints(hints, false);
-    painter.drawPixmap(rect.topLeft() - QPointF(margin, margin), picture);
+    const QPointF origin = rect.topLeft() - QPointF(margin, margin);
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) {
+            const auto piece = [&](const std::array<int, 4>& xs, const std::array<int, 4>& ys) {
+                return QRect(QPoint(xs[column], ys[row]), QPoint(xs[column + 1] - 1, ys[row + 1] - 1));
+            };
+            const QRect target = piece(x.drawn, y.drawn);
+            painter.drawPixmap(
+                QRectF(origin + QPointF(target.topLeft()) / ratio, QSizeF(target.size()) / ratio), picture,
+                QRectF(piece(x.picture, y.picture)));
+        }
+    }
     painter.setRenderHints(hints);
 }
 
@@ -86,7 +126,7 @@ void drawShadow(QPainter& painter, const QRectF& rect, double radius, double blu
 void drawCardGround(QPainter& painter, const QRectF& rect, double radius) {
     constexpr double blur = 3;
     constexpr QPointF offset(0, 1);
-    drawShared(painter, rect, blur + offset.y(), QStringLiteral("ground/%1").arg(radius),
+    drawShared(painter, rect, radius, blur + offset.y(), QStringLiteral("ground/%1").arg(radius),
                [&](QPainter& inside, const QRectF& card) {
                    drawShadow(inside, card, radius, blur, offset, QColor(0, 0, 0, 18));
                    inside.fillPath(continuousRoundedRect(card, radius), Qt::white);
@@ -96,7 +136,7 @@ void drawCardGround(QPainter& painter, const QRectF& rect, double radius) {
 void drawCardBorder(QPainter& painter, const QRectF& rect, double radius, double width, const QColor& color) {
     const QString name =
         QStringLiteral("border/%1/%2/%3").arg(radius).arg(width).arg(color.name(QColor::HexArgb));
-    drawShared(painter, rect, 0, name, [&](QPainter& inside, const QRectF& card) {
+    drawShared(painter, rect, radius, 0, name, [&](QPainter& inside, const QRectF& card) {
         const double inset = width / 2;
         inside.setPen(QPen(color, width));
         inside.drawPath(continuousRoundedRect(card.adjusted(inset, inset, -inset, -inset), radius - inset));
