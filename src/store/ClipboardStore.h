@@ -132,6 +132,7 @@ private:
     bool m_isClearing = false;
     OrderedWork m_writing;                                // while a worker writes
     OrderedWork m_checkpoints;                            // while a worker moves the log into the database
+    bool m_isCheckpointWaiting = false;                   // for the one that is under way
     std::unique_ptr<FetchCache> m_fetchCache;             // with the connection
     std::unique_ptr<Retention> m_retention;               // likewise
     std::chrono::milliseconds m_longestSearch{8};         // half a frame

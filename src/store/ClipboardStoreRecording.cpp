@@ -151,9 +151,13 @@ void ClipboardStore::captureWritten(const WrittenCapture& written) {
 void ClipboardStore::logHasGrown(int pages) {
     if (pages >= mostPages) {
         sqlite3_wal_checkpoint_v2(m_db, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
-    } else if (pages >= pagesForCheckpoint && !m_checkpoints.isBusy()) {
+    } else if (pages >= pagesForCheckpoint && !m_isCheckpointWaiting) {
         m_retention->pause(); // it could write faster than the log is moved
+        // What is written while the log is moved is moved after it. A log begins anew only when all of it has
+        // been moved, and else would grow with each copy.
+        m_isCheckpointWaiting = true;
         m_checkpoints.add([this] {
+            m_isCheckpointWaiting = false;
             const auto move = [database = m_database] {
                 return executeSql(WorkerConnection(database), "PRAGMA wal_checkpoint(PASSIVE)");
             };

@@ -88,9 +88,12 @@ TEST_F(Recording, MovesTheLogIntoTheDatabaseBesideTheEventLoop) {
         return QFile(path(file)).size();
     };
     int number = 0;
+    const auto recordMore = [&] {
+        store->insertOrUpdate(QString::number(++number) + QString(500'000, u'x'), {});
+    };
     const auto recordUntilMoved = [&](qint64 size) {
         return test::eventually([&] {
-            store->insertOrUpdate(QString::number(++number) + QString(500'000, u'x'), {});
+            recordMore();
             return sizeOf("Corvatto/corvatto.sqlite3") > size;
         });
     };
@@ -98,6 +101,13 @@ TEST_F(Recording, MovesTheLogIntoTheDatabaseBesideTheEventLoop) {
     EXPECT_TRUE(recordUntilMoved(sizeOf("Corvatto/corvatto.sqlite3") + 4'000'000));
     // However late the worker comes to it.
     EXPECT_LT(sizeOf("Corvatto/corvatto.sqlite3-wal"), 80'000'000);
+    store->finish();
+    limitCount(number); // so that each copy is followed by a removal
+    for (int i = 0; i < 40; ++i) {
+        recordMore();
+        store->finish();
+    }
+    EXPECT_LT(sizeOf("Corvatto/corvatto.sqlite3-wal"), 10'000'000) << "it never begins anew";
 }
 
 TEST_F(Recording, PreviewsOneLineOf120Characters) {
