@@ -5,8 +5,8 @@
 // takes as much as our own text fields hold before it makes their program wait, which is ours, and busy.
 #pragma once
 
+#include "base/FileDescriptor.h"
 #include "platform/ClipboardReadPlan.h"
-#include "platform/wayland/FileDescriptor.h"
 
 #include <QSocketNotifier>
 #include <QTimer>

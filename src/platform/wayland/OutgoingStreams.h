@@ -4,7 +4,7 @@
 // time of silence it gets no more.
 #pragma once
 
-#include "platform/wayland/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 
 #include <QByteArray>
 #include <QObject>

@@ -1,7 +1,7 @@
 // The process that has delivered the content of the clipboard.
 #pragma once
 
-#include "platform/wayland/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 #include "platform/wayland/OwnerLife.h"
 
 #include <QSocketNotifier>

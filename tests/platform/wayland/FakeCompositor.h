@@ -3,8 +3,8 @@
 #pragma once
 
 #include "WaylandServer.h"
+#include "base/FileDescriptor.h"
 #include "platform/wayland/CompositorProbe.h"
-#include "platform/wayland/FileDescriptor.h"
 
 #include <QByteArrayList>
 
