@@ -2,7 +2,8 @@
 // reach; later ones send it their request (command/InstanceRequest.h).
 #pragma once
 
-#include <QLocalServer>
+#include "app/RequestSocket.h"
+
 #include <QLockFile>
 #include <QString>
 
@@ -27,11 +28,11 @@ public:
     void setStatus(const QString& status) { m_status = status; }
 
 private:
-    void answer(QLocalSocket* socket);
+    void answer(RequestConnection& client, const QString& request);
 
     std::string m_directory;
     QLockFile m_lock;
-    QLocalServer m_server;
+    RequestSocket m_socket;
     QString m_status;
     std::function<void(const QString& request)> m_handle;
 };

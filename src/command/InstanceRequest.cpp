@@ -9,7 +9,6 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace corvatto {
@@ -17,8 +16,6 @@ namespace {
 
 constexpr time_t answerSeconds = 5;
 constexpr std::size_t longestAnswer = 1024;
-// Of the path of the directory. The socket's own name is longer for a moment, while QLocalServer creates it.
-constexpr std::size_t longestDirectory = sizeof sockaddr_un::sun_path - sizeof "/instance-XXXXXX/s";
 
 struct Descriptor {
     const int value;
@@ -43,7 +40,7 @@ bool isDirectory(const std::string& path) {
 std::string instanceDirectory() {
     const std::string runtime = variable("XDG_RUNTIME_DIR", "");
     const std::string directory = runtime + "/corvatto";
-    if (!runtime.empty() && isDirectory(runtime) && directory.size() <= longestDirectory) {
+    if (!runtime.empty() && isDirectory(runtime) && socketAddress(instanceSocket(directory))) {
         return directory;
     }
     return variable("TMPDIR", "/tmp") + "/corvatto-" + std::to_string(getuid());
@@ -58,20 +55,27 @@ std::string instanceSocket(const std::string& directory) {
     return directory + "/instance";
 }
 
+std::optional<sockaddr_un> socketAddress(const std::string& path) {
+    sockaddr_un address{};
+    if (path.size() >= sizeof address.sun_path) {
+        return std::nullopt;
+    }
+    address.sun_family = AF_UNIX;
+    std::copy(path.begin(), path.end(), address.sun_path);
+    return address;
+}
+
 Answer askInstance(const std::string& directory, std::string_view request) {
     using Outcome = Answer::Outcome;
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const std::string path = instanceSocket(directory);
-    if (path.size() >= sizeof address.sun_path || !isOwnDirectory(directory)) {
+    const auto address = socketAddress(instanceSocket(directory));
+    if (!address || !isOwnDirectory(directory)) {
         return {Outcome::Nobody, {}};
     }
-    std::copy(path.begin(), path.end(), address.sun_path);
     const Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const timeval timeout{answerSeconds, 0};
     setsockopt(descriptor.value, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
     setsockopt(descriptor.value, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
-    if (connect(descriptor.value, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    if (connect(descriptor.value, reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0) {
         // So many may be waiting already that there is no place to wait.
         return {errno == EAGAIN ? Outcome::None : Outcome::Nobody, {}};
     }

@@ -2,8 +2,11 @@
 // user can reach. Needs no Qt, so that a key which is bound to a request is answered at once.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include <sys/un.h>
 
 namespace corvatto {
 
@@ -16,6 +19,9 @@ bool isOwnDirectory(const std::string& directory);
 
 // The socket of the instance that keeps it in `directory`.
 std::string instanceSocket(const std::string& directory);
+
+// Absent when the path is too long for the name of a socket.
+std::optional<sockaddr_un> socketAddress(const std::string& path);
 
 // The request for one line about the running instance. Others have only `doneLine` for an answer.
 inline constexpr std::string_view statusRequest = "status";

@@ -7,9 +7,11 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -62,6 +64,21 @@ TEST_F(SingleInstanceTest, NeitherWhatACrashLeftNorANonsenseRequestIsInTheWay) {
     EXPECT_TRUE(inChild([this] {
         const Answer answer = askInstance(directory, statusRequest);
         return answer.outcome == Outcome::Done && answer.text == "well\n";
+    }));
+}
+
+TEST_F(SingleInstanceTest, AClientIsAnsweredOnceThereIsADescriptorForIt) {
+    listen();
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    const rlimit none{static_cast<rlim_t>(next), usual.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    QTimer::singleShot(200, [&usual] { setrlimit(RLIMIT_NOFILE, &usual); });
+    EXPECT_TRUE(inChild([&] {
+        return setrlimit(RLIMIT_NOFILE, &usual) == 0 &&
+               askInstance(directory, "show").outcome == Outcome::Done;
     }));
 }
 
