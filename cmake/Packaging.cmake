@@ -2,7 +2,9 @@
 include(GNUInstallDirs)
 install(TARGETS corvatto RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 if(NOT CORVATTO_ONE_BINARY)
-    install(TARGETS corvatto_program LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/corvatto)
+    set(private_dir ${CMAKE_INSTALL_LIBDIR}/corvatto)
+    install(TARGETS corvatto_program corvatto-fetch
+        LIBRARY DESTINATION ${private_dir} RUNTIME DESTINATION ${private_dir})
 endif()
 
 # The changelog says which revision of the package this is. It and the metainfo must know this version of the program.

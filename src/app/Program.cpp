@@ -13,12 +13,15 @@
 #include "update/UpdateChecker.h"
 
 #include <QDeadlineTimer>
+#include <QFileInfo>
 #include <QLocale>
 #include <QLoggingCategory>
 #include <QThread>
 
 #include <cstdlib>
 #include <optional>
+
+#include <dlfcn.h>
 
 using namespace corvatto;
 
@@ -50,6 +53,14 @@ void handleRequest(AppDelegate& delegate, const QString& request) {
     }
 }
 
+// It stands beside the file that holds this code: the library, where there is one.
+QString fetchHelperPath() {
+    Dl_info code{};
+    dladdr(reinterpret_cast<const void*>(&fetchHelperPath), &code);
+    const QFileInfo file(QFile::decodeName(code.dli_fname));
+    return file.absolutePath() + QStringLiteral("/" CORVATTO_FETCH);
+}
+
 } // namespace
 
 // Called by main() in the binary. Returns the exit status. What `argv` holds but the name of the program is
@@ -61,6 +72,9 @@ extern "C" int runProgram(int argc, char** argv) {
     if (const auto status = becomeInstance(instance, directory)) {
         return *status;
     }
+
+    // Now, before variables are set that are for our own windows.
+    const FetchHelper fetchHelper{fetchHelperPath(), QProcessEnvironment::systemEnvironment()};
 
     // Qt's messages about images that it cannot read may quote them.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false"));
@@ -78,8 +92,8 @@ extern "C" int runProgram(int argc, char** argv) {
     QtAlerts alerts;
     const IcuRelativeDateTimeFormatter relativeTimes(QLocale::system().bcp47Name());
     const Platform platform = started.session->platform();
-    UpdateChecker updateChecker({defaults, alerts, platform.workspace}, ProductAddresses::updateDocument,
-                                QStringLiteral(CORVATTO_VERSION));
+    UpdateChecker updateChecker({defaults, alerts, platform.workspace}, fetchHelper,
+                                ProductAddresses::updateDocument, QStringLiteral(CORVATTO_VERSION));
     UpdateChecker::install(updateChecker);
     AppDelegate delegate(
         {QStringLiteral(CORVATTO_VERSION), applicationSupportDirectory(), defaults, alerts, relativeTimes},

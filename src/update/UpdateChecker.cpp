@@ -29,9 +29,9 @@ std::optional<QUrl> webAddress(const QString& text) {
 
 } // namespace
 
-UpdateChecker::UpdateChecker(const Services& services, const QUrl& updateURL, const QString& localVersion,
-                             const Download::Limits& limits)
-    : m_services(services), m_updateURL(updateURL), m_localVersion(localVersion), m_limits(limits) {}
+UpdateChecker::UpdateChecker(const Services& services, const FetchHelper& helper, const QUrl& updateURL,
+                             const QString& localVersion)
+    : m_services(services), m_helper(helper), m_updateURL(updateURL), m_localVersion(localVersion) {}
 
 UpdateChecker& UpdateChecker::shared() {
     Q_ASSERT_X(installed, "UpdateChecker::shared", "no checker is installed");
@@ -72,10 +72,10 @@ QCoro::Task<> UpdateChecker::checkForUpdates(bool manual) {
 }
 
 QCoro::Task<UpdateInfo> UpdateChecker::fetchUpdateInfo() {
-    Download download(m_updateURL, m_limits);
+    FetchProcess fetching(m_helper, m_updateURL);
     // Resumes checkForUpdates(), which finds the checker destroyed and ends.
-    connect(this, &QObject::destroyed, &download, &Download::cancel);
-    const Download::Response response = co_await download.response();
+    connect(this, &QObject::destroyed, &fetching, &FetchProcess::cancel);
+    const FetchResponse response = co_await fetching.response();
     if (response.status != httpOk) {
         throw FetchError::loading(FetchError::badServerResponse,
                                   QStringLiteral("HTTP %1").arg(response.status));

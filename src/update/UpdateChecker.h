@@ -8,7 +8,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
 #include "settings/SettingsKeys.h"
-#include "update/Download.h"
+#include "update/FetchProcess.h"
 #include "update/UpdateInfo.h"
 
 #include <QCoroTask>
@@ -33,10 +33,10 @@ public:
     static inline const QString& ignoredVerKey = SettingsKeys::corvattoIgnoredUpdateVersion;
     static constexpr double checkInterval = 86'400; // seconds; the least time between automatic checks
 
-    // `updateURL` must be one that Download loads, otherwise each check fails. An empty `localVersion` counts
-    // as 0.0.0.
-    UpdateChecker(const Services& services, const QUrl& updateURL, const QString& localVersion,
-                  const Download::Limits& limits = {});
+    // `updateURL` must be one that the helper loads, otherwise each check fails. An empty `localVersion`
+    // counts as 0.0.0.
+    UpdateChecker(const Services& services, const FetchHelper& helper, const QUrl& updateURL,
+                  const QString& localVersion);
 
     // The checker that the composition root, which owns it, has installed for the process. There must be one.
     static UpdateChecker& shared();
@@ -54,9 +54,9 @@ private:
     void showAlert(const QString& title, const QString& message);
 
     Services m_services;
+    FetchHelper m_helper;
     QUrl m_updateURL;
     QString m_localVersion;
-    Download::Limits m_limits;
 };
 
 } // namespace corvatto

@@ -2,6 +2,7 @@
 #include "EndToEndTest.h"
 
 #include <filesystem>
+#include <fstream>
 
 namespace corvatto::test {
 
@@ -110,6 +111,10 @@ TEST_P(LifecycleTest, ASecondStartAndTheCommandLineReachTheRunningProgram) {
     EXPECT_EQ(corvatto({"--nonsense"}), 2);
     EXPECT_EQ(corvatto({"--version"}), 0);
     EXPECT_TRUE(database.rows().isEmpty()); // what is there at the start is no new copy
+    std::ifstream maps("/proc/" + std::to_string(program->pid()) + "/maps");
+    const std::string loaded(std::istreambuf_iterator<char>(maps), {});
+    EXPECT_NE(loaded.find("libQt6Core"), std::string::npos);
+    EXPECT_EQ(loaded.find("libQt6Network"), std::string::npos) << "for a request a day";
     EXPECT_EQ(corvatto({"--quit"}), 0);
     EXPECT_EQ(program->exitStatus(), 0);
     EXPECT_EQ(corvatto({"--quit"}), 1);

@@ -102,7 +102,7 @@ TEST_F(Window, KeysBelongToTheInputMethodWhileItComposes) {
 
 TEST_F(Window, EveryHundredthOpeningMayCheckForUpdates) {
     test::FakeDesktop desktop;
-    UpdateChecker checker({defaults, desktop, desktop}, QUrl(), {});
+    UpdateChecker checker({defaults, desktop, desktop}, {}, QUrl(), {});
     UpdateChecker::install(checker);
     const auto now = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
     const auto openings = [this] {

@@ -61,7 +61,7 @@ TEST_F(PreferencesViewTest, TheSliderStoresTenthsAndLeavesWhatItCannotHave) {
 
 TEST_F(PreferencesViewTest, TheButtonChecksAtEveryClickAndShortcutChangesAreTold) {
     FakeDesktop desktop;
-    UpdateChecker checker({defaults, desktop, desktop}, QUrl(), {}); // which fails
+    UpdateChecker checker({defaults, desktop, desktop}, {}, QUrl(), {}); // which fails
     UpdateChecker::install(checker);
     view.findChild<QPushButton*>()->click();
     view.findChild<QPushButton*>()->click();

@@ -1,10 +1,11 @@
 #include "update/UpdateChecker.h"
 
-#include "HttpServer.h"
 #include "support/CapturedOutput.h"
+#include "support/Children.h"
 #include "support/Eventually.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeUserDefaults.h"
+#include "support/HttpServer.h"
 #include "support/Printing.h"
 #include "update/VersionComparison.h"
 
@@ -31,7 +32,8 @@ protected:
 
     UpdateCheckerTest() { makeChecker(u"1.2"_qs); }
     void makeChecker(const QString& localVersion) {
-        checker.emplace(UpdateChecker::Services{defaults, desktop, desktop}, server.url(), localVersion);
+        checker.emplace(UpdateChecker::Services{defaults, desktop, desktop},
+                        FetchHelper{u"" FETCH_HELPER ""_qs}, server.url(), localVersion);
     }
     // Runs one check against `answer`; returns the alerts that it showed.
     QList<Alert> check(bool manual, const test::HttpServer::Answer& answer) {
@@ -158,6 +160,7 @@ TEST_F(UpdateCheckerTest, MayBeDestroyedWhileItLoads) {
         EXPECT_TRUE(test::eventually([&] { return isStarting || !server.requests.isEmpty(); }));
         checker.reset();
         EXPECT_TRUE(check.isReady()) << "without an event loop, as at the end of the program";
+        EXPECT_TRUE(test::eventually(&test::allChildrenAreGone)) << "no helper is left";
         makeChecker(u"1.2"_qs);
     }
     EXPECT_TRUE(desktop.shown.empty());

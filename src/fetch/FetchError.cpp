@@ -1,4 +1,4 @@
-#include "update/FetchError.h"
+#include "fetch/FetchError.h"
 
 namespace corvatto {
 namespace {
@@ -33,47 +33,12 @@ QString descriptionOf(FetchError::Code code) {
     return {};
 }
 
-FetchError::Code codeFor(QNetworkReply::NetworkError error) {
-    switch (error) {
-    case QNetworkReply::OperationCanceledError:
-        return FetchError::cancelled;
-    case QNetworkReply::TimeoutError:
-        return FetchError::timedOut;
-    case QNetworkReply::HostNotFoundError:
-        return FetchError::cannotFindHost;
-    case QNetworkReply::ConnectionRefusedError:
-        return FetchError::cannotConnectToHost;
-    case QNetworkReply::RemoteHostClosedError:
-        return FetchError::networkConnectionLost;
-    case QNetworkReply::TooManyRedirectsError:
-        return FetchError::tooManyRedirects;
-    case QNetworkReply::InsecureRedirectError:
-        return FetchError::secureConnectionRequired;
-    case QNetworkReply::TemporaryNetworkFailureError:
-    case QNetworkReply::NetworkSessionFailedError:
-    case QNetworkReply::UnknownNetworkError: // network and host unreachable come as this
-        return FetchError::notConnectedToInternet;
-    case QNetworkReply::SslHandshakeFailedError:
-        return FetchError::secureConnectionFailed;
-    default:
-        // Errors from this one on are about the response of a server that was reached.
-        return error >= QNetworkReply::ContentAccessDenied ? FetchError::badServerResponse
-                                                           : FetchError::unknown;
-    }
-}
-
 } // namespace
 
 FetchError FetchError::loading(Code code, const QString& detail) {
     QString description = descriptionOf(code);
     description += detail.isEmpty() ? QStringLiteral("。") : QStringLiteral("：") + detail;
     return {QStringLiteral("NSURLErrorDomain"), code, description};
-}
-
-FetchError FetchError::loading(QNetworkReply::NetworkError error, const QString& detail) {
-    const Code code = codeFor(error);
-    // The network access speaks English; what is known has a text in the language of the interface.
-    return loading(code, code == unknown ? detail : QString());
 }
 
 FetchError FetchError::undecodable() {

@@ -1,10 +1,9 @@
-#include "update/Download.h"
+#include "fetch/network/Download.h"
 
-#include "HttpServer.h"
 #include "support/Eventually.h"
+#include "support/HttpServer.h"
 #include "support/Printing.h"
 
-#include <QCoroTask>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
@@ -36,29 +35,22 @@ struct Outcome {
     int code = 0; // the error's, 0 for none
 };
 
-QCoro::Task<Outcome> fetch(QUrl url, Download::Limits limits) {
-    Download download(url, limits);
-    try {
-        const Download::Response response = co_await download.response();
-        co_return Outcome{response.body, response.status};
-    } catch (const FetchError& error) {
-        co_return Outcome{{}, 0, error.code};
-    }
-}
-
-Outcome outcomeOf(const QUrl& url, const Download::Limits& limits = {}) {
-    auto task = fetch(url, limits);
-    EXPECT_TRUE(test::eventually([&] { return task.isReady(); })) << url.toString().toStdString();
-    Outcome outcome;
-    task.then([&](const Outcome& result) { outcome = result; });
-    return outcome;
+Outcome outcomeOf(const QUrl& url, const FetchLimits& limits = {}) {
+    std::optional<Outcome> outcome;
+    const Download download(url, limits, [&outcome](const FetchOutcome& result) {
+        const auto* response = std::get_if<FetchResponse>(&result);
+        outcome = response != nullptr ? Outcome{response->body, response->status}
+                                      : Outcome{{}, 0, std::get<FetchError>(result).code};
+    });
+    EXPECT_TRUE(test::eventually([&] { return outcome.has_value(); })) << url.toString().toStdString();
+    return outcome.value_or(Outcome());
 }
 
 class DownloadTest : public ::testing::Test {
 protected:
     Server server;
 
-    Outcome outcomeOfAnswer(const Server::Answer& answer, const Download::Limits& limits = {}) {
+    Outcome outcomeOfAnswer(const Server::Answer& answer, const FetchLimits& limits = {}) {
         server.answers["/"] = answer;
         return outcomeOf(server.url(), limits);
     }
@@ -68,7 +60,7 @@ TEST_F(DownloadTest, GivesWhateverTheServerAnswersOrTellsWhyItFailed) {
     for (const QByteArray status : {"304 Not Modified\r\n", "401 No\r\n", "503 Busy\r\n"}) {
         EXPECT_EQ(outcomeOfAnswer(Server::respond("{}", status)).status, status.left(3).toInt());
     }
-    const QByteArray largest(Download::Limits().bytes, 'x');
+    const QByteArray largest(FetchLimits().bytes, 'x');
     EXPECT_EQ(outcomeOfAnswer(Server::respond(largest)).body, largest);
 
     for (const auto& [answer, code] : std::initializer_list<std::pair<Server::Answer, int>>{

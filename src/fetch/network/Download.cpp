@@ -1,4 +1,4 @@
-#include "update/Download.h"
+#include "fetch/network/Download.h"
 
 #include <QHostAddress>
 #include <QNetworkProxy>
@@ -36,6 +36,41 @@ bool meansNoNetwork(QNetworkReply::NetworkError error) {
            error == QNetworkReply::NetworkSessionFailedError;
 }
 
+FetchError::Code codeFor(QNetworkReply::NetworkError error) {
+    switch (error) {
+    case QNetworkReply::OperationCanceledError:
+        return FetchError::cancelled;
+    case QNetworkReply::TimeoutError:
+        return FetchError::timedOut;
+    case QNetworkReply::HostNotFoundError:
+        return FetchError::cannotFindHost;
+    case QNetworkReply::ConnectionRefusedError:
+        return FetchError::cannotConnectToHost;
+    case QNetworkReply::RemoteHostClosedError:
+        return FetchError::networkConnectionLost;
+    case QNetworkReply::TooManyRedirectsError:
+        return FetchError::tooManyRedirects;
+    case QNetworkReply::InsecureRedirectError:
+        return FetchError::secureConnectionRequired;
+    case QNetworkReply::TemporaryNetworkFailureError:
+    case QNetworkReply::NetworkSessionFailedError:
+    case QNetworkReply::UnknownNetworkError: // network and host unreachable come as this
+        return FetchError::notConnectedToInternet;
+    case QNetworkReply::SslHandshakeFailedError:
+        return FetchError::secureConnectionFailed;
+    default:
+        // Errors from this one on are about the response of a server that was reached.
+        return error >= QNetworkReply::ContentAccessDenied ? FetchError::badServerResponse
+                                                           : FetchError::unknown;
+    }
+}
+
+FetchError errorOf(const QNetworkReply& reply) {
+    const FetchError::Code code = codeFor(reply.error());
+    // The network access speaks English; what is known has a text in the language of the interface.
+    return FetchError::loading(code, code == FetchError::unknown ? reply.errorString() : QString());
+}
+
 QNetworkRequest requestFor(const QUrl& url) {
     QNetworkRequest request(url);
     // Qt's own following ends without an error and without a response when the server closes the connection
@@ -58,8 +93,8 @@ QNetworkRequest requestFor(const QUrl& url) {
 
 } // namespace
 
-Download::Download(const QUrl& url, const Limits& limits)
-    : m_limits(limits), m_url(url), m_retryDelay(limits.firstRetry),
+Download::Download(const QUrl& url, const FetchLimits& limits, Done done)
+    : m_limits(limits), m_done(std::move(done)), m_url(url), m_retryDelay(limits.firstRetry),
       m_timeOut(FetchError::loading(FetchError::timedOut)) {
     m_manager.setProxy(QNetworkProxy(QNetworkProxy::NoProxy));
     for (QTimer* timer : {&m_idleTimer, &m_retryTimer, &m_totalTimer}) {
@@ -120,7 +155,7 @@ void Download::attemptFinished() {
     // Qt reports some statuses as errors; they are responses all the same.
     if (error == QNetworkReply::NoError || status >= 400) {
         read();
-        if (m_outcome) {
+        if (m_isSettled) {
             return; // too long
         }
         const QUrl target = m_reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
@@ -129,12 +164,12 @@ void Download::attemptFinished() {
         if (isRedirection && !target.isEmpty()) {
             followRedirection(m_url.resolved(target));
         } else {
-            settle(Response{status, std::exchange(m_body, {})});
+            settle(FetchResponse{status, std::exchange(m_body, {})});
         }
     } else if (status == 0 && meansNoNetwork(error)) {
-        waitForNetwork(FetchError::loading(error, m_reply->errorString()));
+        waitForNetwork(errorOf(*m_reply));
     } else {
-        settle(FetchError::loading(error, m_reply->errorString()));
+        settle(errorOf(*m_reply));
     }
 }
 
@@ -148,11 +183,11 @@ void Download::waitForNetwork(FetchError reason) {
     m_retryDelay = std::min(2 * m_retryDelay, longestRetry);
 }
 
-void Download::settle(std::variant<Response, FetchError> outcome) {
-    if (m_outcome) {
+void Download::settle(FetchOutcome outcome) {
+    if (m_isSettled) {
         return;
     }
-    m_outcome = std::move(outcome);
+    m_isSettled = true;
     for (QTimer* timer : {&m_idleTimer, &m_retryTimer, &m_totalTimer}) {
         timer->stop();
     }
@@ -160,26 +195,9 @@ void Download::settle(std::variant<Response, FetchError> outcome) {
         m_reply->disconnect(this);
         m_reply->abort();
     }
-    // Queued, because this may be called by the reply, which the resumed coroutine deletes.
-    QMetaObject::invokeMethod(this, &Download::resume, Qt::QueuedConnection);
-}
-
-void Download::cancel() {
-    settle(FetchError::loading(FetchError::cancelled));
-    resume();
-}
-
-void Download::resume() {
-    if (m_awaiting) {
-        std::exchange(m_awaiting, {}).resume(); // and this may be gone
-    }
-}
-
-Download::Response Download::takeResponse() {
-    if (const FetchError* error = std::get_if<FetchError>(&*m_outcome)) {
-        throw FetchError(*error);
-    }
-    return std::get<Response>(*std::move(m_outcome));
+    // Queued, because this may be called by the reply, or by the constructor.
+    QMetaObject::invokeMethod(
+        this, [this, outcome = std::move(outcome)] { m_done(outcome); }, Qt::QueuedConnection);
 }
 
 } // namespace corvatto

@@ -2,7 +2,6 @@
 // Thrown while the document is fetched, and caught by the update checker, which lets none out.
 #pragma once
 
-#include <QNetworkReply>
 #include <QString>
 
 namespace corvatto {
@@ -30,9 +29,6 @@ struct FetchError {
 
     // An error in loading. `detail`, when there is any, is added to the description.
     static FetchError loading(Code code, const QString& detail = {});
-
-    // The same for what the network access reports. `detail` is its own text, used where there is no better.
-    static FetchError loading(QNetworkReply::NetworkError error, const QString& detail);
 
     // The document arrived, but cannot be decoded.
     static FetchError undecodable();
