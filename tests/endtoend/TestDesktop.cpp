@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include <unistd.h>
+
 namespace corvatto::test {
 
 namespace {
@@ -70,6 +72,9 @@ void TestDesktop::openWindow(const QByteArray& application) {
         })) {
         throw std::runtime_error("no window of " + application.toStdString());
     }
+    // A window of Qt's asks for the keyboard when it has just got it. KWin may hear that late, and would take
+    // the keyboard from a panel that is shown meanwhile.
+    usleep(300'000);
 }
 
 std::optional<QByteArray> TestDesktop::outputOf(const QByteArray& program,
