@@ -100,11 +100,13 @@ Rows list(SqliteStatement& query, SqliteStatement& row, const FindUnchanged& fin
         }
         row.reset();
         row.bindInt64(1, id);
-        rows.status = row.step(); // the same state of the database, since the query is still under way
-        if (rows.status != SQLITE_ROW) {
+        const int status = row.step(); // in the same state of the database, since the query is under way
+        if (status == SQLITE_ROW) {
+            rows.items.append(rowToItem(row));
+        } else if (status != SQLITE_DONE) { // an index with an entry too many loses nothing
+            rows.status = status;
             break;
         }
-        rows.items.append(rowToItem(row));
     }
     return rows;
 }
