@@ -78,7 +78,28 @@ struct Rows {
     int status = SQLITE_OK; // of the last step
 };
 
-Rows search(SqliteStatement& query) {
+using FoundRows = std::optional<Rows>;
+
+// While its statements live, because their end takes SQLite's message away.
+FoundRows notPrepared(sqlite3* db) {
+    printLine(QStringLiteral("[ClipboardStore] ERROR: Query failed: ") + lastSqliteError(db));
+    return std::nullopt;
+}
+
+FoundRows find(sqlite3* db, const QByteArray& pattern, int limit,
+               std::optional<std::chrono::milliseconds> time) {
+    SqliteStatement query(db, searchSql);
+    if (!query.isPrepared()) {
+        return notPrepared(db);
+    }
+    for (int parameter = 1; parameter <= 4; ++parameter) {
+        query.bindUtf8(parameter, pattern);
+    }
+    query.bindInt64(5, limit);
+    std::optional<TimeLimit> timeLimit;
+    if (time) {
+        timeLimit.emplace(db, *time);
+    }
     Rows rows;
     while ((rows.status = query.step()) == SQLITE_ROW) {
         rows.items.append(rowToItem(query));
@@ -90,7 +111,13 @@ using FindUnchanged = std::function<const ClipboardItem*(qint64 id)>;
 
 // Unchanged rows are not read again. It takes long where contents are, which SQLite goes through to reach the
 // columns behind them.
-Rows list(SqliteStatement& query, SqliteStatement& row, const FindUnchanged& findUnchanged) {
+FoundRows list(sqlite3* db, int limit, const FindUnchanged& findUnchanged) {
+    SqliteStatement query(db, listSql);
+    SqliteStatement row(db, rowSql);
+    if (!query.isPrepared() || !row.isPrepared()) {
+        return notPrepared(db);
+    }
+    query.bindInt64(1, limit);
     Rows rows;
     while ((rows.status = query.step()) == SQLITE_ROW) {
         const qint64 id = query.columnInt64(0);
@@ -145,34 +172,20 @@ ClipboardStore::SearchResult ClipboardStore::fetch(const std::optional<QString>&
             return {withoutDue(*cached)};
         }
     }
-    SqliteStatement query(m_db, fetch.pattern ? searchSql : listSql);
-    SqliteStatement row(m_db, rowSql);
-    if (!query.isPrepared() || !row.isPrepared()) {
-        printLine(QStringLiteral("[ClipboardStore] ERROR: Query failed: ") + lastSqliteError(m_db));
+    const auto findUnchanged = [&](qint64 id) {
+        return version ? m_fetchCache->findUnchanged(*version, id) : nullptr;
+    };
+    const auto time = found ? std::optional(m_longestSearch) : std::nullopt;
+    auto rows = fetch.pattern ? find(m_db, *fetch.pattern, limit, time) : list(m_db, limit, findUnchanged);
+    if (!rows) {
         return {};
     }
-    Rows rows;
-    if (fetch.pattern) {
-        for (int parameter = 1; parameter <= 4; ++parameter) {
-            query.bindUtf8(parameter, *fetch.pattern);
-        }
-        query.bindInt64(5, limit);
-        std::optional<TimeLimit> timeLimit;
-        if (found) {
-            timeLimit.emplace(m_db, m_longestSearch);
-        }
-        rows = corvatto::search(query);
-    } else {
-        query.bindInt64(1, limit);
-        rows = list(query, row,
-                    [&](qint64 id) { return version ? m_fetchCache->findUnchanged(*version, id) : nullptr; });
+    const bool areAll = addContents(rows->items, m_db, m_database);
+    if (version && rows->status == SQLITE_DONE && areAll) {
+        m_fetchCache->insert(*version, fetch, rows->items);
     }
-    const bool areAll = addContents(rows.items, m_db, m_database);
-    if (version && rows.status == SQLITE_DONE && areAll) {
-        m_fetchCache->insert(*version, fetch, rows.items);
-    }
-    if (rows.status != SQLITE_INTERRUPT) {
-        return {withoutDue(rows.items)};
+    if (rows->status != SQLITE_INTERRUPT) {
+        return {withoutDue(rows->items)};
     }
     m_backgroundSearch->start(*fetch.pattern, limit,
                               [this, fetch, version, found = std::move(found),
@@ -182,7 +195,7 @@ ClipboardStore::SearchResult ClipboardStore::fetch(const std::optional<QString>&
                                   }
                                   found(result ? withoutDue(*result) : fetchRecent(searchQuery, fetch.limit));
                               });
-    return {withoutDue(rows.items), false};
+    return {withoutDue(rows->items), false};
 }
 
 // What exceeds the limits is the oldest, so it comes last.
