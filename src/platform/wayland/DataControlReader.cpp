@@ -1,7 +1,5 @@
 #include "platform/wayland/DataControlReader.h"
 
-#include "platform/wayland/OwnerProcess.h"
-
 #include <utility>
 
 namespace corvatto {
@@ -17,10 +15,17 @@ DataControlReader::DataControlReader(WaylandConnection& connection, XwaylandOwne
     m_xSilence.setSingleShot(true);
     m_xSilence.setInterval(m_silenceLimit);
     m_xSilence.callOnTimeout([this] { tellTypes(Secrecy::unknown); });
+    m_exitLimit.setSingleShot(true);
+    m_exitLimit.setInterval(m_silenceLimit);
+    m_exitLimit.callOnTimeout([this] {
+        if (const auto exited = m_exiting ? m_exiting->onExit : nullptr) {
+            exited(); // or as good as that
+        }
+    });
 }
 
-// Calls `done` when the compositor has told everything that it knows by now. Twice asked: a program that
-// crashes closes its descriptors one after the other, the end of the content perhaps before the connection.
+// Calls `done` when the compositor has told everything that it knows by now. Twice asked: it may look at us
+// before it looks at a program that has gone.
 void DataControlReader::whenHandled(std::function<void()> done) {
     m_connection.sync([this, self = std::weak_ptr(m_self), done = std::move(done)] {
         if (!self.expired()) {
@@ -103,7 +108,24 @@ void DataControlReader::received(IncomingStream::Result result) {
         finish(result.outcome);
         return;
     }
-    whenHandled([this, result = std::move(result)] {
+    // A program that crashes closes its descriptors one after the other, the end of the content perhaps long
+    // before its connection to the compositor. Some programs, on the other hand, have their content sent by a
+    // process that exits when all is sent.
+    m_exiting = OwnerProcess::watchExiting(result.sender.value_or(0));
+    if (!m_exiting) {
+        judge(result);
+        return;
+    }
+    m_exiting->onExit = [this, result = std::move(result)] {
+        m_exitLimit.stop();
+        judge(result);
+    };
+    m_exitLimit.start();
+}
+
+// Whether the content is whole.
+void DataControlReader::judge(const IncomingStream::Result& result) {
+    whenHandled([this, result] {
         if (!m_offer->isCurrent()) {
             finish(TransferOutcome::refused);
             return;
@@ -119,6 +141,7 @@ void DataControlReader::received(IncomingStream::Result result) {
 
 void DataControlReader::ownerGone() {
     m_stream.reset();
+    m_exiting.reset();
     if (const Listed listed = std::exchange(m_listed, nullptr)) {
         m_xSilence.stop();
         listed({});
@@ -129,6 +152,8 @@ void DataControlReader::ownerGone() {
 
 void DataControlReader::finish(TransferOutcome outcome, const QByteArray& bytes) {
     m_stream.reset();
+    m_exiting.reset();
+    m_exitLimit.stop();
     if (const Fetched fetched = std::exchange(m_fetched, nullptr)) {
         fetched(outcome, bytes, {});
     }

@@ -8,6 +8,7 @@
 #include "platform/ClipboardReading.h"
 #include "platform/wayland/DataControlOffer.h"
 #include "platform/wayland/IncomingStream.h"
+#include "platform/wayland/OwnerProcess.h"
 #include "platform/wayland/XwaylandOwner.h"
 
 #include <QElapsedTimer>
@@ -38,6 +39,7 @@ private:
     void askXOwner();
     void tellTypes(Secrecy secrecy);
     void received(IncomingStream::Result result);
+    void judge(const IncomingStream::Result& result);
     void finish(TransferOutcome outcome, const QByteArray& bytes = {});
 
     WaylandConnection& m_connection;
@@ -50,6 +52,8 @@ private:
     Secrecy m_secrecy = Secrecy::asOffered;
     std::shared_ptr<XwaylandOwner> m_xOwner;
     std::unique_ptr<IncomingStream> m_stream;
+    std::unique_ptr<OwnerProcess> m_exiting; // who has sent the content
+    QTimer m_exitLimit;
     Listed m_listed;   // while it is listing
     Fetched m_fetched; // while it is fetching
     QTimer m_xSilence;

@@ -24,7 +24,13 @@ public:
     static std::unique_ptr<OwnerProcess> watch(pid_t process,
                                                std::optional<std::chrono::milliseconds> sinceCopy);
 
+    // Null unless it is exiting, and has not exited yet: some of what it had open may be closed, and some
+    // not.
+    static std::unique_ptr<OwnerProcess> watchExiting(pid_t process);
+
 private:
+    static FileDescriptor openLiving(pid_t process);
+
     explicit OwnerProcess(FileDescriptor process);
 
     FileDescriptor m_process;

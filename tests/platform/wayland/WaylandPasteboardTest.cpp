@@ -5,9 +5,13 @@
 #include "platform/wayland/IncomingStream.h"
 
 #include <csignal>
+#include <thread>
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 
 using namespace std::chrono_literals;
@@ -19,18 +23,31 @@ const QByteArray text = "text/plain;charset=utf-8";
 
 class WaylandPasteboardTest : public WaylandTest {};
 
-// A process that writes to a descriptor and lives on, as programs do that the user copies in.
+// A process that writes to a descriptor and lives on, as programs do that the user copies in, or begins to
+// exit and is stopped in that.
 class OwnerProcessOfTest {
 public:
-    OwnerProcessOfTest(const FileDescriptor& receiver, const QByteArray& bytes) : m_process(::fork()) {
+    enum class Then { livesOn, isExiting };
+    OwnerProcessOfTest(const FileDescriptor& receiver, const QByteArray& bytes, Then then = Then::livesOn) {
+        std::array<int, 2> closed{}; // says that the receiver is
+        (void)!::pipe(closed.data());
+        m_process = ::fork();
         if (m_process == 0) {
             ::signal(SIGPIPE, SIG_DFL);
             (void)!::write(receiver.number(), bytes.constData(), static_cast<std::size_t>(bytes.size()));
-            ::close(receiver.number());
-            for (;;) {
-                ::pause();
+            if (then == Then::isExiting) {
+                std::thread([&, first = ::pthread_self()] {
+                    ::pthread_join(first, nullptr);
+                    closeAndPause(receiver, closed[1]);
+                }).detach();
+                ::syscall(SYS_exit, 0); // of this thread only
             }
+            closeAndPause(receiver, closed[1]);
         }
+        ::close(closed[1]);
+        pollfd end{closed[0], POLLIN, 0};
+        ::poll(&end, 1, then == Then::isExiting ? -1 : 0);
+        ::close(closed[0]);
     }
     ~OwnerProcessOfTest() { exit(); }
     OwnerProcessOfTest(const OwnerProcessOfTest&) = delete;
@@ -43,6 +60,13 @@ public:
     }
 
 private:
+    static void closeAndPause(const FileDescriptor& receiver, int closed) {
+        ::close(receiver.number());
+        ::close(closed);
+        for (;;) {
+            ::pause();
+        }
+    }
     pid_t m_process;
 };
 
@@ -261,6 +285,36 @@ TEST_F(WaylandPasteboardTest, ContentSurvivesItsProgramButNotAClear) {
         }
         pasteboard.reset();
     }
+}
+
+// A crash closes one descriptor after the other.
+TEST_F(WaylandPasteboardTest, WhoIsExitingAtTheEndOfTheContentMayHaveCrashed) {
+    start();
+    std::optional<OwnerProcessOfTest> owner;
+    const auto copyFromExiting = [&](const QByteArray& bytes) {
+        owner.reset();
+        compositor->copy({{text, {}}}, [&](const QByteArray&, FileDescriptor to) {
+            owner.emplace(to, bytes, OwnerProcessOfTest::Then::isExiting);
+        });
+        EXPECT_TRUE(eventually([&] { return owner.has_value(); }));
+        letGo(); // the end of the content is seen,
+        letGo(); // and whether it is still offered
+        letGo();
+    };
+    copyFromExiting("the beginning of s");
+    compositor->empty();
+    EXPECT_TRUE(soonCounted(1));
+    EXPECT_FALSE(pasteboard->string());
+    // It is another one's helper, since the content is still offered when it has gone.
+    copyFromExiting("all of it");
+    owner->exit();
+    EXPECT_TRUE(soonCopied(QStringLiteral("all of it")));
+    // It goes on without its first thread.
+    pasteboard.reset();
+    limits.silence = 60ms;
+    start();
+    copyFromExiting("also");
+    EXPECT_TRUE(soonCopied(QStringLiteral("also")));
 }
 
 // A tool that is started in order to copy ends because of the clear.
