@@ -176,13 +176,15 @@ void ClipboardMonitor::recordImage(const Image& image, const std::optional<QByte
         const QString hash = imageHash(image);
         return Result{hash, ImageStorage::saveImage(image, hash, imagesDir, thumbnailsDir)};
     };
+    const auto files = m_store.keepImageFiles();
     m_recordings.goOnBeside(save, [=, this](const Result& result) {
         if (!result.saved) {
             recordText(text, sourceApp); // better than nothing
             return;
         }
         m_store.insertOrUpdateImage(result.saved->imagePath, result.saved->thumbnailPath, result.hash,
-                                    result.saved->preview, sourceApp, announcement());
+                                    result.saved->preview, sourceApp,
+                                    [files, announce = announcement()] { announce(); });
     });
 }
 

@@ -9,6 +9,7 @@
 #include "FetchCache.h"
 #include "Retention.h"
 #include "WorkerConnection.h"
+#include "WriteAheadLog.h"
 
 namespace corvatto {
 ClipboardStore::ClipboardStore(QString applicationSupportDirectory, const Preferences& preferences,
@@ -22,6 +23,7 @@ ClipboardStore::~ClipboardStore() {
     if (m_db != nullptr) {
         finish();
         m_backgroundSearch.reset();
+        m_log.reset();
         m_fetchCache.reset();
         sqlite3_close(m_db);
     }
@@ -40,8 +42,12 @@ QString ClipboardStore::thumbnailsDir() const {
 }
 
 void ClipboardStore::finish() {
-    m_writing.finish();
-    m_checkpoints.finish();
+    do {
+        m_writing.finish();
+        if (m_log) {
+            m_log->finish();
+        }
+    } while (m_writing.isBusy() || (m_log && m_log->isBusy()));
 }
 
 Clearing ClipboardStore::clearing() const {
@@ -74,9 +80,13 @@ void ClipboardStore::clear() {
     m_retention->pause();
     m_isClearing = true;
     if (canWorkBeside()) {
-        m_writing.goOnBeside([database = m_database,
-                              clearing = clearing()] { return clearing.run(WorkerConnection(database)); },
-                             cleared);
+        const auto work = [database = m_database, clearing = clearing()] {
+            const WorkerConnection connection(database);
+            const auto error = clearing.run(connection);
+            beginLog(connection);
+            return error;
+        };
+        m_writing.goOnBeside(work, cleared);
     } else {
         cleared(clearing().run(m_db));
     }

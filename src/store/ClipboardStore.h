@@ -23,6 +23,7 @@ namespace corvatto {
 class BackgroundSearch;
 class FetchCache;
 class Retention;
+class WriteAheadLog;
 struct Capture;
 struct Clearing;
 struct WrittenCapture;
@@ -30,8 +31,9 @@ struct WrittenCapture;
 // No operation fails outward: a failure prints one line, and the result is nothing or an empty list. Without
 // a connection every operation does nothing. Main thread.
 //
-// What takes long goes on beside the main thread: the writing of a text of megabytes, clearing, and moving
-// the write-ahead log into the database. What is written after it then waits for it, in order.
+// What takes long goes on beside the main thread: the writing of a text of megabytes, and clearing. What is
+// written after it then waits for it, in order. What is written is on the disk some milliseconds later: only
+// a loss of power at this moment takes it, and nothing else with it.
 class ClipboardStore {
 public:
     using Clock = std::function<std::chrono::system_clock::time_point()>;
@@ -66,6 +68,10 @@ public:
     // nothing.
     void insertOrUpdateFile(const QStringList& paths, const QString& sourceApp, Recorded recorded = {});
 
+    // To be held from before the files of an image are saved until the image is recorded: they may be those
+    // of an older entry that is being removed. Null without a history. Not to outlive the store.
+    std::shared_ptr<void> keepImageFiles();
+
     // Counts that the user copied the entry back, which moves it to the front. An unknown id changes nothing.
     void incrementCopyCount(qint64 id);
 
@@ -98,7 +104,7 @@ public:
     // too.
     void deleteAll();
 
-    // Waits until everything above is in the database's files, as the destructor does.
+    // Waits until everything above is in the database's files, and on the disk, as the destructor does.
     void finish();
 
 private:
@@ -115,7 +121,6 @@ private:
     using Writing = std::function<WrittenCapture(sqlite3*)>;
     void write(qsizetype contentSize, const Writing& writing,
                const std::function<void(const WrittenCapture&)>& written);
-    void logHasGrown(int pages);
 
     Clearing clearing() const;
     void clear();
@@ -131,10 +136,9 @@ private:
     sqlite3* m_db = nullptr;
     bool m_isClearing = false;
     OrderedWork m_writing;                                // while a worker writes
-    OrderedWork m_checkpoints;                            // while a worker moves the log into the database
-    bool m_isCheckpointWaiting = false;                   // for the one that is under way
     std::unique_ptr<FetchCache> m_fetchCache;             // with the connection
     std::unique_ptr<Retention> m_retention;               // likewise
+    std::unique_ptr<WriteAheadLog> m_log;                 // where there is one
     std::chrono::milliseconds m_longestSearch{8};         // half a frame
     std::unique_ptr<BackgroundSearch> m_backgroundSearch; // null without a write-ahead log, with which
     // one may read while another writes

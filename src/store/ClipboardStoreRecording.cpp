@@ -12,18 +12,15 @@
 #include "Retention.h"
 #include "SqliteStatement.h"
 #include "WorkerConnection.h"
+#include "WriteAheadLog.h"
 
 #include <algorithm>
 
 namespace corvatto {
 namespace {
 
-// A longer text is written beside the main thread: writing and syncing a megabyte takes about a frame.
+// A longer text is written beside the main thread: writing a megabyte takes milliseconds.
 constexpr qsizetype longestWrittenAtOnce = 1 << 20; // bytes
-
-// The log moves into the database when it has this many pages (4 MB, or 1 MB where an older file has small
-// pages): beside the main thread, and where commits come faster than that, on it.
-constexpr int pagesForCheckpoint = 250, mostPages = 16 * pagesForCheckpoint;
 
 constexpr qsizetype previewLength = 120; // user-perceived characters
 
@@ -78,6 +75,10 @@ void ClipboardStore::insertOrUpdateImage(const QString& imagePath, const QString
            std::move(recorded));
 }
 
+std::shared_ptr<void> ClipboardStore::keepImageFiles() {
+    return m_retention ? m_retention->keepFiles() : nullptr;
+}
+
 void ClipboardStore::insertOrUpdateFile(const QStringList& paths, const QString& sourceApp,
                                         Recorded recorded) {
     if (paths.isEmpty()) {
@@ -124,6 +125,7 @@ void ClipboardStore::write(qsizetype contentSize, const Writing& writing,
             const WorkerConnection connection(database);
             const WrittenCapture result = writing(connection);
             executeSql(connection, "PRAGMA wal_checkpoint(TRUNCATE)");
+            beginLog(connection);
             return result;
         },
         [this, written](const WrittenCapture& result) {
@@ -144,25 +146,6 @@ void ClipboardStore::captureWritten(const WrittenCapture& written) {
     }
     if (written.result != Result::notPrepared) {
         m_retention->apply(now());
-    }
-}
-
-// At the end of each commit.
-void ClipboardStore::logHasGrown(int pages) {
-    if (pages >= mostPages) {
-        sqlite3_wal_checkpoint_v2(m_db, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
-    } else if (pages >= pagesForCheckpoint && !m_isCheckpointWaiting) {
-        m_retention->pause(); // it could write faster than the log is moved
-        // What is written while the log is moved is moved after it. A log begins anew only when all of it has
-        // been moved, and else would grow with each copy.
-        m_isCheckpointWaiting = true;
-        m_checkpoints.add([this] {
-            m_isCheckpointWaiting = false;
-            const auto move = [database = m_database] {
-                return executeSql(WorkerConnection(database), "PRAGMA wal_checkpoint(PASSIVE)");
-            };
-            m_checkpoints.goOnBeside(move, [this](const auto& /*error*/) { m_retention->resume(); });
-        });
     }
 }
 

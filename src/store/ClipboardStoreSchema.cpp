@@ -12,6 +12,7 @@
 #include "Retention.h"
 #include "SqliteStatement.h"
 #include "WorkerConnection.h"
+#include "WriteAheadLog.h"
 
 #include <QFile>
 
@@ -33,16 +34,22 @@ constexpr char createTableSql[] = "    CREATE TABLE IF NOT EXISTS clipboard_item
                                   "    CREATE INDEX IF NOT EXISTS idx_last_copied_at\n"
                                   "        ON clipboard_items(last_copied_at);";
 
-// For new files. A search that matches nothing reads every page, and takes a sixth less time than with
-// SQLite's default of 4096 bytes; a recording, which mostly waits for the disk, takes as long as before. And
-// pages that have become free can be given back to the file system little by little.
+// For new files; in others, it would be a commit at each start. A search that matches nothing reads every
+// page, and takes a sixth less time than with SQLite's default of 4096 bytes; a recording, which mostly waits
+// for the disk, takes as long as before. And pages that have become free can be given back to the file system
+// little by little.
 constexpr char pageSql[] = "PRAGMA page_size = 16384;" // bytes
                            "PRAGMA auto_vacuum = INCREMENTAL;";
 
-// A write-ahead log makes a recording one appended write with one fsync. A file or file system that cannot do
-// this keeps SQLite's default journal, which is as safe. Errors are ignored here: the statements that follow
-// report what is wrong with the file.
+// With a write-ahead log, a recording is one appended write, which is synced beside the main thread. A file
+// or file system that cannot do this keeps SQLite's default journal, which is as safe. Errors are ignored
+// here: the statements that follow report what is wrong with the file.
 constexpr char journalSql[] = "PRAGMA journal_mode = WAL;";
+
+bool isNew(sqlite3* db) {
+    SqliteStatement pages(db, "PRAGMA page_count");
+    return pages.isPrepared() && pages.step() == SQLITE_ROW && pages.columnInt64(0) == 0;
+}
 
 // Adds a column unless the probe, which selects it, can be prepared. So files of any age get the same columns
 // without a version number.
@@ -87,23 +94,23 @@ void ClipboardStore::openDatabase() {
         return;
     }
     installLikeFunction(m_db);
-    executeSql(m_db, pageSql);
+    if (isNew(m_db)) {
+        executeSql(m_db, pageSql);
+    }
     executeSql(m_db, writingSql);
     executeSql(m_db, journalSql);
     if (SqliteStatement mode(m_db, "PRAGMA journal_mode");
         mode.isPrepared() && mode.step() == SQLITE_ROW && mode.columnText(0) == QLatin1String("wal")) {
         m_backgroundSearch = std::make_unique<BackgroundSearch>(m_database);
-        const auto committed = [](void* store, sqlite3*, const char*, int pages) {
-            static_cast<ClipboardStore*>(store)->logHasGrown(pages);
-            return SQLITE_OK;
-        };
-        sqlite3_wal_hook(m_db, committed, this);
     }
     createTable();
     migrateAddSourceApp();
     migrateAddContentType();
     migrateAddThumbnailPath();
     ensureImageDirectories();
+    if (canWorkBeside()) {
+        m_log = std::make_unique<WriteAheadLog>(m_db, m_database, m_writing, *m_retention);
+    }
     if (clearing().hasBegun(m_db)) {
         deleteAll();
     }

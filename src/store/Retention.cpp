@@ -7,7 +7,6 @@
 
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QStringList>
 
 #include <algorithm>
 #include <limits>
@@ -16,14 +15,14 @@
 namespace corvatto {
 namespace {
 
-constexpr char selectExpiredImagesSql[] = "    SELECT content, thumbnail_path\n"
+constexpr char selectExpiredImagesSql[] = "    SELECT content_hash, content, thumbnail_path\n"
                                           "      FROM clipboard_items\n"
                                           "     WHERE last_copied_at < ?\n"
                                           "       AND content_type = 'image'";
 
 constexpr char deleteExpiredSql[] = "DELETE FROM clipboard_items WHERE last_copied_at < ?";
 
-constexpr char selectOldestImagesSql[] = "    SELECT content, thumbnail_path\n"
+constexpr char selectOldestImagesSql[] = "    SELECT content_hash, content, thumbnail_path\n"
                                          "      FROM clipboard_items\n"
                                          "     WHERE id IN (\n"
                                          "         SELECT id FROM clipboard_items\n"
@@ -187,11 +186,11 @@ void Retention::removeRows(const char* selectImagesSql, const char* deleteSql, q
                            QStringView operation) {
     m_removed = 0;
     const auto counted = std::exchange(m_counted, std::nullopt); // until it is known what was removed
-    QStringList files; // of each image: the full size, then the thumbnail
+    QList<RemovedImage> removed;
     if (SqliteStatement images(m_db, selectImagesSql); images.isPrepared()) {
         images.bindInt64(1, parameter);
         while (images.step() == SQLITE_ROW) {
-            files << images.columnText(0) << images.columnText(1);
+            removed.append({images.columnText(0), images.columnText(1), images.columnText(2)});
         }
     }
     {
@@ -210,9 +209,47 @@ void Retention::removeRows(const char* selectImagesSql, const char* deleteSql, q
     if (counted) {
         m_counted = {counted->rows - m_removed, counted->foreignChanges};
     }
-    for (const QString& file : files) {
-        deleteFile(file);
+    m_removedImages += removed;
+    m_removals += removed.size();
+    if (!m_waitsForSyncs) {
+        removalsSynced(m_removals);
     }
+}
+
+void Retention::removalsSynced(qint64 count) {
+    m_syncedRemovals = count;
+    removeFiles();
+}
+
+std::shared_ptr<void> Retention::keepFiles() {
+    ++m_keepers;
+    return {nullptr, [this](void*) {
+                --m_keepers;
+                removeFiles();
+            }};
+}
+
+// But for those of an image that has been copied again meanwhile.
+void Retention::removeFiles() {
+    if (m_keepers > 0) {
+        return;
+    }
+    while (m_removals - m_removedImages.size() < m_syncedRemovals) {
+        const RemovedImage image = m_removedImages.takeFirst();
+        if (!hasEntry(image.hash)) {
+            deleteFile(image.file);
+            deleteFile(image.thumbnail);
+        }
+    }
+}
+
+bool Retention::hasEntry(const QString& hash) const {
+    SqliteStatement query(m_db, "SELECT 1 FROM clipboard_items WHERE content_hash = ?");
+    if (!query.isPrepared()) {
+        return true; // a file too many is better than one too few
+    }
+    query.bindText(1, hash);
+    return query.step() != SQLITE_DONE;
 }
 
 void Retention::rowInserted() {

@@ -1,5 +1,5 @@
-// Removes what exceeds the user's retention limits: the rows first, then the files of the images among them,
-// then the space in the database's file.
+// Removes what exceeds the user's retention limits: the rows first, then, when that is on the disk, the files
+// of the images among them; then the space in the database's file.
 //
 // A limit that was just lowered may take a million entries. They are removed in slices from the event loop,
 // the oldest first, each slice as large as a few milliseconds allow, and isDue() tells which entries still
@@ -10,8 +10,10 @@
 #include "settings/Preferences.h"
 #include "store/ClipboardItem.h"
 
+#include <QList>
 #include <QTimer>
 
+#include <memory>
 #include <optional>
 
 struct sqlite3;
@@ -30,6 +32,16 @@ public:
     // Between the two, which nest, no slice is removed by itself: a worker writes.
     void pause();
     void resume();
+
+    // Commits are not on the disk when they are done, but when removalsSynced() says so.
+    void waitForSyncs() { m_waitsForSyncs = true; }
+    // How many images have been removed up to now.
+    qint64 removals() const { return m_removals; }
+    // That the first `count` of these removals are on the disk.
+    void removalsSynced(qint64 count);
+
+    // While the result lives, which the retention outlives, no file is removed.
+    std::shared_ptr<void> keepFiles();
 
     // Whether the entry exceeds a limit and is going to be removed.
     bool isDue(const ClipboardItem& item) const;
@@ -50,6 +62,10 @@ private:
         auto operator<=>(const Place&) const = default;
     };
 
+    struct RemovedImage {
+        QString hash, file, thumbnail;
+    };
+
     void removeSlice();
     void scheduleSlice();
     bool cleanupByDays();
@@ -57,17 +73,23 @@ private:
     bool freePages();
     void removeRows(const char* selectImagesSql, const char* deleteSql, qint64 parameter,
                     QStringView operation);
+    void removeFiles();
+    bool hasEntry(const QString& hash) const;
     std::optional<qint64> countRows();
     std::optional<Place> oldestToKeep();
 
     sqlite3* m_db;
     const Preferences& m_preferences;
-    std::optional<qint64> m_cutOff;    // what was copied before is removed; seconds since 1970
-    std::optional<qint64> m_itemLimit; // how many entries are kept
-    std::optional<Place> m_oldestKept; // absent when nothing waits for its removal
-    std::optional<Counted> m_counted;  // absent when the rows have to be counted
-    qint64 m_sliceSize;                // rows to remove, or pages to free
-    qint64 m_removed = 0;              // rows of the last deletion
+    std::optional<qint64> m_cutOff;      // what was copied before is removed; seconds since 1970
+    std::optional<qint64> m_itemLimit;   // how many entries are kept
+    std::optional<Place> m_oldestKept;   // absent when nothing waits for its removal
+    std::optional<Counted> m_counted;    // absent when the rows have to be counted
+    qint64 m_sliceSize;                  // rows to remove, or pages to free
+    qint64 m_removed = 0;                // rows of the last deletion
+    QList<RemovedImage> m_removedImages; // whose files are still there
+    qint64 m_removals = 0, m_syncedRemovals = 0;
+    int m_keepers = 0; // of files
+    bool m_waitsForSyncs = false;
     QTimer m_nextSlice;
     int m_pauses = 0;
     bool m_isSliceDue = false; // when the pauses are over

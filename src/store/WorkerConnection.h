@@ -8,10 +8,10 @@
 
 namespace corvatto {
 
-// What every connection that writes sets up: with FULL, an fsync happens before a recording is done, so that
+// What every connection that writes sets up: with FULL, an fsync happens before a statement is done, so that
 // a loss of power takes nothing; what is removed is overwritten with zeros, however SQLite was built; and the
-// log moves into the database when the store says so, beside the main thread, because that waits for the disk
-// twice. The size limit keeps one huge copy from leaving a log of that size behind.
+// log moves into the database when WriteAheadLog says so, because that waits for the disk twice. The size
+// limit keeps one huge copy from leaving a log of that size behind.
 extern const char writingSql[];
 
 // For a connection that comes and goes. At its end, SQLite would try to lock the file for itself, to see

@@ -30,6 +30,7 @@ protected:
     int announced = 0;
 
     void SetUp() override {
+        store.finish(); // with its opening
         registerLaunchDefaults(defaults);
         monitor.onNewItem = [this] {
             ++announced;

@@ -24,6 +24,8 @@ protected:
     FakePasteboard pasteboard;
     HistoryViewModel viewModel{store, pasteboard};
 
+    HistoryTest() { store.finish(); } // with its opening
+
     // The last one is the newest.
     void record(const QStringList& texts) {
         for (const QString& text : texts) {

@@ -66,6 +66,13 @@ public:
         recordImage(u"s3cret image"_qs);
         record(u"s3cret text"_qs);
         GetParam().prepare(*this);
+        finish();
+    }
+    // All that happens beside the event loop, too.
+    void finish() const {
+        if (store) {
+            store->finish();
+        }
     }
 
     QString emptyCopy(const char* name) const {
@@ -150,13 +157,15 @@ public:
         test::CapturedOutput output;
         vfs.arm(fault, n, persistently);
         GetParam().run(*this);
+        finish();
         const bool failed = vfs.disarm();
 
         const QByteArray said = output.text();
         EXPECT_FALSE(said.contains("s3cret")) << said.toStdString();
         EXPECT_EQ(said.count('\n'), said.count("[ClipboardStore] ")) << said.toStdString();
         const bool mustHaveHappened =
-            !failed || (GetParam().line != nullptr && !said.contains(GetParam().line));
+            !failed || (GetParam().line != nullptr && !said.contains(GetParam().line) &&
+                        !said.contains("Failed to sync database: "));
         expectHistory("after a kill", entriesIn(filesAfterKill("killed")), mustHaveHappened);
         expectHistory("after a loss of power", entriesIn(filesAfterLossOfPower()), mustHaveHappened);
         if (!store || GetParam().isOpening) {

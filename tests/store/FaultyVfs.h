@@ -10,6 +10,7 @@
 
 #include <map>
 #include <mutex>
+#include <thread>
 
 namespace corvatto::test {
 
@@ -56,6 +57,19 @@ public:
         m_disk.clear();
     }
 
+    struct Syncs {
+        int all = 0, here = 0; // those of the thread that asks
+    };
+    Syncs syncs() const {
+        const Lock lock(m_mutex);
+        Syncs syncs;
+        for (const auto& [thread, count] : m_syncs) {
+            syncs.all += count;
+            syncs.here += thread == std::this_thread::get_id() ? count : 0;
+        }
+        return syncs;
+    }
+
     // The n-th call from now on fails, counted from 1, and with `persistently` all after it.
     void arm(Fault fault, int n, bool persistently) {
         const Lock lock(m_mutex);
@@ -85,6 +99,7 @@ private:
     sqlite3_vfs m_vfs;
     mutable std::mutex m_mutex; // of what follows
     Disk m_disk;
+    std::map<std::thread::id, int> m_syncs;
     std::map<sqlite3_file*, OpenFile> m_files; // those that have been closed stay until the next of that name
     Fault m_fault = Fault::ioError;
     int m_countdown = 0; // calls until the fault; 0 when none is to come
@@ -123,6 +138,7 @@ private:
             return SQLITE_IOERR_FSYNC;
         }
         const Lock lock(s_instance->m_mutex);
+        ++s_instance->m_syncs[std::this_thread::get_id()];
         const QString path = s_instance->m_files[file].path;
         if (QFile content(path); content.open(QIODevice::ReadOnly)) {
             s_instance->m_disk[path] = content.readAll();

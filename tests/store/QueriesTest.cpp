@@ -124,7 +124,7 @@ TEST_F(Queries, ALongSearchGoesOnBesideTheEventLoop) {
 
     search(u"needle 2"_qs);
     clear();
-    EXPECT_EQ(QFile(path("Corvatto/corvatto.sqlite3-wal")).size(), 0) << "while it was still read";
+    EXPECT_LT(QFile(path("Corvatto/corvatto.sqlite3-wal")).size(), 20'000) << "while it was still read";
     EXPECT_TRUE(search(u"needle"_qs).isComplete);
 }
 

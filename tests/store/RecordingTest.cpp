@@ -1,5 +1,6 @@
 #include "StoreTest.h"
 
+#include "FaultyVfs.h"
 #include "store/ContentHash.h"
 #include "support/Eventually.h"
 
@@ -108,6 +109,35 @@ TEST_F(Recording, MovesTheLogIntoTheDatabaseBesideTheEventLoop) {
         store->finish();
     }
     EXPECT_LT(sizeOf("Corvatto/corvatto.sqlite3-wal"), 10'000'000) << "it never begins anew";
+}
+
+TEST_F(Recording, TheMainThreadDoesNotWaitForTheDisk) {
+    store.reset();
+    test::FaultyVfs vfs;
+    open();
+    open(); // the second time, there is no log
+    int before = vfs.syncs().here;
+    limitCount(20); // so that there are removals, too
+    int number = 0;
+    const auto recordOne = [&](qsizetype size) {
+        bool isRecorded = false;
+        const int syncs = vfs.syncs().all;
+        store->insertOrUpdate(QString::number(++number) + QString(size, u'x'), {},
+                              [&] { isRecorded = true; });
+        EXPECT_TRUE(test::eventually([&] { return isRecorded && vfs.syncs().all > syncs; }));
+    };
+    for (int i = 0; i < 200; ++i) {
+        recordOne(50'000);
+    }
+    recordOne(3'000'000);
+    recordOne(1);
+    EXPECT_EQ(vfs.syncs().here, before);
+    store->finish();
+    before = vfs.syncs().here;
+    store->deleteAll();
+    recordOne(1);
+    EXPECT_EQ(vfs.syncs().here, before);
+    store.reset();
 }
 
 TEST_F(Recording, PreviewsOneLineOf120Characters) {

@@ -51,10 +51,25 @@ TEST_F(Retention, KeepsTheNewestByCountWithTheFilesOfNoOthers) {
     limitCount(2);
     sql("CREATE TRIGGER refuse BEFORE INSERT ON clipboard_items BEGIN SELECT RAISE(ABORT, 'refused'); END");
     store->insertOrUpdate(u"c"_qs, {}); // a recording that fails is one too
+    store->finish();
     EXPECT_EQ(output.text(), "[ClipboardStore] ERROR: Insert failed: refused\n");
     EXPECT_EQ(inOrderOfIds(), QStringList({imageFile(u"2"_qs), imageFile(u"3"_qs)})) << "the lowest id first";
     EXPECT_FALSE(hasFiles(u"1"_qs));
     EXPECT_TRUE(hasFiles(u"2"_qs) && hasFiles(u"3"_qs));
+}
+
+TEST_F(Retention, KeepsTheFilesOfAnImageThatIsCopiedAgainMeanwhile) {
+    recordImage(u"image"_qs);
+    limitCount(1);
+    auto files = store->keepImageFiles(); // and the image is saved
+    record(u"text"_qs);
+    EXPECT_EQ(contents(), texts({"text"}));
+    EXPECT_TRUE(hasFiles(u"image"_qs));
+    store->insertOrUpdateImage(imageFile(u"image"_qs), thumbnailFile(u"image"_qs), u"image"_qs, {}, {});
+    files.reset();
+    EXPECT_TRUE(hasFiles(u"image"_qs));
+    record(u"other"_qs);
+    EXPECT_FALSE(hasFiles(u"image"_qs));
 }
 
 TEST_F(Retention, RemovesWhatIsStrictlyOlderThanTheDays) {

@@ -31,6 +31,7 @@ public:
         store.reset(); // SQLite locks: the old connection goes first
         store = std::make_unique<ClipboardStore>(
             directory, preferences, [this] { return std::chrono::system_clock::time_point(time); });
+        store->finish();
     }
     void wait(std::chrono::milliseconds duration) { time += duration; }
 
@@ -79,6 +80,7 @@ public:
             ASSERT_TRUE(QFile(file).open(QIODevice::WriteOnly)) << file.toStdString();
         }
         store->insertOrUpdateImage(imageFile(name), thumbnailFile(name), name, {}, {});
+        store->finish();
     }
     QString imageFile(const QString& name) const { return store->imagesDir() + u'/' + name; }
     QString thumbnailFile(const QString& name) const { return store->thumbnailsDir() + u'/' + name; }
