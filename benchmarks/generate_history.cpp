@@ -182,6 +182,7 @@ int main(int argc, char** argv) {
     NoSettings defaults;
     const Preferences preferences(defaults);
     ClipboardStore store(options.directory, preferences); // makes the tables and the directories
+    store.finish();
     if (!store.fetchRecent(std::nullopt, 1).isEmpty()) {
         fail("there is a history already");
     }
